@@ -1,0 +1,35 @@
+# Warnings and sanitizers for Orvel's own targets, and helpers that declare them.
+
+add_library(orvel_options INTERFACE)
+target_compile_options(orvel_options INTERFACE -Wall -Wextra -Werror)
+target_include_directories(orvel_options INTERFACE ${PROJECT_SOURCE_DIR}/src)
+if(ORVEL_SANITIZE)
+  target_compile_options(orvel_options INTERFACE
+    -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(orvel_options INTERFACE -fsanitize=address,undefined)
+endif()
+
+# orvel_library(NAME DIR [DEPS ...]): a static library of every .cpp in DIR (not below it).
+function(orvel_library name dir)
+  file(GLOB sources CONFIGURE_DEPENDS ${dir}/*.cpp)
+  if(sources)
+    add_library(${name} STATIC ${sources})
+    target_link_libraries(${name} PUBLIC orvel_options ${ARGN})
+  else()  # headers only, so far
+    add_library(${name} INTERFACE)
+    target_link_libraries(${name} INTERFACE orvel_options ${ARGN})
+  endif()
+endfunction()
+
+# orvel_test(NAME DIR DEPS...): one GoogleTest executable of every .cpp in DIR.
+function(orvel_test name dir)
+  file(GLOB sources CONFIGURE_DEPENDS ${dir}/*.cpp)
+  if(NOT sources)
+    return()
+  endif()
+  add_executable(${name} ${sources})
+  target_link_libraries(${name} PRIVATE orvel_test_common ${ARGN})
+  gtest_discover_tests(${name}
+    DISCOVERY_TIMEOUT 60
+    PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen")
+endfunction()

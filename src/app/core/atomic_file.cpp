@@ -1,0 +1,75 @@
+#include "app/core/atomic_file.h"
+
+#include <atomic>
+#include <cerrno>
+#include <fcntl.h>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace orvel {
+namespace {
+
+std::atomic<BeforeReplaceHook> beforeReplace{nullptr};
+std::atomic<unsigned> temporarySerial{0};
+
+bool writeAll(int fd, std::string_view bytes) {
+  while (!bytes.empty()) {
+    const ssize_t written = ::write(fd, bytes.data(), bytes.size());
+    if (written < 0) {
+      if (errno == EINTR) continue;
+      return false;
+    }
+    bytes.remove_prefix(static_cast<size_t>(written));
+  }
+  return true;
+}
+
+// A name no other writer (thread or process) uses: <target>.tmp-<pid>-<serial>.
+int createTemporary(const std::filesystem::path& target, std::filesystem::path& temporary) {
+  for (int attempt = 0; attempt < 16; ++attempt) {
+    temporary = target;
+    temporary += ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(temporarySerial++);
+    const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    if (fd >= 0 || errno != EEXIST) return fd;
+  }
+  return -1;
+}
+
+// Makes the rename itself durable. Some file systems cannot sync a folder; the new file is
+// in place for every reader all the same, so that is not a failure.
+void syncFolder(const std::filesystem::path& folder) {
+  const int fd = ::open(folder.empty() ? "." : folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC);
+  if (fd < 0) return;
+  ::fsync(fd);
+  ::close(fd);
+}
+
+}  // namespace
+
+bool writeFileAtomically(const std::filesystem::path& target, std::string_view bytes) {
+  std::filesystem::path temporary;
+  const int fd = createTemporary(target, temporary);
+  if (fd < 0) return false;
+
+  struct stat existing {};
+  if (::stat(target.c_str(), &existing) == 0 && S_ISREG(existing.st_mode)) {
+    ::fchmod(fd, existing.st_mode & 07777);
+  }
+  bool ok = writeAll(fd, bytes) && ::fsync(fd) == 0;
+  ok = ::close(fd) == 0 && ok;
+  if (ok) {
+    if (const BeforeReplaceHook hook = beforeReplace.load()) hook(temporary);
+    ok = ::rename(temporary.c_str(), target.c_str()) == 0;
+  }
+  if (!ok) {
+    ::unlink(temporary.c_str());
+    return false;
+  }
+  syncFolder(target.parent_path());
+  return true;
+}
+
+void setBeforeReplaceHook(BeforeReplaceHook hook) { beforeReplace.store(hook); }
+
+}  // namespace orvel

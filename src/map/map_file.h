@@ -1,0 +1,79 @@
+#pragma once
+// The map shown: one file, memory-mapped read-only and read in place by a format object.
+// Readers decode objects and hand them to a consumer; drawing is one such consumer, the
+// command-line tool's object listing another.
+#include <cstdint>
+#include <filesystem>
+#include <memory>
+#include <span>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "view/map_view.h"
+#include "view/units.h"
+
+class QPainter;
+
+namespace orvel {
+
+using Bytes = std::span<const uint8_t>;
+
+// Room for a label: 256 UTF-16 characters and a terminating zero.
+inline constexpr size_t kLabelCapacity = 256;
+
+enum class ObjectKind : uint8_t { Polygon, Line, Point };
+
+// One decoded map object. `points` stays valid only during the consumer call.
+struct MapObject {
+  ObjectKind kind = ObjectKind::Point;
+  uint32_t type = 0;                 // catalogue code (points: type << 8 | subtype)
+  std::span<const MapPoint> points;  // map units
+  uint32_t labelRef = 0;             // for MapFile::getLabel; 0 = no label
+};
+
+class ObjectConsumer {
+ public:
+  virtual ~ObjectConsumer() = default;
+  virtual void onObject(const MapObject& object) = 0;
+};
+
+// Facts a map tells about itself, as "key: value" lines for `orvel-tool info`.
+using MapFacts = std::vector<std::pair<std::string, std::string>>;
+
+class MapFile {
+ public:
+  virtual ~MapFile() = default;
+
+  // True if the bytes are this format. Cheap; reads only a header.
+  virtual bool probe(Bytes file) = 0;
+  // Builds the index. On failure the user has already been told why (showMessage).
+  virtual bool load(Bytes file) = 0;
+  // Hands every object that drawing this view would visit to the consumer, in drawing order.
+  virtual void decode(const MapView& view, const MapRect& visible, ObjectConsumer& consumer) = 0;
+  // Draws the view's objects and labels with the painter (client size = view's screen size).
+  virtual void draw(QPainter& painter, const MapView& view, const MapRect& visible) = 0;
+  // Writes the label's text and a terminating zero into out[kLabelCapacity + 1]; returns its length.
+  virtual int getLabel(uint32_t labelRef, char16_t* out) = 0;
+  // Format-specific facts for `orvel-tool info` (format, bounds, levels, ...).
+  virtual void describe(MapFacts& facts) const = 0;
+
+  const MapRect& bounds() const { return bounds_; }
+
+ protected:
+  MapRect bounds_;  // west, south, east, north in map units; empty until load
+};
+
+// A new, probed but not loaded map object for these bytes, or nullptr.
+std::unique_ptr<MapFile> createMapFile(Bytes file);
+
+// Closes the current map, opens the file and makes it the current map, setting the view's
+// zoom and centre for it. Every failure is shown with showMessage. Returns whether a map
+// is loaded afterwards.
+bool openMapFile(const std::filesystem::path& path, MapView& view);
+// Unmaps and destroys the current map; safe when none is loaded.
+void closeMapFile();
+// The current map, or nullptr.
+MapFile* currentMap();
+
+}  // namespace orvel

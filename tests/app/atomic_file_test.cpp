@@ -1,0 +1,70 @@
+#include "app/core/atomic_file.h"
+
+#include <csignal>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include "settings_fixture.h"
+
+namespace orvel::test {
+namespace {
+
+namespace fs = std::filesystem;
+
+size_t entries(const fs::path& dir) {
+  return static_cast<size_t>(std::distance(fs::directory_iterator(dir), fs::directory_iterator{}));
+}
+
+TEST(AtomicFile, CreatesAndReplaces) {
+  const fs::path dir = scratchDir("atomic-replace");
+  const fs::path target = dir / "waypoints.txt";
+  ASSERT_TRUE(writeFileAtomically(target, "first"));
+  EXPECT_EQ(readText(target), "first");
+  ASSERT_TRUE(writeFileAtomically(target, std::string(100000, 'x')));
+  EXPECT_EQ(readText(target), std::string(100000, 'x'));
+  ASSERT_TRUE(writeFileAtomically(target, ""));
+  EXPECT_EQ(readText(target), "");
+  EXPECT_EQ(entries(dir), 1u);
+}
+
+TEST(AtomicFile, KeepsPermissionsOfTheReplacedFile) {
+  const fs::path dir = scratchDir("atomic-mode");
+  const fs::path target = dir / "private";
+  writeText(target, "old");
+  ASSERT_EQ(::chmod(target.c_str(), 0640), 0);
+  ASSERT_TRUE(writeFileAtomically(target, "new"));
+  struct stat info {};
+  ASSERT_EQ(::stat(target.c_str(), &info), 0);
+  EXPECT_EQ(info.st_mode & 07777, 0640u);
+}
+
+TEST(AtomicFile, FailureLeavesTargetAndNoTemporary) {
+  const fs::path dir = scratchDir("atomic-fail");
+  fs::create_directories(dir / "occupied" / "child");
+  EXPECT_FALSE(writeFileAtomically(dir / "occupied", "bytes"));  // a folder cannot be replaced
+  EXPECT_TRUE(fs::is_directory(dir / "occupied" / "child"));
+  EXPECT_FALSE(writeFileAtomically(dir / "missing" / "file", "bytes"));
+  EXPECT_EQ(entries(dir), 1u);
+}
+
+TEST(AtomicFile, KilledBeforeReplaceLeavesOldContents) {
+  const fs::path dir = scratchDir("atomic-kill");
+  const fs::path target = dir / "file";
+  ASSERT_TRUE(writeFileAtomically(target, "old"));
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    setBeforeReplaceHook([](const fs::path&) { ::raise(SIGKILL); });
+    writeFileAtomically(target, "new");
+    ::_exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+  EXPECT_EQ(readText(target), "old");
+  EXPECT_EQ(entries(dir), 2u);  // the finished temporary file is all the crash leaves
+}
+
+}  // namespace
+}  // namespace orvel::test

@@ -1,0 +1,44 @@
+#pragma once
+// A settings store in a fresh folder of its own for each test.
+#include <gtest/gtest.h>
+
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <string_view>
+
+#include "app/core/settings.h"
+#include "common/test_data.h"
+
+namespace orvel::test {
+
+inline std::string readText(const std::filesystem::path& path) {
+  std::ifstream in(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
+}
+
+inline void writeText(const std::filesystem::path& path, std::string_view bytes) {
+  std::ofstream out(path, std::ios::binary | std::ios::trunc);
+  out.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
+}
+
+class SettingsStore : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    static int serial = 0;
+    dir_ = scratchDir("settings-" + std::to_string(serial++));
+    file_ = dir_ / "Orvel" / "GisOrvel.conf";
+    ASSERT_EQ(openSettingsAt(file_), 0);
+  }
+  void TearDown() override { closeSettings(); }
+
+  void store(std::string_view bytes) { writeText(file_, bytes); }
+  std::string stored() const { return readText(file_); }
+  std::filesystem::path badCopy() const { return std::filesystem::path(file_) += ".bad"; }
+
+  std::filesystem::path dir_;
+  std::filesystem::path file_;
+};
+
+}  // namespace orvel::test

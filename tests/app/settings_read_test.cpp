@@ -1,0 +1,179 @@
+// How each stored line reads, and what survives a round trip.
+#include <climits>
+
+#include "settings_fixture.h"
+
+namespace orvel::test {
+namespace {
+
+struct IntCase {
+  const char* file;
+  const char* name;
+  int32_t fallback;
+  int32_t expected;
+};
+
+class ReadInt : public SettingsStore, public ::testing::WithParamInterface<IntCase> {};
+
+TEST_P(ReadInt, ReadsStoredValueOrDefault) {
+  const IntCase& c = GetParam();
+  store(c.file);
+  EXPECT_EQ(readSettingInt(c.name, c.fallback), c.expected) << c.file;
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, ReadInt, ::testing::Values(
+    IntCase{"", "Page", 0, 0},
+    IntCase{"Page dword 2\n", "Page", 0, 2},
+    IntCase{"Page dword 2", "Page", 0, 2},                     // no final line break
+    IntCase{"Page dword 2\r\n", "Page", 0, 2},                 // edited on another system
+    IntCase{"page dword 2\n", "Page", 0, 2},                   // names ignore ASCII case
+    IntCase{"Page string 2\n", "Page", 7, 7},                  // a string is not a number
+    IntCase{"Page qword 2\n", "Page", 7, 7},
+    IntCase{"Page dword 2147483647\n", "Page", 0, INT32_MAX},
+    IntCase{"Page dword -2147483648\n", "Page", 0, INT32_MIN},
+    IntCase{"Page dword 2147483648\n", "Page", 7, 7},
+    IntCase{"Page dword -2147483649\n", "Page", 7, 7},
+    IntCase{"Page dword 4294967296\n", "Page", 7, 7},
+    IntCase{"Page dword 0x7b\n", "Page", 0, 123},
+    IntCase{"Page dword 0XFFFFFFFF\n", "Page", 0, -1},
+    IntCase{"Page dword 0x100000000\n", "Page", 7, 7},         // an 8-byte value
+    IntCase{"Page dword 0x\n", "Page", 7, 7},
+    IntCase{"Page dword 12abc\n", "Page", 7, 7},
+    IntCase{"Page dword 1 \n", "Page", 7, 7},
+    IntCase{"Page dword  1\n", "Page", 7, 7},
+    IntCase{"Page dword +1\n", "Page", 7, 7},
+    IntCase{"Page dword -\n", "Page", 7, 7},
+    IntCase{"Page dword\n", "Page", 7, 7},
+    IntCase{"Page dword \n", "Page", 7, 7},
+    IntCase{"Page dword 1\nPage dword 2\n", "Page", 7, 1},     // a repeated name does not win
+    IntCase{"# Page dword 2\n\nShowTrack dword 0\n", "Page", 7, 7},
+    IntCase{"Pages dword 2\n", "Page", 7, 7}));
+
+struct BoolCase {
+  const char* file;
+  const char* name;
+  bool fallback;
+  bool expected;
+};
+
+class ReadBool : public SettingsStore, public ::testing::WithParamInterface<BoolCase> {};
+
+TEST_P(ReadBool, AnyNonZeroIsTrue) {
+  const BoolCase& c = GetParam();
+  store(c.file);
+  EXPECT_EQ(readSettingBool(c.name, c.fallback), c.expected) << c.file;
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, ReadBool, ::testing::Values(
+    BoolCase{"RotateMap string 1\n", "RotateMap", false, false},
+    BoolCase{"RotateMap dword 0x100000000\n", "RotateMap", false, false},
+    BoolCase{"KeepVisible dword 2\n", "KeepVisible", false, true},
+    BoolCase{"KeepVisible dword -1\n", "KeepVisible", false, true},
+    BoolCase{"KeepVisible dword 0\n", "KeepVisible", true, false},
+    BoolCase{"", "ShowTrack", true, true},
+    BoolCase{"", "RecordTrack", false, false}));
+
+struct StringCase {
+  const char* file;
+  std::u16string_view expected;
+};
+
+class ReadString : public SettingsStore, public ::testing::WithParamInterface<StringCase> {};
+
+TEST_P(ReadString, ReadsStoredTextOrDefault) {
+  const StringCase& c = GetParam();
+  store(c.file);
+  EXPECT_EQ(readSettingString("Gauge_0", u"speed"), c.expected) << c.file;
+}
+
+INSTANTIATE_TEST_SUITE_P(Lines, ReadString, ::testing::Values(
+    StringCase{"", u"speed"},
+    StringCase{"Gauge_0 string elev\n", u"elev"},
+    StringCase{"Gauge_0 string \n", u""},
+    StringCase{"Gauge_0 string\n", u""},
+    StringCase{"Gauge_0 string  two  spaces \n", u" two  spaces "},
+    StringCase{"Gauge_0 string Высота\n", u"Высота"},
+    StringCase{"Gauge_0 string a\\\\b\\nc\\rd\n", u"a\\b\nc\rd"},
+    StringCase{"Gauge_0 dword 5\n", u"speed"},                 // a number is not a string
+    StringCase{"Gauge_0 string a\\tb\n", u"speed"},            // unknown escape
+    StringCase{"Gauge_0 string ab\\\n", u"speed"},             // escape cut off
+    StringCase{"Gauge_0 string \xD0\n", u"speed"},             // UTF-8 cut off
+    StringCase{"Gauge_0 string \xC0\xAF\n", u"speed"},         // overlong form
+    StringCase{"Gauge_0 string a\rb\n", u"speed"}));
+
+TEST_F(SettingsStore, IntegersRoundTrip) {
+  for (const int32_t value : {0, 1, -1, 2, 42, INT32_MAX, INT32_MIN}) {
+    writeSettingInt("Page", value);
+    EXPECT_EQ(readSettingInt("Page", 7), value);
+  }
+}
+
+TEST_F(SettingsStore, StringsRoundTrip) {
+  const std::u16string_view texts[] = {
+      u"", u"speed", u"/home/пользователь/Карты/Орвел", u"a\\b\nc\r\nd\\n", u" edges ", u"#hash",
+      u"\\", u"emoji \U0001F5FA map", u"tab\there"};
+  for (const std::u16string_view text : texts) {
+    writeSettingString("Path", text);
+    EXPECT_EQ(readSettingString("Path", u"fallback", 1000), text);
+  }
+  EXPECT_EQ(stored().find('\r'), std::string::npos);  // carriage returns are always escaped
+}
+
+TEST_F(SettingsStore, WritesReplaceOneLineAndKeepTheRest) {
+  store("# kept comment\nShowTrack dword 0\n\nGauge_3 string elev\n");
+  writeSettingBool("ShowTrack", true);
+  writeSettingString("Gauge_9", u"");
+  EXPECT_EQ(stored(), "# kept comment\nShowTrack dword 1\n\nGauge_3 string elev\nGauge_9 string \n");
+  EXPECT_FALSE(std::filesystem::exists(badCopy()));
+}
+
+TEST_F(SettingsStore, TypeOfAValueFollowsTheLastWrite) {
+  writeSettingString("RotateMap", u"1");
+  EXPECT_FALSE(readSettingBool("RotateMap", false));
+  writeSettingBool("RotateMap", true);
+  EXPECT_TRUE(readSettingBool("RotateMap", false));
+  EXPECT_EQ(readSettingString("RotateMap", u"none"), u"none");
+}
+
+TEST_F(SettingsStore, TextStopsAtZero) {
+  writeSettingString("Path", std::u16string_view(u"before\0after", 12));
+  EXPECT_EQ(readSettingString("Path", u""), u"before");
+}
+
+TEST_F(SettingsStore, NamesThatCannotBeStoredAreIgnored) {
+  for (const char* name : {"", "Two words", "Tab\tName", "#Comment", "Имя"}) {
+    writeSettingInt(name, 5);
+    EXPECT_EQ(readSettingInt(name, 7), 7) << name;
+  }
+  EXPECT_FALSE(std::filesystem::exists(file_));
+}
+
+struct CapacityCase {
+  std::u16string_view stored;
+  size_t capacity;
+  std::u16string_view expected;
+};
+
+class Capacity : public SettingsStore, public ::testing::WithParamInterface<CapacityCase> {};
+
+TEST_P(Capacity, TruncatesToUtf16Units) {
+  const CapacityCase& c = GetParam();
+  writeSettingString("Gauge_1", c.stored);
+  EXPECT_EQ(readSettingString("Gauge_1", u"x", c.capacity), c.expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(Texts, Capacity, ::testing::Values(
+    CapacityCase{u"satellites", 32, u"satellites"},
+    CapacityCase{u"satellites", 10, u"satellites"},
+    CapacityCase{u"satellites", 3, u"sat"},
+    CapacityCase{u"satellites", 0, u""},
+    CapacityCase{u"Скорость", 4, u"Скор"},
+    CapacityCase{u"a\U0001F5FAb", 2, u"a"},    // half a surrogate pair is dropped
+    CapacityCase{u"a\U0001F5FAb", 3, u"a\U0001F5FA"}));
+
+TEST_F(SettingsStore, DefaultIsTruncatedToo) {
+  EXPECT_EQ(readSettingString("Missing", u"satellites", 3), u"sat");
+}
+
+}  // namespace
+}  // namespace orvel::test

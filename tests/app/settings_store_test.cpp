@@ -1,0 +1,208 @@
+// Where the store lives, and how it survives damage, crashes and concurrent writers.
+#include <csignal>
+#include <optional>
+#include <sys/wait.h>
+#include <thread>
+#include <unistd.h>
+
+#include "app/core/atomic_file.h"
+#include "settings_fixture.h"
+
+namespace orvel::test {
+namespace {
+
+namespace fs = std::filesystem;
+using namespace std::string_literals;
+
+// Sets (or unsets, with null) an environment variable for the life of the object.
+class ScopedEnv {
+ public:
+  ScopedEnv(const char* name, const char* value) : name_(name) {
+    if (const char* old = std::getenv(name)) old_ = old;
+    if (value) ::setenv(name, value, 1); else ::unsetenv(name);
+  }
+  ~ScopedEnv() {
+    if (old_) ::setenv(name_, old_->c_str(), 1); else ::unsetenv(name_);
+  }
+
+ private:
+  const char* name_;
+  std::optional<std::string> old_;
+};
+
+std::vector<fs::path> leftovers(const fs::path& dir, const fs::path& keep) {
+  std::vector<fs::path> found;
+  for (const auto& entry : fs::directory_iterator(dir)) {
+    if (entry.path() != keep) found.push_back(entry.path());
+  }
+  return found;
+}
+
+TEST(SettingsPlace, ConfigFileVariableWins) {
+  const fs::path dir = scratchDir("settings-place-env");
+  const fs::path file = dir / "nested" / "my.conf";
+  ScopedEnv config("ORVEL_CONFIG_FILE", file.c_str());
+  ScopedEnv xdg("XDG_CONFIG_HOME", dir.c_str());
+  EXPECT_EQ(openSettings(), 0);
+  EXPECT_EQ(settingsFile(), file);
+  EXPECT_TRUE(fs::is_directory(dir / "nested"));
+  closeSettings();
+}
+
+TEST(SettingsPlace, FollowsXdgThenHome) {
+  const fs::path dir = scratchDir("settings-place-xdg");
+  ScopedEnv config("ORVEL_CONFIG_FILE", nullptr);
+  {
+    ScopedEnv xdg("XDG_CONFIG_HOME", (dir / "xdg").c_str());
+    EXPECT_EQ(openSettings(), 0);
+    EXPECT_EQ(settingsFile(), dir / "xdg" / "Orvel" / "GisOrvel.conf");
+    EXPECT_TRUE(fs::is_directory(dir / "xdg" / "Orvel"));
+  }
+  for (const char* xdgValue : {static_cast<const char*>(nullptr), "", "relative/path"}) {
+    ScopedEnv xdg("XDG_CONFIG_HOME", xdgValue);
+    ScopedEnv home("HOME", (dir / "home").c_str());
+    EXPECT_EQ(openSettings(), 0);
+    EXPECT_EQ(settingsFile(), dir / "home" / ".config" / "Orvel" / "GisOrvel.conf");
+  }
+  closeSettings();
+}
+
+TEST(SettingsPlace, UnusableStoreRunsOnDefaults) {
+  const fs::path dir = scratchDir("settings-unusable");
+  writeText(dir / "plain", "a regular file, not a folder\n");
+  const fs::path file = dir / "plain" / "Orvel" / "GisOrvel.conf";
+  ScopedEnv config("ORVEL_CONFIG_FILE", file.c_str());
+  EXPECT_NE(openSettings(), 0);
+  EXPECT_TRUE(settingsFile().empty());
+
+  writeSettingInt("Page", 2);
+  writeSettingBool("ShowTrack", false);
+  writeSettingString("Gauge_0", u"elev");
+  EXPECT_EQ(readSettingInt("Page", 0), 0);
+  EXPECT_TRUE(readSettingBool("ShowTrack", true));
+  EXPECT_TRUE(readSettingBool("ShowWaypoints", true));
+  EXPECT_TRUE(readSettingBool("ScanCOMPorts", true));
+  EXPECT_TRUE(readSettingBool("Enable_COM19", true));
+  EXPECT_EQ(readSettingString("Gauge_0", u"speed", 32), u"speed");
+  EXPECT_EQ(readText(dir / "plain"), "a regular file, not a folder\n");
+}
+
+TEST_F(SettingsStore, ClosedStoreReadsDefaultsAndWritesNothing) {
+  writeSettingInt("Page", 2);
+  closeSettings();
+  EXPECT_EQ(readSettingInt("Page", 0), 0);
+  writeSettingInt("Page", 1);
+  EXPECT_EQ(stored(), "Page dword 2\n");
+}
+
+TEST_F(SettingsStore, DamagedFileKeepsWhatCanBeReadAndIsKeptAside) {
+  const std::string damaged =
+      "RotateMap dword 1\n"
+      "\x01\x02\x00\xFE\xFF junk\n"s
+      "Gauge_2 string Высота\n"
+      "KeepVisible dword 12x\n"
+      "Gauge_3 string \xFF\xFE\n"
+      "RotateMap dword 0\n";
+  store(damaged);
+  EXPECT_TRUE(readSettingBool("RotateMap", false));
+  EXPECT_EQ(readSettingString("Gauge_2", u"vspeed"), u"Высота");
+  EXPECT_TRUE(readSettingBool("KeepVisible", true));
+  EXPECT_EQ(readSettingString("Gauge_3", u"elev"), u"elev");
+  EXPECT_FALSE(fs::exists(badCopy()));  // reading changes nothing
+
+  writeSettingInt("Page", 1);
+  EXPECT_EQ(readText(badCopy()), damaged);
+  EXPECT_EQ(stored(), "RotateMap dword 1\nGauge_2 string Высота\nPage dword 1\n");
+
+  writeSettingInt("Page", 2);  // the file is sound again: the copy stays as it was
+  EXPECT_EQ(readText(badCopy()), damaged);
+  EXPECT_EQ(leftovers(file_.parent_path(), file_), std::vector<fs::path>{badCopy()});
+}
+
+TEST_F(SettingsStore, OversizedFileReadsAsDefaults) {
+  std::string huge;
+  while (huge.size() <= (1u << 20)) huge += "Page dword 1\n";
+  store(huge);
+  EXPECT_EQ(readSettingInt("Page", 0), 0);
+  writeSettingBool("ShowTrack", false);
+  EXPECT_EQ(readText(badCopy()).size(), huge.size());
+  EXPECT_EQ(stored(), "ShowTrack dword 0\n");
+}
+
+TEST_F(SettingsStore, BinaryJunkReadsAsDefaults) {
+  std::string junk(4096, '\0');
+  for (size_t i = 0; i < junk.size(); ++i) junk[i] = static_cast<char>((i * 2654435761u) >> 13);
+  store(junk);
+  EXPECT_EQ(readSettingInt("Page", 0), 0);
+  EXPECT_EQ(readSettingString("Gauge_0", u"speed"), u"speed");
+  writeSettingInt("Page", 1);
+  EXPECT_EQ(readText(badCopy()), junk);
+  EXPECT_EQ(readSettingInt("Page", 0), 1);
+}
+
+TEST_F(SettingsStore, FolderInPlaceOfTheFileReadsAsDefaults) {
+  fs::create_directories(file_ / "inside");
+  EXPECT_EQ(readSettingInt("Page", 3), 3);
+  writeSettingInt("Page", 1);  // nothing can be kept aside, so nothing is replaced
+  EXPECT_TRUE(fs::is_directory(file_ / "inside"));
+  EXPECT_EQ(readSettingInt("Page", 3), 3);
+}
+
+TEST_F(SettingsStore, StrayTemporaryFileIsHarmless) {
+  writeSettingInt("Page", 2);
+  const fs::path stray = fs::path(file_) += ".tmp-1-0";
+  writeText(stray, "Page dwo");
+  EXPECT_EQ(readSettingInt("Page", 0), 2);
+  writeSettingInt("Page", 1);
+  EXPECT_EQ(readSettingInt("Page", 0), 1);
+  EXPECT_EQ(readText(stray), "Page dwo");
+}
+
+TEST_F(SettingsStore, CrashBeforeReplaceLeavesPreviousFile) {
+  writeSettingInt("Page", 2);
+  writeSettingString("Gauge_0", u"elev");
+  const std::string before = stored();
+
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    setBeforeReplaceHook([](const fs::path&) { ::raise(SIGKILL); });
+    writeSettingInt("Page", 1);
+    ::_exit(0);
+  }
+  int status = 0;
+  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+
+  EXPECT_EQ(stored(), before);
+  EXPECT_EQ(readSettingInt("Page", 0), 2);
+  const auto stray = leftovers(file_.parent_path(), file_);
+  ASSERT_EQ(stray.size(), 1u);
+  EXPECT_EQ(readText(stray[0]), "Page dword 1\nGauge_0 string elev\n");
+
+  writeSettingBool("RotateMap", true);  // the next write goes ahead as usual
+  EXPECT_EQ(readSettingInt("Page", 0), 2);
+  EXPECT_TRUE(readSettingBool("RotateMap", false));
+}
+
+TEST_F(SettingsStore, ConcurrentWritersLoseNothing) {
+  constexpr int kEach = 40;
+  auto writer = [](const char* prefix) {
+    for (int i = 0; i < kEach; ++i) {
+      writeSettingInt(std::string(prefix) + std::to_string(i), i);
+      readSettingBool("ShowTrack", true);
+    }
+  };
+  std::thread first(writer, "Enable_COM");
+  std::thread second(writer, "Gauge_");
+  first.join();
+  second.join();
+  for (int i = 0; i < kEach; ++i) {
+    EXPECT_EQ(readSettingInt("Enable_COM" + std::to_string(i), -1), i);
+    EXPECT_EQ(readSettingInt("Gauge_" + std::to_string(i), -1), i);
+  }
+  EXPECT_EQ(leftovers(file_.parent_path(), file_), std::vector<fs::path>{});
+}
+
+}  // namespace
+}  // namespace orvel::test
