@@ -1,0 +1,153 @@
+#include "view/coords.h"
+
+#include <gtest/gtest.h>
+
+#include <string>
+
+namespace orvel {
+namespace {
+
+std::string utf8(const std::u16string& s) {
+  std::string out;
+  for (char16_t c : s) {
+    if (c < 0x80) {
+      out += static_cast<char>(c);
+    } else {
+      out += static_cast<char>(0xC0 | (c >> 6));
+      out += static_cast<char>(0x80 | (c & 0x3F));
+    }
+  }
+  return out;
+}
+
+struct FormatCase {
+  float degrees;
+  uint32_t notation;
+  const char16_t* latitude;
+  const char16_t* longitude;
+};
+
+TEST(FormatCoordinate, FourNotations) {
+  const FormatCase cases[] = {
+      {55.755833f, 0, u"55.75583", u"55.75583"},
+      {55.755833f, 1, u" N55.75583°", u" E55.75583°"},
+      {55.755833f, 2, u"N55°45.350'", u"E55°45.350'"},
+      {55.755833f, 3, u"N55°45'21.0\"", u"E55°45'21.0\""},
+      {-37.6173f, 0, u"-37.61730", u"-37.61730"},
+      {-37.6173f, 1, u" S37.61730°", u" W37.61730°"},
+      {-37.6173f, 2, u"S37°37.038'", u"W37°37.038'"},
+      {-0.0001f, 2, u"S0°00.006'", u"W0°00.006'"},
+      {0.0f, 2, u"N0°00.000'", u"E0°00.000'"},
+      {1.0180556f, 3, u"N1°01'05.0\"", u"E1°01'05.0\""},   // padded minutes and seconds
+      {-179.5f, 3, u"S179°30'00.0\"", u"W179°30'00.0\""},
+      {10.999999f, 2, u"N10°60.000'", u"E10°60.000'"},    // minutes are not carried
+      {12.5f, 4, u"", u""},                               // unknown notation writes nothing
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(testing::Message() << c.degrees << " notation " << c.notation);
+    EXPECT_EQ(utf8(formatCoordinate(c.degrees, u'N', u'S', c.notation)), utf8(c.latitude));
+    EXPECT_EQ(utf8(formatCoordinate(c.degrees, u'E', u'W', c.notation)), utf8(c.longitude));
+  }
+}
+
+TEST(FormatCoordinate, UsesTheProgramWideNotation) {
+  EXPECT_EQ(coordinateNotation(), 2u);
+  EXPECT_TRUE(formatLatitude(-33.875f) == u"S33°52.500'");
+  EXPECT_TRUE(formatLongitude(151.2f) == u"E151°12.000'");
+  setCoordinateNotation(0);
+  EXPECT_TRUE(formatLatitude(-33.875f) == u"-33.87500");
+  setCoordinateNotation(2);
+}
+
+struct ParseCase {
+  const char16_t* text;
+  bool found;
+  float value;
+  size_t consumed;  // characters read
+};
+
+void checkParse(bool (*parse)(const char16_t*, const char16_t*, const char16_t**, float*),
+                const ParseCase& c) {
+  const std::u16string text = c.text;
+  const char16_t* after = nullptr;
+  float value = 1234.0f;
+  SCOPED_TRACE(utf8(text));
+  ASSERT_EQ(parse(text.data(), text.data() + text.size(), &after, &value), c.found);
+  if (!c.found) return;
+  EXPECT_NEAR(value, c.value, 2e-6f * (1.0f + std::abs(c.value)));
+  EXPECT_EQ(static_cast<size_t>(after - text.data()), c.consumed);
+}
+
+TEST(ParseDecimal, Cases) {
+  const ParseCase cases[] = {
+      {u".5", true, 0.5f, 2},
+      {u"-", false, 0, 0},
+      {u"", false, 0, 0},
+      {u"   ", false, 0, 0},
+      {u"  42", true, 42.0f, 4},      // leading blanks skipped
+      {u"\t42", false, 0, 0},         // ...but only blanks
+      {u"+3", true, 3.0f, 2},
+      {u"-.25", true, -0.25f, 4},
+      {u"5.", true, 5.0f, 1},         // stops after the last digit
+      {u"1.2.3", true, 1.2f, 3},
+      {u"12,5", true, 12.0f, 2},      // a comma is not a decimal point
+      {u"007x", true, 7.0f, 3},
+      {u"- 5", false, 0, 0},
+      {u".", false, 0, 0},
+      {u"-0", true, 0.0f, 2},
+      {u"1.05", true, 1.05f, 4},
+  };
+  for (const auto& c : cases) checkParse(parseDecimal, c);
+}
+
+TEST(ParseDecimal, AccumulatesInSinglePrecision) {
+  const std::u16string text = u"16777217";
+  const char16_t* after = nullptr;
+  float value = 0;
+  ASSERT_TRUE(parseDecimal(text.data(), text.data() + text.size(), &after, &value));
+  EXPECT_EQ(value, 16777216.0f);
+}
+
+TEST(ParseCoordinate, Cases) {
+  const ParseCase cases[] = {
+      {u"S33°52.5'", true, -33.875f, 9},
+      {u"55 45", true, 55.0f, 2},  // minutes only after a degree sign
+      {u"-0.5", true, -0.5f, 4},
+      {u"N 12.5", true, 12.5f, 6},
+      {u"W 37°37.038'", true, -37.6173f, 12},
+      {u"E10*30", true, 10.5f, 6},
+      {u"N55°45'21\"", true, 55.755833f, 10},
+      {u" \t+7.25", true, 7.25f, 7},
+      {u"33 ° 52.5 ' 30 \" rest", true, 33.8833333f, 16},
+      {u"33\r\n°52", true, 33.866667f, 7},
+      {u"33°", true, 33.0f, 3},
+      {u"33°52 30", true, 33.866667f, 5},  // seconds only after a minute sign
+      {u"S-5", true, 5.0f, 3},             // the number's own sign is applied first
+      {u"n12", false, 0, 0},               // lower-case letters are not hemispheres
+      {u"", false, 0, 0},
+      {u"N", false, 0, 0},
+      {u"-", false, 0, 0},
+      {u"°5", false, 0, 0},
+      {u"12,5", true, 12.0f, 2},
+  };
+  for (const auto& c : cases) checkParse(parseCoordinate, c);
+}
+
+TEST(ParseCoordinate, ReadsBackEveryLetterNotation) {
+  for (float v : {55.755833f, -37.6173f, 0.25f, -179.99f, 89.5f}) {
+    for (uint32_t notation : {0u, 1u, 2u, 3u}) {
+      const std::u16string text = formatCoordinate(v, u'N', u'S', notation);
+      const char16_t* after = nullptr;
+      float back = 0;
+      ASSERT_TRUE(parseCoordinate(text.data(), text.data() + text.size(), &after, &back))
+          << utf8(text);
+      EXPECT_NEAR(back, v, 2e-5) << utf8(text);
+      if (notation != 1) {  // the trailing degree sign of notation 1 starts no minutes
+        EXPECT_EQ(after, text.data() + text.size()) << utf8(text);
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace orvel

@@ -1,0 +1,311 @@
+#include "view/map_view.h"
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+
+namespace orvel {
+namespace {
+
+// A 240 x 320 view at the given zoom step, rotation and centre.
+MapView makeView(uint32_t zoom, int32_t rotation = 0, MapPoint centre = {}) {
+  MapView v;
+  v.setScreenSize(240, 320);
+  v.setZoomIndex(zoom);
+  v.setRotation(rotation);
+  v.setCentre(centre.x, centre.y);
+  return v;
+}
+
+TEST(MapView, InitialState) {
+  MapView v;
+  EXPECT_EQ(v.zoomIndex(), 0u);
+  EXPECT_EQ(v.unitsNum(), 2097);
+  EXPECT_EQ(v.unitsDen(), 40000);
+  EXPECT_EQ(v.rotation(), 0);
+  EXPECT_EQ(v.cosRot(), 1024);
+  EXPECT_EQ(v.sinRot(), 0);
+  EXPECT_EQ(v.centre(), (MapPoint{0, 0}));
+  EXPECT_EQ(v.latScale(), 255);
+  EXPECT_EQ(&mapView(), &mapView());
+}
+
+TEST(MapView, SetZoomIndexClampsThroughUnsignedTest) {
+  MapView v;
+  for (uint32_t index : {27u, static_cast<uint32_t>(-1), 1000u, 0x80000000u}) {
+    v.setZoomIndex(index);
+    EXPECT_EQ(v.zoomIndex(), 26u) << index;
+    EXPECT_TRUE(v.zoomLabel() == u"800 км");
+    EXPECT_EQ(v.zoomLevel(), 11);
+    EXPECT_EQ(v.unitsNum(), 335544);
+    EXPECT_EQ(v.unitsDen(), 40);
+  }
+  v.setZoomIndex(12);
+  EXPECT_TRUE(v.zoomLabel() == u"1.2 км");
+  EXPECT_EQ(v.zoomLevel(), 21);
+  EXPECT_EQ(v.unitsNum(), 5033);
+  EXPECT_EQ(v.unitsDen(), 400);
+}
+
+struct RotationCase {
+  int32_t degrees, cosRot, sinRot;
+};
+
+TEST(MapView, SetRotationFactors) {
+  const RotationCase cases[] = {
+      {0, 1024, 0},    {90, 0, 1024},   {180, -1024, 0}, {270, 0, -1024}, {-90, 0, -1024},
+      {30, 887, 512},  {-45, 724, -724}, {60, 512, 887}, {135, -724, 724}, {359, 1024, -18},
+  };
+  for (const auto& c : cases) {
+    MapView v;
+    EXPECT_EQ(v.setRotation(c.degrees), c.sinRot) << c.degrees;
+    EXPECT_EQ(v.rotation(), c.degrees);
+    EXPECT_EQ(v.cosRot(), c.cosRot) << c.degrees;
+    EXPECT_EQ(v.sinRot(), c.sinRot) << c.degrees;
+  }
+}
+
+struct CentreCase {
+  int32_t y, storedY, latScale;
+};
+
+TEST(MapView, SetCentreClampsLatitudeAndScalesLongitude) {
+  const CentreCase cases[] = {
+      {0, 0, 255},
+      {4000000, 3728270, 44},
+      {-4000000, -3728270, 44},
+      {3728271, 3728270, 44},
+      {INT32_MIN, -3728270, 44},
+      {3728270, 3728270, 44},
+      {2796203, 2796203, 128},  // 60 degrees: 127.5 rounds up
+      {-2796203, -2796203, 128},
+  };
+  for (const auto& c : cases) {
+    MapView v;
+    EXPECT_EQ(v.setCentre(-77, c.y), c.latScale) << c.y;
+    EXPECT_EQ(v.centre(), (MapPoint{-77, c.storedY}));
+    EXPECT_EQ(v.latScale(), c.latScale);
+  }
+}
+
+TEST(MapView, PanMovesTheCentreAgainstThePicture) {
+  MapView v = makeView(6, 0, {1000, 0});
+  v.pan(20, 0);  // picture right: the view looks further west
+  EXPECT_EQ(v.centre(), (MapPoint{1000 - 16, 0}));  // 20 px = 16.4 units, truncated
+  v.pan(0, 20);  // picture down: the view looks further north
+  EXPECT_EQ(v.centre(), (MapPoint{984, 16}));
+  v.pan(-20, -20);
+  EXPECT_EQ(v.centre(), (MapPoint{1000, 0}));
+}
+
+TEST(MapView, PanStopsAtEightyDegrees) {
+  MapView v = makeView(26, 0, {0, -3728000});
+  EXPECT_EQ(v.pan(0, -1000), 44);
+  EXPECT_EQ(v.centre().y, -3728270);
+  EXPECT_EQ(v.latScale(), 44);
+  v.pan(0, 3000);
+  EXPECT_EQ(v.centre().y, 3728270);
+}
+
+// After a pan by (dx, dy) the point that was under (sx, sy) is under (sx + dx, sy + dy).
+TEST(MapView, PanAgreesWithProjectionAtEveryRotation) {
+  for (int32_t rotation : {0, 30, 90, 135, 200, 270, 333}) {
+    MapView v = makeView(15, rotation, {1200000, 3000000});
+    const MapPoint before = v.screenToMap(100, 200);
+    v.pan(20, -20);
+    const MapPoint after = v.mapToScreen(before);
+    EXPECT_NEAR(after.x, 120, 2) << rotation;
+    EXPECT_NEAR(after.y, 180, 2) << rotation;
+  }
+}
+
+struct ProjectionCase {
+  int32_t rotation;
+  MapPoint offset;  // from the centre, in map units
+  MapPoint screen;
+};
+
+TEST(MapView, MapToScreen) {
+  // Zoom 6: 2 m per pixel, 100 units = 119.2 pixels (truncated toward zero both ways).
+  const ProjectionCase cases[] = {
+      {0, {0, 100}, {120, 41}},    {0, {0, -100}, {120, 279}}, {0, {100, 0}, {239, 160}},
+      {0, {-100, 0}, {1, 160}},    {0, {0, 0}, {120, 160}},
+      // Turned 90 degrees clockwise: east is up, north is to the left.
+      {90, {0, 100}, {1, 160}},    {90, {100, 0}, {120, 41}},
+      {180, {0, 100}, {120, 279}}, {270, {0, 100}, {239, 160}},
+  };
+  for (const auto& c : cases) {
+    MapView v = makeView(6, c.rotation, {500000, 0});
+    EXPECT_EQ(v.mapToScreen({500000 + c.offset.x, c.offset.y}), c.screen)
+        << c.rotation << ": " << c.offset.x << "," << c.offset.y;
+  }
+}
+
+TEST(MapView, LongitudeShrinksWithLatitude) {
+  MapView v = makeView(6, 0, {0, 2796203});  // 60 degrees north, latScale 128
+  EXPECT_EQ(v.mapToScreen({100, 2796203}), (MapPoint{120 + 59, 160}));  // 59.8 truncated
+}
+
+// Every truncation toward zero may lose up to a pixel, and a turned error vector spreads over
+// both axes; with a quarter turn only the two scalings remain.
+TEST(MapView, RoundTripWithinTruncationError) {
+  for (uint32_t zoom : {0u, 6u, 15u, 26u}) {
+    for (int32_t rotation : {0, 17, 45, 90, 135, 180, 251, 300, -60}) {
+      MapView v = makeView(zoom, rotation, {-1500000, 2000000});
+      const int32_t slack = rotation % 90 == 0 ? 2 : 4;
+      // Map units per pixel, the wider longitude one for both axes since rotation mixes them.
+      const int64_t perPixel =
+          int64_t{v.unitsNum()} * 255 / (int64_t{v.unitsDen()} * v.latScale()) + 1;
+      for (int32_t sx = -10; sx <= 250; sx += 37) {
+        for (int32_t sy = -10; sy <= 330; sy += 41) {
+          const MapPoint map = v.screenToMap(sx, sy);
+          const MapPoint screen = v.mapToScreen(map);
+          const MapPoint again = v.screenToMap(screen.x, screen.y);
+          SCOPED_TRACE(testing::Message() << "zoom " << zoom << " rot " << rotation << " at "
+                                          << sx << "," << sy);
+          EXPECT_LE(std::llabs(int64_t{again.x} - map.x), slack * perPixel);
+          EXPECT_LE(std::llabs(int64_t{again.y} - map.y), slack * perPixel);
+          if (zoom > 0) {  // at zoom 0 one map unit covers many pixels
+            EXPECT_LE(std::abs(screen.x - sx), slack);
+            EXPECT_LE(std::abs(screen.y - sy), slack);
+          }
+        }
+      }
+    }
+  }
+}
+
+TEST(MapView, VisibleRectUnturnedAndQuarterTurned) {
+  MapView v = makeView(6, 0, {1000, 2000});
+  // 240 px = 201 units wide, 320 px = 268 units tall; halves truncated.
+  EXPECT_EQ(v.visibleRect(), (MapRect{900, 1866, 1100, 2134}));
+  v.setRotation(90);
+  EXPECT_EQ(v.visibleRect(), (MapRect{866, 1900, 1134, 2100}));
+  v.setRotation(-90);
+  EXPECT_EQ(v.visibleRect(), (MapRect{866, 1900, 1134, 2100}));
+}
+
+TEST(MapView, VisibleRectCoversTheTurnedScreen) {
+  for (int32_t rotation : {0, 10, 45, 90, 123, 180, 260, 315}) {
+    MapView v = makeView(12, rotation, {300000, -1000000});
+    const MapRect r = v.visibleRect();
+    for (MapPoint corner : {MapPoint{0, 0}, MapPoint{240, 0}, MapPoint{0, 320}, MapPoint{240, 320}}) {
+      const MapPoint m = v.screenToMap(corner.x, corner.y);
+      const int32_t slack = 2 * v.unitsNum() / v.unitsDen() + 2;
+      EXPECT_GE(m.x, r.west - slack) << rotation;
+      EXPECT_LE(m.x, r.east + slack) << rotation;
+      EXPECT_GE(m.y, r.south - slack) << rotation;
+      EXPECT_LE(m.y, r.north + slack) << rotation;
+    }
+  }
+}
+
+struct SizeCase {
+  MapRect r;
+  int32_t minPixels;
+  bool expected;
+};
+
+TEST(MapView, IsLargeEnough) {
+  // Zoom 6 at the equator: 1 unit = 1.19 pixels either way.
+  const SizeCase cases[] = {
+      {{0, 0, 2, 0}, 2, true},    {{0, 0, 1, 0}, 2, false},  {{0, 0, 0, 2}, 2, true},
+      {{0, 0, 1, 1}, 2, false},   {{0, 0, 9, 0}, 10, true},  {{0, 0, 8, 8}, 10, false},
+      {{5, 5, 0, 0}, 1, false},   {{5, 5, 0, 0}, 0, true},   {MapRect{}, 1, false},
+  };
+  MapView v = makeView(6);
+  for (const auto& c : cases) {
+    EXPECT_EQ(v.isLargeEnough(c.r, c.minPixels), c.expected)
+        << c.r.west << "," << c.r.south << "," << c.r.east << "," << c.r.north << " / " << c.minPixels;
+  }
+  // At 60 degrees longitude spans only half as many pixels.
+  MapView north = makeView(6, 0, {0, 2796203});
+  EXPECT_FALSE(north.isLargeEnough({0, 0, 2, 0}, 2));
+  EXPECT_TRUE(north.isLargeEnough({0, 0, 4, 0}, 2));
+}
+
+TEST(MapView, SemicirclesAgreeWithMapUnitsOnWholeUnits) {
+  const MapPoint points[] = {{0, 0}, {100, -100}, {-250, 37}, {5000, 9000}, {-3, -7}};
+  for (uint32_t zoom : {0u, 3u, 10u, 20u, 26u}) {
+    for (int32_t rotation : {0, 33, 90, 200}) {
+      MapView v = makeView(zoom, rotation, {-20000, 1500000});
+      for (MapPoint p : points) {
+        const MapPoint map{-20000 + p.x, 1500000 + p.y};
+        EXPECT_EQ(v.semicirclesToScreen({map.x * 256, map.y * 256}), v.mapToScreen(map))
+            << zoom << " " << rotation << " " << p.x << "," << p.y;
+      }
+    }
+  }
+}
+
+TEST(MapView, SemicirclesKeepSubUnitPrecision) {
+  MapView v = makeView(0);  // 19 pixels per map unit
+  EXPECT_EQ(v.semicirclesToScreen({0, 128}), (MapPoint{120, 160 - 9}));  // half a unit
+  EXPECT_EQ(v.semicirclesToScreen({0, -31}), (MapPoint{120, 161}));      // -31/16 is -1
+  EXPECT_EQ(v.mapToScreen({0, 0}), (MapPoint{120, 160}));
+}
+
+struct FitCase {
+  int32_t span;  // north - south
+  uint32_t zoom;
+};
+
+TEST(MapView, FitNewMapChoosesZoomFromHeight) {
+  const FitCase cases[] = {
+      {2 * 320, 26},     // 3 log2(2) - 12.5 = -9.5: negative wraps to the coarsest step
+      {20 * 320, 0},     // 0.47
+      {16 * 320, 26},    // -0.5 floors to -1
+      {100 * 320, 7},    // 7.43
+      {1000 * 320, 17},  // 17.4
+      {8192 * 320, 26},  // 26.5
+      {1000000 * 320, 26},
+      {319, 0},          // smaller than one screen at every step
+      {0, 0},
+      {-5000, 0},        // north below south
+  };
+  for (const auto& c : cases) {
+    MapView v;
+    v.setZoomIndex(13);
+    v.fitNewMap({-10, 0, 10, c.span});
+    EXPECT_EQ(v.zoomIndex(), c.zoom) << c.span;
+  }
+}
+
+TEST(MapView, FitNewMapKeepsACentreInsideTheMap) {
+  const MapRect bounds{-500, -300, 700, 900};
+  const MapPoint inside[] = {{0, 0}, {-500, -300}, {700, 900}, {700, -300}, {-500, 900}};
+  for (MapPoint c : inside) {
+    MapView v;
+    v.setCentre(c.x, c.y);
+    v.fitNewMap(bounds);
+    EXPECT_EQ(v.centre(), c);
+  }
+  const MapPoint outside[] = {{-501, 0}, {701, 0}, {0, -301}, {0, 901}};
+  for (MapPoint c : outside) {
+    MapView v;
+    v.setCentre(c.x, c.y);
+    v.fitNewMap(bounds);
+    EXPECT_EQ(v.centre(), (MapPoint{100, 300}));
+  }
+}
+
+TEST(MapView, FitNewMapMiddleTruncatesTowardZeroWithoutOverflow) {
+  MapView v;
+  v.setCentre(1000, 1000);
+  v.fitNewMap({-5, -7, 2, -2});
+  EXPECT_EQ(v.centre(), (MapPoint{-1, -4}));
+
+  v.fitNewMap({2147483000, 100, 2147483600, 300});
+  EXPECT_EQ(v.centre(), (MapPoint{2147483300, 200}));
+
+  v.setCentre(0, 0);
+  v.fitNewMap({-100, 3000000, 100, 4000000});  // the middle is beyond 80 degrees
+  EXPECT_EQ(v.centre(), (MapPoint{0, 3500000}));
+  v.setCentre(0, 0);
+  v.fitNewMap({-100, 3800000, 100, 4000000});
+  EXPECT_EQ(v.centre(), (MapPoint{0, 3728270}));
+  EXPECT_EQ(v.latScale(), 44);
+}
+
+}  // namespace
+}  // namespace orvel
