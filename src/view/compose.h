@@ -33,7 +33,8 @@ struct PositionSnapshot {
 using PositionSource = std::function<std::optional<PositionSnapshot>()>;
 
 // A layer drawn over the map during composition (the recorded track, the waypoints).
-using ViewLayer = std::function<void(QPainter& painter, const MapView& view, const MapRect& visible)>;
+using ViewLayer =
+    std::function<void(QPainter& painter, const MapView& view, const MapRect& visible)>;
 
 // Below this speed the marker is a circle; from it on, an arrow along the course.
 inline constexpr float kMarkerArrowSpeedKmh = 2.0f;
@@ -56,7 +57,8 @@ class ViewComposer {
   const QImage& picture() const { return picture_; }
 
  private:
-  void drawPositionMarker(QPainter& painter, const MapView& view, const PositionSnapshot& fix) const;
+  void drawPositionMarker(QPainter& painter, const MapView& view,
+                          const PositionSnapshot& fix) const;
 
   QImage picture_;
   ViewLayer trackLayer_;

@@ -1,0 +1,173 @@
+#include "common/recording_device.h"
+
+#include <QGuiApplication>
+#include <QPainter>
+#include <QPainterPath>
+#include <QPixmap>
+#include <QTextItem>
+
+namespace orvel::test {
+
+void ensureGuiApplication() {
+  if (QGuiApplication::instance()) return;
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  static int argc = 1;
+  static char name[] = "orvel-test";
+  static char* argv[] = {name, nullptr};
+  // Kept for the whole run (and reachable, so leak checkers stay quiet).
+  static QGuiApplication* application = new QGuiApplication(argc, argv);
+  (void)application;
+}
+
+RecordingEngine::RecordingEngine() : QPaintEngine(QPaintEngine::AllFeatures) {}
+
+bool RecordingEngine::begin(QPaintDevice*) { return true; }
+bool RecordingEngine::end() { return true; }
+void RecordingEngine::updateState(const QPaintEngineState&) {}
+
+DrawCall RecordingEngine::start(DrawCall::Kind kind) const {
+  DrawCall call;
+  call.kind = kind;
+  if (const QPainter* p = painter()) {
+    call.pen = p->pen();
+    call.brush = p->brush();
+    call.brushOrigin = p->brushOrigin();
+    call.transform = p->worldTransform();
+    call.backgroundMode = p->backgroundMode();
+    call.font = p->font();
+  }
+  return call;
+}
+
+void RecordingEngine::drawRects(const QRectF* rects, int count) {
+  DrawCall call = start(DrawCall::Kind::Rects);
+  call.rects.assign(rects, rects + count);
+  if (count > 0) call.rect = rects[0];
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawRects(const QRect* rects, int count) {
+  std::vector<QRectF> converted(rects, rects + count);
+  drawRects(converted.data(), count);
+}
+
+void RecordingEngine::drawLines(const QLineF* lines, int count) {
+  DrawCall call = start(DrawCall::Kind::Lines);
+  for (int i = 0; i < count; ++i) call.points << lines[i].p1() << lines[i].p2();
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawLines(const QLine* lines, int count) {
+  DrawCall call = start(DrawCall::Kind::Lines);
+  for (int i = 0; i < count; ++i) call.points << QPointF(lines[i].p1()) << QPointF(lines[i].p2());
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawEllipse(const QRectF& rect) {
+  DrawCall call = start(DrawCall::Kind::Ellipse);
+  call.rect = rect;
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawEllipse(const QRect& rect) { drawEllipse(QRectF(rect)); }
+
+void RecordingEngine::drawPath(const QPainterPath& path) {
+  DrawCall call = start(DrawCall::Kind::Path);
+  call.points = path.toFillPolygon();
+  call.rect = path.boundingRect();
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawPoints(const QPointF* points, int count) {
+  DrawCall call = start(DrawCall::Kind::Points);
+  call.points = QPolygonF(QList<QPointF>(points, points + count));
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawPoints(const QPoint* points, int count) {
+  DrawCall call = start(DrawCall::Kind::Points);
+  for (int i = 0; i < count; ++i) call.points << QPointF(points[i]);
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawPolygon(const QPointF* points, int count, PolygonDrawMode mode) {
+  DrawCall call = start(mode == PolylineMode ? DrawCall::Kind::Polyline : DrawCall::Kind::Polygon);
+  call.points = QPolygonF(QList<QPointF>(points, points + count));
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawPolygon(const QPoint* points, int count, PolygonDrawMode mode) {
+  DrawCall call = start(mode == PolylineMode ? DrawCall::Kind::Polyline : DrawCall::Kind::Polygon);
+  for (int i = 0; i < count; ++i) call.points << QPointF(points[i]);
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawPixmap(const QRectF& rect, const QPixmap&, const QRectF& source) {
+  DrawCall call = start(DrawCall::Kind::Pixmap);
+  call.rect = rect;
+  call.sourceRect = source;
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawTiledPixmap(const QRectF& rect, const QPixmap&, const QPointF&) {
+  DrawCall call = start(DrawCall::Kind::Pixmap);
+  call.rect = rect;
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawImage(const QRectF& rect, const QImage& image, const QRectF& source,
+                                Qt::ImageConversionFlags) {
+  DrawCall call = start(DrawCall::Kind::Image);
+  call.rect = rect;
+  call.sourceRect = source;
+  call.image = image;
+  calls.push_back(std::move(call));
+}
+
+void RecordingEngine::drawTextItem(const QPointF& origin, const QTextItem& item) {
+  DrawCall call = start(DrawCall::Kind::Text);
+  call.origin = origin;
+  call.text = item.text();
+  call.font = item.font();
+  calls.push_back(std::move(call));
+}
+
+RecordingDevice::RecordingDevice(int width, int height) : width_(width), height_(height) {}
+
+RecordingDevice::~RecordingDevice() = default;
+
+std::vector<DrawCall> RecordingDevice::callsOf(DrawCall::Kind kind) const {
+  std::vector<DrawCall> out;
+  for (const DrawCall& call : engine_.calls) {
+    if (call.kind == kind) out.push_back(call);
+  }
+  return out;
+}
+
+std::vector<QString> RecordingDevice::texts() const {
+  std::vector<QString> out;
+  for (const DrawCall& call : engine_.calls) {
+    if (call.kind == DrawCall::Kind::Text) out.push_back(call.text);
+  }
+  return out;
+}
+
+int RecordingDevice::metric(PaintDeviceMetric metric) const {
+  switch (metric) {
+    case PdmWidth: return width_;
+    case PdmHeight: return height_;
+    case PdmWidthMM: return width_ * 254 / 960;
+    case PdmHeightMM: return height_ * 254 / 960;
+    case PdmNumColors: return 0x7FFFFFFF;
+    case PdmDepth: return 32;
+    case PdmDpiX:
+    case PdmDpiY:
+    case PdmPhysicalDpiX:
+    case PdmPhysicalDpiY: return 96;
+    case PdmDevicePixelRatio: return 1;
+    case PdmDevicePixelRatioScaled: return int(devicePixelRatioFScale());
+    default: return QPaintDevice::metric(metric);
+  }
+}
+
+}  // namespace orvel::test

@@ -1,0 +1,218 @@
+#include "map/labels/label_placer.h"
+
+#include <gtest/gtest.h>
+
+#include <map>
+#include <string>
+
+#include <QFontMetrics>
+#include <QPainter>
+
+#include "common/recording_device.h"
+#include "map/map_file.h"
+
+namespace orvel {
+namespace {
+
+using test::DrawCall;
+using test::RecordingDevice;
+
+// A map that only knows label texts.
+class LabelMap : public MapFile {
+ public:
+  bool probe(Bytes) override { return true; }
+  bool load(Bytes) override { return true; }
+  void decode(const MapView&, const MapRect&, ObjectConsumer&) override {}
+  void draw(QPainter&, const MapView&, const MapRect&) override {}
+  int getLabel(uint32_t ref, char16_t* out) override {
+    const auto found = texts.find(ref);
+    const std::u16string text = found == texts.end() ? u"" : found->second;
+    text.copy(out, text.size());
+    out[text.size()] = 0;
+    return int(text.size());
+  }
+  void describe(MapFacts&) const override {}
+
+  std::map<uint32_t, std::u16string> texts;
+};
+
+class Labels : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { test::ensureGuiApplication(); }
+  void SetUp() override {
+    font_ = QFont("Liberation Sans");
+    font_.setPixelSize(12);
+  }
+  QSize extent(const char16_t* text) const {
+    const QFontMetrics m(font_);
+    return {m.horizontalAdvance(QString::fromUtf16(text)), m.height()};
+  }
+  bool point(const char16_t* text, uint32_t ref, int x, int y) {
+    return placer_.addPointLabel(text, ref, x, y, font_, Qt::black);
+  }
+
+  QFont font_;
+  LabelPlacer placer_;
+};
+
+TEST_F(Labels, OverlappingPointLabelsKeepTheFirst) {
+  placer_.resetLabels(240, 320);
+  EXPECT_EQ(placer_.columns(), 30);
+  EXPECT_EQ(placer_.rows(), 80);
+  EXPECT_TRUE(point(u"Monaco", 1, 20, 20));
+  EXPECT_FALSE(point(u"Fontvieille", 2, 30, 24));
+  EXPECT_TRUE(point(u"Menton", 3, 20, 100));
+  ASSERT_EQ(placer_.pending().size(), 2u);
+  EXPECT_EQ(placer_.pending()[0].labelRef, 1u);
+  EXPECT_EQ(placer_.pending()[1].labelRef, 3u);
+  EXPECT_EQ(placer_.pending()[1].x(), 20);
+  EXPECT_EQ(placer_.pending()[1].y(), 100);
+
+  // Cells from (x, y) to (x + w, y + h) inclusive hold the label's index.
+  const QSize size = extent(u"Monaco");
+  EXPECT_EQ(placer_.cell(20 / 8, 20 / 4), 0);
+  EXPECT_EQ(placer_.cell((20 + size.width()) / 8, (20 + size.height()) / 4), 0);
+  EXPECT_EQ(placer_.cell((20 + size.width()) / 8 + 1, 20 / 4), LabelPlacer::kFreeCell);
+  EXPECT_EQ(placer_.cell(20 / 8, (20 + size.height()) / 4 + 1), LabelPlacer::kFreeCell);
+  EXPECT_EQ(placer_.cell(20 / 8 - 1, 20 / 4), LabelPlacer::kFreeCell);
+
+  // A new drawing starts with a free grid.
+  placer_.resetLabels(240, 320);
+  EXPECT_TRUE(placer_.pending().empty());
+  EXPECT_TRUE(point(u"Fontvieille", 2, 30, 24));
+}
+
+TEST_F(Labels, GridIsClippedAtTheRightAndBottomEdges) {
+  placer_.resetLabels(80, 40);  // 10 x 10 cells
+  ASSERT_GT(extent(u"Beausoleil").width(), 30);
+  EXPECT_TRUE(point(u"Beausoleil", 1, 70, 34));
+  EXPECT_EQ(placer_.cell(8, 8), 0);
+  EXPECT_EQ(placer_.cell(9, 9), 0);
+  EXPECT_EQ(placer_.cell(7, 9), LabelPlacer::kFreeCell);
+  // Overlaps it inside the grid: dropped.
+  EXPECT_FALSE(point(u"Cap", 2, 76, 38));
+  // Wholly beyond the edges: nothing to test, kept.
+  EXPECT_TRUE(point(u"Roquebrune", 3, 90, 10));
+  EXPECT_TRUE(point(u"Roquebrune", 4, 10, 50));
+  EXPECT_EQ(placer_.pending().size(), 3u);
+}
+
+TEST_F(Labels, GridIsClippedAtTheLeftAndTopEdges) {
+  placer_.resetLabels(80, 40);
+  const int w = extent(u"Eze").width();
+  // Starting 3 pixels left of and above the screen: the box reaches into column 0 and row 0.
+  EXPECT_TRUE(point(u"Eze", 1, -3, -3));
+  EXPECT_EQ(placer_.cell(0, 0), 0);
+  EXPECT_EQ(placer_.cell((w - 3) / 8, 0), 0);
+  EXPECT_FALSE(point(u"Eze", 2, 0, 0));
+  // Ending just left of the screen: it covers no cell, so column 0 stays free below it.
+  EXPECT_TRUE(point(u"Eze", 3, -w - 9, 20));
+  EXPECT_EQ(placer_.cell(0, 5), LabelPlacer::kFreeCell);
+  EXPECT_TRUE(point(u"La Turbie", 4, 0, 20));
+}
+
+TEST_F(Labels, AreaLabelSitsOnTheVertexMean) {
+  placer_.resetLabels(240, 320);
+  const MapPoint square[] = {{10, 20}, {110, 20}, {110, 71}, {10, 71}};
+  placer_.addAreaLabel(7, square, font_, QColor(0, 0, 255));
+  ASSERT_EQ(placer_.pending().size(), 1u);
+  const PendingLabel& label = placer_.pending()[0];
+  EXPECT_EQ(label.x(), 60);
+  EXPECT_EQ(label.y(), 45);
+  EXPECT_EQ(label.alignment, 1);
+  EXPECT_EQ(label.rotation, 0);
+  EXPECT_EQ(label.colour, QColor(0, 0, 255));
+  // Area labels never touch the grid.
+  EXPECT_EQ(placer_.cell(60 / 8, 45 / 4), LabelPlacer::kFreeCell);
+}
+
+TEST_F(Labels, AreaMeanOfNegativeSumsIsUnsigned) {
+  placer_.resetLabels(240, 320);
+  // Sum -6 over 3 points: (2^32 - 6) / 3 = 0x55555553, of which 16 bits are kept.
+  const MapPoint three[] = {{-1, -1}, {-2, -2}, {-3, -3}};
+  placer_.addAreaLabel(1, three, font_, Qt::black);
+  EXPECT_EQ(placer_.pending()[0].x(), 0x5553);
+  EXPECT_EQ(placer_.pending()[0].y(), 0x5553);
+  // Over 2 points the wrapped sum divides to the true mean in 16 bits.
+  const MapPoint two[] = {{-10, 5}, {-20, 5}};
+  placer_.addAreaLabel(2, two, font_, Qt::black);
+  EXPECT_EQ(placer_.pending()[1].x(), -15);
+  EXPECT_EQ(placer_.pending()[1].y(), 5);
+}
+
+struct LineCase {
+  const char* name;
+  std::vector<MapPoint> points;
+  int16_t rotation;  // tenths of a degree
+  QPoint position;   // for a 40 x 14 text box
+};
+
+TEST_F(Labels, LineLabelFollowsTheMiddleSegment) {
+  const LineCase cases[] = {
+      // Anchor (60, 50) less (20, 14), rounded as the offsets are: -19.5 -> -19, -13.5 -> -13.
+      {"two points", {{10, 50}, {110, 50}}, 0, {41, 37}},
+      {"leftwards reads left to right", {{110, 50}, {10, 50}}, 0, {41, 37}},
+      // Straight up and straight down give the same angle: -90 + 0.5 truncates to -89.
+      // At 89 degrees: x offset trunc(0.5 - (0.01745 * 20 + 14 * 0.99985)) = -13,
+      // y offset trunc(0.99985 * 20 - 14 * 0.01745 + 0.5) = 20.
+      {"up", {{50, 110}, {50, 10}}, 890, {37, 80}},
+      {"down", {{50, 10}, {50, 110}}, 890, {37, 80}},
+      // Down-right at 45 degrees turns the text clockwise.
+      {"diagonal", {{0, 0}, {100, 100}}, -450, {47, 27}},
+      // Lengths 10 and 100: the second segment passes half of 110.
+      {"middle segment", {{0, 0}, {10, 0}, {10, 100}}, 890, {10 - 13, 50 + 20}},
+      // No length at all: no segment passes half, so angle 0 at (0, 0).
+      {"degenerate", {{5, 5}, {5, 5}}, 0, {-19, -13}},
+  };
+  for (const LineCase& c : cases) {
+    SCOPED_TRACE(c.name);
+    placer_.resetLabels(240, 320);
+    placer_.addLineLabel(9, c.points, font_, Qt::black, 14, 40);
+    ASSERT_EQ(placer_.pending().size(), 1u);
+    const PendingLabel& label = placer_.pending()[0];
+    EXPECT_EQ(label.rotation, c.rotation);
+    EXPECT_EQ(QPoint(label.x(), label.y()), c.position);
+    EXPECT_EQ(label.alignment, 0);
+  }
+}
+
+TEST_F(Labels, DrawnWithTheirTextsFetchedAgain) {
+  LabelMap map;
+  map.texts = {{1, u"Port Hercule"}, {2, u"Larvotto"}, {3, u"Boulevard & Co"}};
+  placer_.resetLabels(240, 320);
+  ASSERT_TRUE(point(u"Port Hercule", 1, 30, 40));
+  const MapPoint area[] = {{100, 100}, {140, 100}, {140, 140}, {100, 140}};
+  placer_.addAreaLabel(2, area, font_, QColor(0, 128, 0));
+  const MapPoint line[] = {{0, 0}, {100, 100}};
+  placer_.addLineLabel(3, line, font_, Qt::black, 14, 40);
+  placer_.addAreaLabel(99, area, font_, Qt::black);  // no text: nothing drawn
+
+  RecordingDevice device(240, 320);
+  QPainter painter(&device);
+  placer_.drawLabels(painter, map);
+  painter.end();
+
+  const auto texts = device.callsOf(DrawCall::Kind::Text);
+  ASSERT_EQ(texts.size(), 3u);
+  const QFontMetrics metrics(font_);
+
+  EXPECT_EQ(texts[0].text, QString("Port Hercule"));
+  EXPECT_EQ(texts[0].deviceOrigin(), QPointF(30, 40 + metrics.ascent()));
+
+  EXPECT_EQ(texts[1].text, QString("Larvotto"));
+  EXPECT_EQ(texts[1].pen.color(), QColor(0, 128, 0));
+  const int w = metrics.horizontalAdvance("Larvotto");
+  EXPECT_EQ(texts[1].deviceOrigin(), QPointF((120 + 121 - w) / 2, 120 + metrics.ascent()));
+
+  // The turned text keeps its top-left corner at the label position and runs along the line.
+  EXPECT_EQ(texts[2].text, QString("Boulevard & Co"));
+  const QTransform& t = texts[2].transform;
+  EXPECT_EQ(t.map(QPointF(0, 0)), QPointF(47, 27));
+  const QPointF along = t.map(QPointF(100, 0)) - t.map(QPointF(0, 0));
+  EXPECT_NEAR(along.x(), 70.71, 0.01);
+  EXPECT_NEAR(along.y(), 70.71, 0.01);
+  EXPECT_EQ(texts[2].origin, QPointF(0, metrics.ascent()));
+}
+
+}  // namespace
+}  // namespace orvel
