@@ -28,7 +28,10 @@ std::u16string labelFor(int32_t barMetres) {
     text = std::to_string(barMetres);
   } else {
     text = std::to_string(barMetres / 1000);
-    if (barMetres % 1000 != 0) text += "." + std::to_string(barMetres % 1000 / 100);
+    if (barMetres % 1000 != 0) {
+      text += '.';
+      text += std::to_string(barMetres % 1000 / 100);
+    }
   }
   std::u16string label(text.begin(), text.end());  // digits and the full stop only
   label += barMetres < 1000 ? u" м" : u" км";
