@@ -1,0 +1,65 @@
+#include "map/img/byte_reader.h"
+
+#include <gtest/gtest.h>
+
+#include <array>
+
+namespace orvel {
+namespace {
+
+TEST(ByteReader, ReadsLittleEndianAndStopsAtTheEnd) {
+  const std::array<uint8_t, 10> data{0x01, 0x02, 0x03, 0x04, 0x05, 0x06, 0x07, 0x08, 0x09, 0xFF};
+  ByteReader r(data);
+  uint8_t a = 0;
+  uint16_t b = 0;
+  uint32_t c = 0, d = 0;
+  ASSERT_TRUE(r.u8(a) && r.u16le(b) && r.u24le(c) && r.u32le(d));
+  EXPECT_EQ(a, 0x01);
+  EXPECT_EQ(b, 0x0302);
+  EXPECT_EQ(c, 0x060504u);
+  EXPECT_EQ(d, 0xFF090807u);
+  EXPECT_TRUE(r.atEnd());
+  EXPECT_FALSE(r.u8(a));
+  EXPECT_EQ(a, 0x01);  // untouched on failure
+}
+
+TEST(ByteReader, FailedReadLeavesCursorAndOutput) {
+  const std::array<uint8_t, 3> data{0xAA, 0xBB, 0xCC};
+  ByteReader r(data, 1);
+  uint32_t v = 7;
+  EXPECT_FALSE(r.u24le(v));
+  EXPECT_FALSE(r.u32le(v));
+  EXPECT_EQ(v, 7u);
+  EXPECT_EQ(r.pos(), 1u);
+  uint16_t w = 0;
+  EXPECT_TRUE(r.u16le(w));
+  EXPECT_EQ(w, 0xCCBB);
+}
+
+TEST(ByteReader, SeekPastTheEndMakesEveryReadFail) {
+  const std::array<uint8_t, 4> data{1, 2, 3, 4};
+  ByteReader r(data);
+  r.seek(100);
+  EXPECT_EQ(r.remaining(), 0u);
+  std::span<const uint8_t> out;
+  uint8_t v = 0;
+  EXPECT_FALSE(r.u8(v));
+  EXPECT_FALSE(r.bytes(0, out));
+  EXPECT_FALSE(r.skip(1));
+  r.seek(1);
+  ASSERT_TRUE(r.bytes(2, out));
+  EXPECT_EQ(out.data(), data.data() + 1);
+  EXPECT_FALSE(r.bytes(2, out));
+}
+
+TEST(ByteReader, FixedOffsetReadsCheckTheWholeValue) {
+  const std::array<uint8_t, 5> data{1, 2, 3, 4, 5};
+  uint32_t v = 0;
+  EXPECT_TRUE(readU32At(data, 1, v));
+  EXPECT_EQ(v, 0x05040302u);
+  EXPECT_FALSE(readU32At(data, 2, v));
+  EXPECT_FALSE(readU32At(data, SIZE_MAX - 1, v));
+}
+
+}  // namespace
+}  // namespace orvel

@@ -1,0 +1,202 @@
+#pragma once
+// Small IMG containers made byte by byte for edge cases the real maps do not have.
+#include <array>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+namespace orvel::test {
+
+using ByteVector = std::vector<uint8_t>;
+
+inline void putU8(ByteVector& b, size_t at, uint8_t v) {
+  if (b.size() < at + 1) b.resize(at + 1);
+  b[at] = v;
+}
+inline void putLe(ByteVector& b, size_t at, uint64_t v, int width) {
+  if (b.size() < at + static_cast<size_t>(width)) b.resize(at + static_cast<size_t>(width));
+  for (int i = 0; i < width; ++i) b[at + static_cast<size_t>(i)] = static_cast<uint8_t>(v >> (8 * i));
+}
+inline void putText(ByteVector& b, size_t at, const std::string& s) {
+  for (size_t i = 0; i < s.size(); ++i) putU8(b, at + i, static_cast<uint8_t>(s[i]));
+}
+inline void append(ByteVector& b, const ByteVector& more) { b.insert(b.end(), more.begin(), more.end()); }
+
+// One subdivision record: 16 bytes, or 14 without the child index.
+inline ByteVector subdivisionRecord(uint32_t rgnOffset, uint8_t flags, int32_t cx, int32_t cy, uint16_t halfWidth,
+                                    uint16_t halfHeight, bool withChild) {
+  ByteVector r;
+  putLe(r, 0, rgnOffset, 3);
+  putU8(r, 3, flags);
+  putLe(r, 4, static_cast<uint32_t>(cx), 3);
+  putLe(r, 7, static_cast<uint32_t>(cy), 3);
+  putLe(r, 10, halfWidth, 2);
+  putLe(r, 12, halfHeight, 2);
+  if (withChild) putLe(r, 14, 0, 2);
+  return r;
+}
+
+struct LevelSpec {
+  uint8_t bits = 24;
+  bool inherited = false;
+  uint16_t count = 1;
+};
+
+enum BuiltSubfile : int { kBuiltTre = 0, kBuiltRgn = 1, kBuiltLbl = 2, kBuiltNet = 3, kBuiltNone = -1 };
+
+struct EntrySpec {
+  std::string name = "00000001";
+  std::string type;          // "TRE", "RGN", ...
+  int subfile = kBuiltNone;  // which built subfile it points to, or kBuiltNone for `block`
+  uint16_t block = 0;
+  uint8_t flag = 1;
+  uint8_t partHigh = 0;
+};
+
+struct ImgSpec {
+  uint8_t e1 = 9;  // block size 512
+  uint8_t e2 = 0;
+  int32_t north = 1000, east = 2000, south = -1000, west = -2000;
+  uint8_t treFlags = 0;
+  std::vector<LevelSpec> levels{{24, false, 1}};
+  // Subdivision section; by default one 14-byte record covering all RGN data, then 4 bytes.
+  ByteVector subdivisions = [] {
+    ByteVector s = subdivisionRecord(0, 0x80, 0, 0, 10, 10, false);
+    s.resize(s.size() + 4);
+    return s;
+  }();
+  ByteVector rgnData = ByteVector(8, 0);
+  uint16_t lblHeaderLength = 0xAC;
+  uint8_t labelShift = 1;
+  uint8_t labelCoding = 9;
+  uint16_t codePage = 1252;
+  ByteVector labelData = ByteVector{0, 'A', 'B', 0};
+  ByteVector poiProperties;
+  bool withNet = false;
+  ByteVector roadData = ByteVector{1, 2, 3, 4};
+  std::vector<EntrySpec> entries;  // empty: one entry per built subfile, tile "00000001"
+};
+
+struct BuiltImg {
+  ByteVector bytes;
+  std::array<uint32_t, 4> offsets{};  // TRE, RGN, LBL, NET
+  std::array<uint32_t, 4> sizes{};
+  uint32_t rgnDataOffset = 0;         // in the file
+};
+
+inline void padToBlock(ByteVector& b, size_t block) { b.resize((b.size() + block - 1) / block * block); }
+
+inline BuiltImg buildImg(const ImgSpec& spec) {
+  constexpr size_t kBlock = 512;
+  std::vector<EntrySpec> entries = spec.entries;
+  if (entries.empty()) {
+    const char* types[] = {"TRE", "RGN", "LBL", "NET"};
+    for (int i = 0; i < (spec.withNet ? 4 : 3); ++i) entries.push_back({"00000001", types[i], i});
+  }
+  BuiltImg out;
+  ByteVector& b = out.bytes;
+  b.assign(0x600 + entries.size() * 512, 0);
+  putText(b, 0x10, "DSKIMG");
+  putU8(b, 0x61, spec.e1);
+  putU8(b, 0x62, spec.e2);
+  putLe(b, 0x40C, b.size(), 4);
+  padToBlock(b, kBlock);
+
+  // TRE: header, levels, subdivisions.
+  out.offsets[kBuiltTre] = static_cast<uint32_t>(b.size());
+  {
+    ByteVector t(0xBC, 0);
+    putLe(t, 0, 0xBC, 2);
+    putText(t, 2, "GARMIN TRE");
+    putU8(t, 0x0D, spec.treFlags);
+    putLe(t, 0x15, static_cast<uint32_t>(spec.north), 3);
+    putLe(t, 0x18, static_cast<uint32_t>(spec.east), 3);
+    putLe(t, 0x1B, static_cast<uint32_t>(spec.south), 3);
+    putLe(t, 0x1E, static_cast<uint32_t>(spec.west), 3);
+    putLe(t, 0x21, 0xBC, 4);
+    putLe(t, 0x25, spec.levels.size() * 4, 4);
+    putLe(t, 0x29, 0xBC + spec.levels.size() * 4, 4);
+    putLe(t, 0x2D, spec.subdivisions.size(), 4);
+    for (const LevelSpec& level : spec.levels) {
+      t.push_back(static_cast<uint8_t>(level.inherited ? 0x80 : 0));
+      t.push_back(level.bits);
+      t.push_back(static_cast<uint8_t>(level.count));
+      t.push_back(static_cast<uint8_t>(level.count >> 8));
+    }
+    append(t, spec.subdivisions);
+    out.sizes[kBuiltTre] = static_cast<uint32_t>(t.size());
+    append(b, t);
+  }
+  padToBlock(b, kBlock);
+
+  out.offsets[kBuiltRgn] = static_cast<uint32_t>(b.size());
+  {
+    ByteVector r(0x1D, 0);
+    putLe(r, 0, 0x1D, 2);
+    putText(r, 2, "GARMIN RGN");
+    putLe(r, 0x15, 0x1D, 4);
+    putLe(r, 0x19, spec.rgnData.size(), 4);
+    append(r, spec.rgnData);
+    out.sizes[kBuiltRgn] = static_cast<uint32_t>(r.size());
+    out.rgnDataOffset = out.offsets[kBuiltRgn] + 0x1D;
+    append(b, r);
+  }
+  padToBlock(b, kBlock);
+
+  out.offsets[kBuiltLbl] = static_cast<uint32_t>(b.size());
+  {
+    const size_t header = spec.lblHeaderLength < 0xAC ? 0xAC : spec.lblHeaderLength;
+    ByteVector l(header, 0);
+    putLe(l, 0, spec.lblHeaderLength, 2);
+    putText(l, 2, "GARMIN LBL");
+    putLe(l, 0x15, header, 4);
+    putLe(l, 0x19, spec.labelData.size(), 4);
+    putU8(l, 0x1D, spec.labelShift);
+    putU8(l, 0x1E, spec.labelCoding);
+    putLe(l, 0x57, header + spec.labelData.size(), 4);
+    putLe(l, 0x5B, spec.poiProperties.size(), 4);
+    putLe(l, 0xAA, spec.codePage, 2);
+    append(l, spec.labelData);
+    append(l, spec.poiProperties);
+    out.sizes[kBuiltLbl] = static_cast<uint32_t>(l.size());
+    append(b, l);
+  }
+
+  if (spec.withNet) {
+    padToBlock(b, kBlock);
+    out.offsets[kBuiltNet] = static_cast<uint32_t>(b.size());
+    ByteVector n(0x37, 0);
+    putLe(n, 0, 0x37, 2);
+    putLe(n, 0x15, 0x37, 4);
+    putLe(n, 0x19, spec.roadData.size(), 4);
+    append(n, spec.roadData);
+    out.sizes[kBuiltNet] = static_cast<uint32_t>(n.size());
+    append(b, n);
+  }
+
+  for (size_t i = 0; i < entries.size(); ++i) {
+    const EntrySpec& e = entries[i];
+    const size_t at = 0x600 + i * 512;
+    putU8(b, at, e.flag);
+    putText(b, at + 1, (e.name + "        ").substr(0, 8));
+    putText(b, at + 9, e.type);
+    uint16_t block = e.block;
+    uint32_t size = 0;
+    if (e.subfile != kBuiltNone) {
+      block = static_cast<uint16_t>(out.offsets[static_cast<size_t>(e.subfile)] / kBlock);
+      size = out.sizes[static_cast<size_t>(e.subfile)];
+    }
+    putLe(b, at + 0x0C, size, 4);
+    putU8(b, at + 0x11, e.partHigh);
+    putLe(b, at + 0x20, block, 2);
+  }
+  return out;
+}
+
+// Every byte XORed with the key, as scrambled maps are stored.
+inline ByteVector scrambled(ByteVector bytes, uint8_t key) {
+  for (uint8_t& byte : bytes) byte ^= key;
+  return bytes;
+}
+
+}  // namespace orvel::test

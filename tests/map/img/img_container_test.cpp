@@ -1,0 +1,414 @@
+// Hand-made containers for the rules the real maps do not exercise.
+#include <gtest/gtest.h>
+
+#include <string>
+#include <vector>
+
+#include "app/core/message.h"
+#include "img_builder.h"
+#include "img_test_util.h"
+#include "map/img/img_map_file.h"
+
+namespace orvel {
+namespace {
+
+using test::buildImg;
+using test::ByteVector;
+using test::EntrySpec;
+using test::ImgSpec;
+
+const std::string kUnsupported = "Не поддерживаемый формат файла либо файл поврежден.";
+
+struct Loaded {
+  bool ok = false;
+  std::vector<std::string> messages;
+};
+
+Loaded load(ImgMapFile& map, const ByteVector& bytes) {
+  MessageRecorder recorder;
+  Loaded result;
+  result.ok = map.load(bytes);
+  result.messages = recorder.messages();
+  return result;
+}
+
+TEST(ImgContainer, ProbeNeedsTheDescrambledSignature) {
+  ImgMapFile map;
+  ByteVector bytes = buildImg({}).bytes;
+  EXPECT_TRUE(map.probe(bytes));
+  EXPECT_TRUE(map.probe(test::scrambled(bytes, 0x37)));
+  EXPECT_FALSE(map.probe(ByteVector(bytes.begin(), bytes.begin() + 21)));
+  EXPECT_TRUE(map.probe(ByteVector(bytes.begin(), bytes.begin() + 22)));
+  EXPECT_FALSE(map.probe({}));
+  bytes[0x15] = 'X';
+  EXPECT_FALSE(map.probe(bytes));
+}
+
+TEST(ImgContainer, PlainFileIsReadInPlaceAndScrambledOneFromACopy) {
+  const ByteVector plain = buildImg({}).bytes;
+  ASSERT_EQ(plain[0x10], 0x44);
+  ImgMapFile a;
+  ASSERT_TRUE(load(a, plain).ok);
+  EXPECT_EQ(a.fileBytes().data(), plain.data());
+  EXPECT_EQ(a.xorKey(), 0);
+
+  // The key comes from byte 0x10, not byte 0: a scrambled byte 0 of anything is fine.
+  ByteVector mixed = test::scrambled(plain, 0xA5);
+  mixed[0] = 0x00;
+  ImgMapFile b;
+  ASSERT_TRUE(load(b, mixed).ok);
+  EXPECT_EQ(b.xorKey(), 0xA5);
+  EXPECT_NE(b.fileBytes().data(), mixed.data());
+  EXPECT_EQ(b.bounds(), a.bounds());
+  EXPECT_TRUE(std::equal(a.rgnData().begin(), a.rgnData().end(), b.rgnData().begin(), b.rgnData().end()));
+}
+
+TEST(ImgContainer, BoundsAreSignExtended) {
+  ImgSpec spec;
+  spec.north = -5;
+  spec.south = -0x7FFFFF;
+  spec.west = -0x800000;
+  spec.east = 0x7FFFFF;
+  ImgMapFile map;
+  ASSERT_TRUE(load(map, buildImg(spec).bytes).ok);
+  EXPECT_EQ(map.bounds(), (MapRect{-0x800000, -0x7FFFFF, 0x7FFFFF, -5}));
+}
+
+TEST(ImgContainer, BlockSizeIsSixteenBits) {
+  struct Case {
+    uint8_t e1, e2;
+    uint16_t size;
+  };
+  for (const Case c : {Case{9, 0, 512}, Case{9, 1, 1024}, Case{8, 7, 32768}}) {
+    ImgSpec spec;
+    spec.e1 = c.e1;
+    spec.e2 = c.e2;
+    // The builder lays subfiles out in 512-byte blocks; larger blocks land on block 0.
+    ImgMapFile map;
+    load(map, buildImg(spec).bytes);
+    EXPECT_EQ(map.blockSize(), c.size) << +c.e1 << "+" << +c.e2;
+  }
+}
+
+// Exponents 9 and 7 give 65536, kept as 0: every subfile is looked for at offset 0, where
+// this file overlays the TRE, RGN and LBL headers on its container header.
+TEST(ImgContainer, BlockSizeZeroPutsEverySubfileAtOffsetZero) {
+  ByteVector b(0x1100, 0);
+  test::putText(b, 0x10, "DSKIMG");        // also TRE north byte 0 / RGN data offset byte 0 ('G' = 0x47)
+  test::putU8(b, 0x16, 0x10);              // RGN and LBL data at 0x1047; TRE north = 0x1047
+  test::putLe(b, 0x19, 16, 4);             // RGN and LBL data length 16; TRE east = 0x1000, south = 0
+  test::putU8(b, 0x1E, 6);                 // label coding 6; TRE west = 6
+  test::putLe(b, 0x21, 0xD00, 4);          // levels
+  test::putLe(b, 0x25, 4, 4);
+  test::putLe(b, 0x29, 0xE00, 4);          // subdivisions
+  test::putLe(b, 0x2D, 18, 4);
+  test::putU8(b, 0x61, 9);
+  test::putU8(b, 0x62, 7);
+  test::putLe(b, 0x40C, 0x600 + 3 * 512, 4);
+  const char* types[] = {"TRE", "RGN", "LBL"};
+  for (int i = 0; i < 3; ++i) {
+    const size_t at = 0x600 + static_cast<size_t>(i) * 512;
+    test::putU8(b, at, 1);
+    test::putText(b, at + 1, "00000001");
+    test::putText(b, at + 9, types[i]);
+    test::putLe(b, at + 0x20, 7, 2);
+  }
+  test::putU8(b, 0xD01, 24);
+  test::putU8(b, 0xD02, 1);
+  const ByteVector record = test::subdivisionRecord(0, 0x80, 100, 200, 1, 2, false);
+  std::copy(record.begin(), record.end(), b.begin() + 0xE00);
+  b.resize(0x1047 + 16);
+
+  ImgMapFile map;
+  const Loaded result = load(map, b);
+  ASSERT_TRUE(result.ok) << (result.messages.empty() ? "" : result.messages.back());
+  EXPECT_EQ(map.blockSize(), 0);
+  EXPECT_EQ(map.bounds(), (MapRect{6, 0, 0x1000, 0x1047}));
+  EXPECT_EQ(map.rgnData().data(), b.data() + 0x1047);
+  EXPECT_EQ(map.rgnData().size(), 16u);
+  EXPECT_EQ(map.codePage(), 0);  // the LBL header length (bytes 0-1) is 0
+  ASSERT_EQ(map.subdivisions().size(), 1u);
+  EXPECT_EQ(map.subdivisions()[0].sectionStart[kSectionPolygons], 0u);
+  EXPECT_EQ(map.subdivisions()[0].sectionLength[kSectionPolygons], 16u);
+}
+
+TEST(ImgContainer, OnlyTheFirstInUseTileCounts) {
+  ImgSpec spec;
+  // A second tile's entries, interleaved, pointing at blocks that hold no subfile headers.
+  spec.entries = {
+      {"ZZZZZZZZ", "TRE", test::kBuiltNone, 1, 0},  // not in use: does not fix the tile name
+      {"00000001", "TRE", test::kBuiltTre},
+      {"00000002", "RGN", test::kBuiltNone, 1},
+      {"00000001", "RGN", test::kBuiltRgn},
+      {"00000002", "LBL", test::kBuiltNone, 1},
+      {"00000001", "LBL", test::kBuiltLbl},
+      {"00000002", "TRE", test::kBuiltNone, 1},
+  };
+  const test::BuiltImg built = buildImg(spec);
+  ImgMapFile map;
+  ASSERT_TRUE(load(map, built.bytes).ok);
+  EXPECT_EQ(map.tileName(), "00000001");
+  EXPECT_EQ(map.subfileOffset(kSubfileTre), built.offsets[test::kBuiltTre]);
+  EXPECT_EQ(map.subfileOffset(kSubfileRgn), built.offsets[test::kBuiltRgn]);
+  EXPECT_EQ(map.subfileOffset(kSubfileLbl), built.offsets[test::kBuiltLbl]);
+  EXPECT_EQ(map.rgnData().data(), built.bytes.data() + built.rgnDataOffset);
+}
+
+TEST(ImgContainer, LaterPartsAreSkippedButLaterFirstPartsReplace) {
+  ImgSpec spec;
+  spec.entries = {
+      {"00000001", "TRE", test::kBuiltTre},
+      {"00000001", "RGN", test::kBuiltRgn},
+      {"00000001", "RGN", test::kBuiltNone, 1, 1, 1},  // part 1: skipped
+      {"00000001", "LBL", test::kBuiltLbl},
+  };
+  test::BuiltImg built = buildImg(spec);
+  ImgMapFile kept;
+  ASSERT_TRUE(load(kept, built.bytes).ok);
+  EXPECT_EQ(kept.subfileOffset(kSubfileRgn), built.offsets[test::kBuiltRgn]);
+
+  // The same entry with its part number's high byte clear replaces the RGN offset, and block
+  // 1 holds the directory, not an RGN header with sound data: the file is refused.
+  built.bytes[0x600 + 2 * 512 + 0x11] = 0;
+  ImgMapFile replaced;
+  const Loaded result = load(replaced, built.bytes);
+  EXPECT_EQ(replaced.subfileOffset(kSubfileRgn), 512u);
+  if (result.ok) {
+    EXPECT_TRUE(test::staysInside(replaced));
+  }
+}
+
+TEST(ImgContainer, NetRoadDataRunsToTheEndOfNet) {
+  ImgSpec spec;
+  spec.withNet = true;
+  spec.roadData = {9, 8, 7, 6, 5};
+  const test::BuiltImg built = buildImg(spec);
+  ImgMapFile map;
+  ASSERT_TRUE(load(map, built.bytes).ok);
+  EXPECT_TRUE(map.hasNet());
+  EXPECT_EQ(map.netData().data(), built.bytes.data() + built.offsets[test::kBuiltNet] + 0x37);
+  EXPECT_EQ(map.netData().size(), 5u);
+
+  ImgMapFile without;
+  ASSERT_TRUE(load(without, buildImg({}).bytes).ok);
+  EXPECT_TRUE(without.netData().empty());
+}
+
+TEST(ImgContainer, EncryptedMapIsRefusedWithItsMessage) {
+  ImgSpec spec;
+  spec.treFlags = 0x80;
+  ImgMapFile map;
+  const Loaded result = load(map, buildImg(spec).bytes);
+  EXPECT_FALSE(result.ok);
+  EXPECT_EQ(result.messages, std::vector<std::string>{
+                                 "Карта зашифрована.\n (ПРИМЕЧАНИЕ: Зашифрованные карты не поддерживаются.)"});
+  spec.treFlags = 0x7F;
+  EXPECT_TRUE(load(map, buildImg(spec).bytes).ok);
+}
+
+TEST(ImgContainer, LabelSettings) {
+  struct Case {
+    uint8_t coding;
+    uint16_t headerLength;
+    bool ok;
+    int schema;
+    uint16_t codePage;
+    const char* message;
+  };
+  const Case cases[] = {
+      {6, 0xAC, true, 0, 1252, nullptr},  {9, 0xAC, true, 1, 1252, nullptr},
+      {10, 0x19A, true, 2, 1252, nullptr}, {9, 0xAB, true, 1, 0, nullptr},  // header too short for a code page
+      {9, 0x60, true, 1, 0, nullptr},     {7, 0xAC, false, 0, 0, "Unsupported label code schema: 7"},
+      {0, 0xAC, false, 0, 0, "Unsupported label code schema: 0"},
+  };
+  for (const Case& c : cases) {
+    ImgSpec spec;
+    spec.labelCoding = c.coding;
+    spec.lblHeaderLength = c.headerLength;
+    spec.labelShift = 3;
+    ImgMapFile map;
+    const Loaded result = load(map, buildImg(spec).bytes);
+    ASSERT_EQ(result.ok, c.ok) << +c.coding;
+    if (!c.ok) {
+      EXPECT_EQ(result.messages, std::vector<std::string>{c.message});
+      continue;
+    }
+    EXPECT_EQ(map.labelSchema(), c.schema);
+    EXPECT_EQ(map.codePage(), c.codePage) << c.headerLength;
+    EXPECT_EQ(map.labelShift(), 3);
+    EXPECT_EQ(map.labelData().size(), 4u);
+  }
+}
+
+TEST(ImgContainer, PoiPropertiesOnlyWhenNotEmpty) {
+  ImgSpec spec;
+  ImgMapFile none;
+  ASSERT_TRUE(load(none, buildImg(spec).bytes).ok);
+  EXPECT_TRUE(none.poiProperties().empty());
+  spec.poiProperties = {1, 2, 3};
+  ImgMapFile some;
+  ASSERT_TRUE(load(some, buildImg(spec).bytes).ok);
+  EXPECT_EQ(some.poiProperties().size(), 3u);
+}
+
+TEST(ImgContainer, MissingOrOutsideSubfilesAreRefused) {
+  struct Case {
+    const char* name;
+    std::vector<EntrySpec> entries;
+  };
+  const Case cases[] = {
+      {"no TRE", {{"00000001", "RGN", test::kBuiltRgn}, {"00000001", "LBL", test::kBuiltLbl}}},
+      {"no RGN", {{"00000001", "TRE", test::kBuiltTre}, {"00000001", "LBL", test::kBuiltLbl}}},
+      {"no LBL", {{"00000001", "TRE", test::kBuiltTre}, {"00000001", "RGN", test::kBuiltRgn}}},
+      {"TRE outside",
+       {{"00000001", "TRE", test::kBuiltNone, 60000},
+        {"00000001", "RGN", test::kBuiltRgn},
+        {"00000001", "LBL", test::kBuiltLbl}}},
+      {"NET outside",
+       {{"00000001", "TRE", test::kBuiltTre},
+        {"00000001", "RGN", test::kBuiltRgn},
+        {"00000001", "LBL", test::kBuiltLbl},
+        {"00000001", "NET", test::kBuiltNone, 60000}}},
+  };
+  for (const Case& c : cases) {
+    ImgSpec spec;
+    spec.entries = c.entries;
+    ImgMapFile map;
+    const Loaded result = load(map, buildImg(spec).bytes);
+    EXPECT_FALSE(result.ok) << c.name;
+    EXPECT_EQ(result.messages, std::vector<std::string>{kUnsupported}) << c.name;
+  }
+}
+
+// A header area end below the directory start gives a huge unsigned entry count; the scan
+// still ends with the file.
+TEST(ImgContainer, DirectoryScanEndsWithTheFile) {
+  ByteVector bytes = buildImg({}).bytes;
+  test::putLe(bytes, 0x40C, 0x100, 4);
+  ImgMapFile map;
+  EXPECT_TRUE(load(map, bytes).ok);
+}
+
+TEST(ImgContainer, LevelBitsOutsideOneToTwentyFourAreRefused) {
+  for (const uint8_t bits : {uint8_t{0}, uint8_t{25}, uint8_t{255}}) {
+    ImgSpec spec;
+    spec.levels = {{bits, false, 1}};
+    ImgMapFile map;
+    const Loaded result = load(map, buildImg(spec).bytes);
+    EXPECT_FALSE(result.ok) << +bits;
+    EXPECT_EQ(result.messages, std::vector<std::string>{kUnsupported});
+  }
+}
+
+// Three levels: 16-byte records for the first two, 14-byte records for the last.
+ImgSpec threeLevels(ByteVector rgnData) {
+  ImgSpec spec;
+  spec.levels = {{18, true, 1}, {20, false, 1}, {24, false, 2}};
+  ByteVector s;
+  test::append(s, test::subdivisionRecord(0, 0x00, 100, 200, 0x8003, 4, true));  // flags 0; last-marker bit set
+  test::append(s, test::subdivisionRecord(0, 0xF0, -100, -200, 1, 0x8000, true));
+  test::append(s, test::subdivisionRecord(20, 0x80, 0x7FFFFF, 0x800001, 2, 3, false));
+  test::append(s, test::subdivisionRecord(28, 0x50, 0, 0, 0, 0, false));
+  s.resize(s.size() + 4);
+  spec.subdivisions = s;
+  spec.rgnData = std::move(rgnData);
+  return spec;
+}
+
+TEST(ImgIndex, LevelsRecordsAndAreas) {
+  ImgMapFile map;
+  ASSERT_TRUE(load(map, buildImg(threeLevels(ByteVector(40, 0))).bytes).ok);
+  ASSERT_EQ(map.levels().size(), 3u);
+  EXPECT_TRUE(map.levels()[0].inherited);
+  EXPECT_FALSE(map.levels()[1].inherited);
+  ASSERT_EQ(map.subdivisions().size(), 4u);
+  const auto s = map.subdivisions();
+  EXPECT_EQ(s[0].level, 0);
+  EXPECT_EQ(s[0].shift, 6);
+  EXPECT_EQ(s[1].level, 1);
+  EXPECT_EQ(s[1].shift, 4);
+  EXPECT_EQ(s[2].level, 2);
+  EXPECT_EQ(s[3].level, 2);
+  EXPECT_EQ(s[3].shift, 0);
+
+  EXPECT_EQ(s[0].halfWidth, 3);  // the last-subdivision marker is masked off
+  EXPECT_EQ(s[0].bounds, (MapRect{100 - (3 << 6), 200 - (4 << 6), 100 + (3 << 6), 200 + (4 << 6)}));
+  // A half-height of 0x8000 is negative when added, not when subtracted.
+  EXPECT_EQ(s[1].bounds, (MapRect{-100 - 16, -200 - (0x8000 << 4), -100 + 16, -200 - (0x8000 << 4)}));
+  // Centres are kept as read and sign-extended for the area.
+  EXPECT_EQ(s[2].centreY, 0x800001u);
+  EXPECT_EQ(s[2].bounds, (MapRect{0x7FFFFF - 2, -0x7FFFFF - 3, 0x7FFFFF + 2, -0x7FFFFF + 3}));
+}
+
+TEST(ImgIndex, SectionRanges) {
+  // Subdivision 1 (all four sections) at 0: a table of offsets 10, 14, 16 at 0-5, then
+  // points 6-10, indexed points 10-14, polylines 14-16, polygons 16-20 (where the next starts).
+  ByteVector rgn(40, 0);
+  test::putLe(rgn, 0, 10, 2);
+  test::putLe(rgn, 2, 14, 2);
+  test::putLe(rgn, 4, 16, 2);
+  // Subdivision 3 (points and polylines) at 28: one offset, 8 -> points 30-36, polylines 36-40.
+  test::putLe(rgn, 28, 8, 2);
+  ImgMapFile map;
+  ASSERT_TRUE(load(map, buildImg(threeLevels(rgn)).bytes).ok);
+  const auto s = map.subdivisions();
+  using Sections = std::array<uint32_t, 4>;
+  EXPECT_EQ(s[0].sectionStart, (Sections{kNoSection, kNoSection, kNoSection, kNoSection}));
+  EXPECT_EQ(s[0].sectionLength, (Sections{kNoSection, kNoSection, kNoSection, kNoSection}));
+  EXPECT_EQ(s[1].sectionStart, (Sections{6, 10, 14, 16}));
+  EXPECT_EQ(s[1].sectionLength, (Sections{4, 4, 2, 4}));
+  // Polygons alone start at the subdivision's offset and end at the next one's.
+  EXPECT_EQ(s[2].sectionStart, (Sections{kNoSection, kNoSection, kNoSection, 20}));
+  EXPECT_EQ(s[2].sectionLength, (Sections{kNoSection, kNoSection, kNoSection, 8}));
+  // The last subdivision ends at the end of the RGN data.
+  EXPECT_EQ(s[3].sectionStart, (Sections{30, kNoSection, 36, kNoSection}));
+  EXPECT_EQ(s[3].sectionLength, (Sections{6, kNoSection, 4, kNoSection}));
+}
+
+TEST(ImgIndex, SectionsBeyondTheRgnDataAreCutOrDropped) {
+  ByteVector rgn(40, 0);
+  test::putLe(rgn, 0, 10, 2);   // indexed points at 10, running to the polylines at 50: cut at 40
+  test::putLe(rgn, 2, 50, 2);   // polylines past the end of the RGN data: dropped
+  test::putLe(rgn, 4, 8, 2);    // polygons at 8, overlapping the points: kept as they stand
+  test::putLe(rgn, 28, 30, 2);  // polylines of subdivision 3 at 58: dropped
+  ImgMapFile map;
+  ASSERT_TRUE(load(map, buildImg(threeLevels(rgn)).bytes).ok);
+  EXPECT_TRUE(test::staysInside(map));
+  const auto s = map.subdivisions();
+  using Sections = std::array<uint32_t, 4>;
+  EXPECT_EQ(s[1].sectionStart, (Sections{6, 10, kNoSection, 8}));
+  EXPECT_EQ(s[1].sectionLength, (Sections{4, 30, kNoSection, 12}));
+  EXPECT_EQ(s[3].sectionStart, (Sections{30, kNoSection, kNoSection, kNoSection}));
+  EXPECT_EQ(s[3].sectionLength, (Sections{10, kNoSection, kNoSection, kNoSection}));
+}
+
+TEST(ImgIndex, LastLevelRecordsNeedOneByteToSpare) {
+  // Without the section's closing 4 bytes the last 14-byte record is not read: offset + 14
+  // must be less than the section size.
+  ImgSpec spec = threeLevels(ByteVector(40, 0));
+  spec.subdivisions.resize(spec.subdivisions.size() - 4);
+  ImgMapFile map;
+  ASSERT_TRUE(load(map, buildImg(spec).bytes).ok);
+  ASSERT_EQ(map.subdivisions().size(), 4u);
+  EXPECT_EQ(map.subdivisions()[2].rgnOffset, 20u);
+  EXPECT_EQ(map.subdivisions()[3].rgnOffset, 0u);  // never read
+  EXPECT_EQ(map.subdivisions()[3].flags, 0u);
+
+  spec.subdivisions.resize(16 + 16 + 14 + 1);
+  ImgMapFile one;
+  ASSERT_TRUE(load(one, buildImg(spec).bytes).ok);
+  EXPECT_EQ(one.subdivisions()[3].flags, 0u);
+  EXPECT_EQ(one.subdivisions()[2].flags, 0x80u);
+}
+
+TEST(ImgIndex, UpperLevelRecordsMustFitTheSection) {
+  ImgSpec spec = threeLevels(ByteVector(40, 0));
+  spec.subdivisions.resize(31);
+  ImgMapFile map;
+  const Loaded result = load(map, buildImg(spec).bytes);
+  EXPECT_FALSE(result.ok);
+  EXPECT_EQ(result.messages, std::vector<std::string>{kUnsupported});
+}
+
+}  // namespace
+}  // namespace orvel

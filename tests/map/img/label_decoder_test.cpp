@@ -1,0 +1,281 @@
+#include "map/img/label_decoder.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <array>
+#include <regex>
+#include <string>
+#include <vector>
+
+#include "common/test_data.h"
+#include "lbl_test_reader.h"
+
+namespace orvel {
+namespace {
+
+constexpr char16_t kUnwritten = u'\u2603';
+
+// Decodes into a buffer with a guard area behind the kLabelCapacity + 1 characters and
+// checks that the count, the terminator and the guard agree.
+std::u16string decode(const std::vector<uint8_t>& data, uint32_t offset, LabelSchema schema,
+                      uint16_t codePage = 1252) {
+  std::array<char16_t, kLabelCapacity + 1 + 16> out;
+  out.fill(kUnwritten);
+  const int count = decodeLabel(data, offset, schema, codePage, out.data());
+  EXPECT_GE(count, 0);
+  EXPECT_LE(count, static_cast<int>(kLabelCapacity));
+  if (count < 0 || count > static_cast<int>(kLabelCapacity)) return {};
+  EXPECT_EQ(out[count], 0);
+  EXPECT_TRUE(
+      std::all_of(out.begin() + kLabelCapacity + 1, out.end(), [](char16_t c) { return c == kUnwritten; }));
+  return std::u16string(out.data(), static_cast<size_t>(count));
+}
+
+// Packs six-bit codes four to three bytes, first code in the top bits, and ends the label
+// with code 63 (further codes, if a group still has room, are 63 as well).
+std::vector<uint8_t> packSixBit(const std::vector<uint8_t>& codes) {
+  std::vector<uint8_t> all = codes;
+  do all.push_back(63);
+  while (all.size() % 4 != 0);
+  std::vector<uint8_t> bytes;
+  for (size_t i = 0; i < all.size(); i += 4) {
+    const uint32_t group = all[i] << 18 | all[i + 1] << 12 | all[i + 2] << 6 | all[i + 3];
+    bytes.push_back(static_cast<uint8_t>(group >> 16));
+    bytes.push_back(static_cast<uint8_t>(group >> 8));
+    bytes.push_back(static_cast<uint8_t>(group));
+  }
+  return bytes;
+}
+
+std::u16string sixBit(const std::vector<uint8_t>& codes) {
+  return decode(packSixBit(codes), 0, LabelSchema::SixBit);
+}
+
+TEST(SixBitLabel, ThreeBytesHoldFourCodes) {
+  EXPECT_EQ(decode({0x04, 0x20, 0xC0}, 0, LabelSchema::SixBit), u"ABC ");
+  // A following group that begins with a code above 47 ends the label.
+  EXPECT_EQ(decode({0x04, 0x20, 0xC0, 0xFC, 0x10, 0x41}, 0, LabelSchema::SixBit), u"ABC ");
+}
+
+struct SixBitCase {
+  std::vector<uint8_t> codes;
+  std::u16string expected;
+};
+
+class SixBitCodes : public testing::TestWithParam<SixBitCase> {};
+
+TEST_P(SixBitCodes, Decode) { EXPECT_EQ(sixBit(GetParam().codes), GetParam().expected); }
+
+INSTANTIATE_TEST_SUITE_P(
+    Label, SixBitCodes,
+    testing::Values(
+        // Normal state.
+        SixBitCase{{0, 1, 26}, u" AZ"}, SixBitCase{{32, 41}, u"09"},
+        SixBitCase{{29, 30, 31}, u"~[0x1d]~[0x1e]~[0x1f]"}, SixBitCase{{42, 47}, u"~[0x2a]~[0x2f]"},
+        SixBitCase{{1, 48, 2}, u"A"},  // the end code stops decoding at once
+        // Symbol state.
+        SixBitCase{{28, 2}, u"'"}, SixBitCase{{28, 0}, u"@"}, SixBitCase{{28, 1}, u"!"},
+        SixBitCase{{28, 7}, u"'"}, SixBitCase{{28, 15}, u"/"}, SixBitCase{{28, 16}, u"?"},
+        SixBitCase{{28, 25}, u"?"}, SixBitCase{{28, 26}, u":"}, SixBitCase{{28, 30}, u">"},
+        SixBitCase{{28, 32}, u"?"}, SixBitCase{{28, 42}, u"?"}, SixBitCase{{28, 43}, u"["},
+        SixBitCase{{28, 44}, u"\\"}, SixBitCase{{28, 47}, u"_"},
+        // Lower-case state.
+        SixBitCase{{27, 1}, u"a"}, SixBitCase{{27, 0}, u"`"}, SixBitCase{{27, 26}, u"z"},
+        SixBitCase{{27, 33}, u"~[0x1b]1"}, SixBitCase{{27, 41}, u"~[0x1b]9"},
+        SixBitCase{{27, 43}, u"~[0x1b2b]"}, SixBitCase{{27, 44}, u"~[0x1b2c]"}, SixBitCase{{27, 27}, u"?"},
+        SixBitCase{{27, 42}, u"?"}, SixBitCase{{27, 45}, u"?"},
+        // A shift lasts for one character; a shift code alone writes nothing.
+        SixBitCase{{27, 13, 1, 28, 13, 13}, u"mA-M"}, SixBitCase{{28, 27}, u";"}, SixBitCase{{27}, u""},
+        SixBitCase{{28, 27, 1}, u";A"}));
+
+TEST(SixBitLabel, CutAt128Characters) {
+  const std::u16string cut = sixBit(std::vector<uint8_t>(200, 1));
+  EXPECT_EQ(cut, std::u16string(128, u'A'));
+  // A marker text is cut character by character.
+  std::vector<uint8_t> codes(127, 2);
+  codes.push_back(29);
+  EXPECT_EQ(sixBit(codes), std::u16string(127, u'B') + u"~");
+}
+
+TEST(SixBitLabel, RunsIntoTheEndOfTheData) {
+  EXPECT_EQ(decode({0x04, 0x20, 0xC4}, 0, LabelSchema::SixBit), u"ABCD");
+  // A group cut short yields only the codes whose bits are all there: one of one byte,
+  // two of two bytes (a missing byte must not be taken as zero, which would be a space).
+  EXPECT_EQ(decode({0x04, 0x20, 0xC4, 0x08}, 0, LabelSchema::SixBit), u"ABCDB");
+  EXPECT_EQ(decode({0x04, 0x20, 0xC4, 0x08, 0x30}, 0, LabelSchema::SixBit), u"ABCDBC");
+}
+
+TEST(SixBitLabel, StartsAtTheOffset) {
+  std::vector<uint8_t> data = packSixBit({1, 1});
+  const auto second = packSixBit({2, 3});
+  data.insert(data.end(), second.begin(), second.end());
+  EXPECT_EQ(decode(data, 3, LabelSchema::SixBit), u"BC");
+  EXPECT_EQ(decode(data, 0, LabelSchema::SixBit), u"AA");
+}
+
+TEST(ByteLabel, ControlCodesDropped) {
+  const std::vector<uint8_t> data = {0x1E, 'M', 'a', 'i', 'n', 0x1F, 0};
+  EXPECT_EQ(decode(data, 0, LabelSchema::Byte), u"Main");
+  EXPECT_EQ(decode(data, 0, LabelSchema::Coding10), u"Main");
+}
+
+TEST(ByteLabel, EndsAtZeroOrAtTheEndOfTheData) {
+  const std::vector<uint8_t> data = {'A', 'b', 0, 'C', 'd'};
+  EXPECT_EQ(decode(data, 0, LabelSchema::Byte), u"Ab");
+  EXPECT_EQ(decode(data, 2, LabelSchema::Byte), u"");
+  EXPECT_EQ(decode(data, 3, LabelSchema::Byte), u"Cd");
+  EXPECT_EQ(decode(data, 4, LabelSchema::Byte), u"d");
+}
+
+TEST(ByteLabel, First250KeptBytesConverted) {
+  std::vector<uint8_t> data;
+  std::u16string expected;
+  for (int i = 0; i < 300; ++i) {
+    data.push_back(static_cast<uint8_t>(33 + i % 90));
+    if (i < 250) expected += static_cast<char16_t>(33 + i % 90);
+  }
+  EXPECT_EQ(decode(data, 0, LabelSchema::Byte), expected);
+  data.push_back(0);
+  EXPECT_EQ(decode(data, 0, LabelSchema::Byte), expected);
+
+  // Dropped control bytes do not count towards the 250.
+  std::vector<uint8_t> mixed;
+  for (int i = 0; i < 300; ++i) {
+    mixed.push_back(0x1D);
+    mixed.push_back(static_cast<uint8_t>(33 + i % 90));
+  }
+  EXPECT_EQ(decode(mixed, 0, LabelSchema::Byte), expected);
+}
+
+TEST(ByteLabel, ConvertedInTheCodePage) {
+  EXPECT_EQ(decode({0xC0, 0xFF, 0xA8, 0}, 0, LabelSchema::Byte, 1251), u"АяЁ");
+  EXPECT_EQ(decode({0x80, 0x9A, 0}, 0, LabelSchema::Byte, 0), u"€š");
+  EXPECT_EQ(decode({0xD0, 0x90, 0xE2, 0x82, 0xAC, 0}, 0, LabelSchema::Coding10, 65001), u"А€");
+  // The same bytes as coding 9 with a UTF-8 code page decode the same way.
+  EXPECT_EQ(decode({0xD0, 0x90, 0}, 0, LabelSchema::Byte, 65001), u"А");
+  // A UTF-8 sequence cut by the 250-byte limit ends in a replacement character.
+  std::vector<uint8_t> data(252, 'x');
+  data[249] = 0xD0;
+  data[250] = 0x90;
+  data[251] = 0;
+  EXPECT_EQ(decode(data, 0, LabelSchema::Coding10, 65001), std::u16string(249, u'x') + u"\uFFFD");
+}
+
+TEST(Label, OffsetAtOrPastTheEndGivesEmptyLabel) {
+  const std::vector<uint8_t> data = {'A', 'B', 0x04, 0x20, 0xC0};
+  for (LabelSchema schema : {LabelSchema::SixBit, LabelSchema::Byte, LabelSchema::Coding10}) {
+    for (uint32_t offset : {5u, 6u, 0x7FFFFFFFu, 0xFFFFFFFFu})
+      EXPECT_EQ(decode(data, offset, schema), u"") << "offset " << offset;
+    EXPECT_EQ(decode({}, 0, schema), u"");
+  }
+}
+
+TEST(Label, ReferenceToByteOffset) {
+  struct Case {
+    uint32_t reference;
+    uint8_t shift;
+    uint32_t expected;
+  };
+  const Case cases[] = {
+      {0, 0, 0},
+      {5, 0, 5},
+      {5, 1, 10},
+      {0x3FFFFF, 2, 0xFFFFFC},
+      {0x7FFFFFFF, 1, 0xFFFFFFFE},
+      {0x80000000, 1, 0xFFFFFFFF},
+      {0xFFFFFFFF, 0, 0xFFFFFFFF},
+      {1, 31, 0x80000000},
+      {2, 31, 0xFFFFFFFF},
+      {3, 30, 0xC0000000},
+      {1, 32, 0xFFFFFFFF},
+      {1, 255, 0xFFFFFFFF},
+      {0, 255, 0},
+  };
+  for (const Case& c : cases)
+    EXPECT_EQ(labelByteOffset(c.reference, c.shift), c.expected) << c.reference << " << " << int{c.shift};
+}
+
+// Arbitrary bytes at every offset, in every schema and kind of code page: run under the
+// address sanitizer this shows that nothing outside the label data is read.
+TEST(Label, ArbitraryBytesStayInside) {
+  uint32_t seed = 12345;
+  auto next = [&seed] { return static_cast<uint8_t>((seed = seed * 1103515245u + 12345u) >> 16); };
+  for (size_t size = 0; size < 48; ++size) {
+    std::vector<uint8_t> data(size);
+    for (auto& b : data) b = next() | (size % 3 == 0 ? 0x80 : 0);  // some without zeros
+    for (uint32_t offset = 0; offset <= size + 1; ++offset)
+      for (LabelSchema schema : {LabelSchema::SixBit, LabelSchema::Byte, LabelSchema::Coding10})
+        for (uint16_t codePage : {0, 1251, 65001, 932, 12345}) decode(data, offset, schema, codePage);
+  }
+}
+
+// Real maps of one area, written with each of the three label codings.
+
+struct MapLabels {
+  std::vector<unsigned char> file;
+  test::LblLabels lbl;
+  std::vector<std::u16string> labels;
+};
+
+MapLabels readMapLabels(const std::string& name) {
+  MapLabels map;
+  const auto path = test::dataFile("maps/" + name);
+  if (path.empty()) return map;
+  map.file = test::readFile(path);
+  if (auto lbl = test::readLblLabels(map.file)) {
+    map.lbl = *lbl;
+    map.labels = test::decodeAllLabels(map.lbl);
+  }
+  return map;
+}
+
+bool contains(const std::vector<std::u16string>& labels, const std::u16string& text) {
+  return std::find(labels.begin(), labels.end(), text) != labels.end();
+}
+
+TEST(MapLabels, SixBitMapDecodesToUpperCase) {
+  const MapLabels map = readMapLabels("monaco_default_6bit.img");
+  if (map.file.empty()) GTEST_SKIP() << "monaco_default_6bit.img missing";
+  EXPECT_EQ(map.lbl.coding, 6);
+  EXPECT_EQ(map.lbl.shift, 1);
+  ASSERT_GT(map.labels.size(), 900u);
+  for (const char16_t* name : {u"MONACO", u"LA ROUSSE", u"LARVOTTO", u"MONACO-VILLE", u"L'ORANGE VERTE"})
+    EXPECT_TRUE(contains(map.labels, name))
+        << std::string(name, name + std::char_traits<char16_t>::length(name));
+  EXPECT_TRUE(contains(map.labels, u"COUNTRY~[0x1d]ABC"));
+  // Stepping from label to label stays in step only if every label is decoded to its end:
+  // no label comes out empty or with lower-case letters outside the marker texts.
+  const std::regex marker("~\\[0x[0-9a-f]+\\]");
+  for (const auto& label : map.labels) {
+    ASSERT_FALSE(label.empty());
+    std::string ascii(label.begin(), label.end());
+    ascii = std::regex_replace(ascii, marker, "");
+    EXPECT_TRUE(std::none_of(ascii.begin(), ascii.end(), [](char c) { return c >= 'a' && c <= 'z'; }))
+        << ascii;
+  }
+}
+
+TEST(MapLabels, CodePageAndUtf8MapsDecodeToTheSameMixedCaseText) {
+  const MapLabels cp1252 = readMapLabels("monaco_cp1252.img");
+  const MapLabels utf8 = readMapLabels("monaco_unicode.img");
+  if (cp1252.file.empty() || utf8.file.empty()) GTEST_SKIP() << "Monaco maps missing";
+  EXPECT_EQ(cp1252.lbl.coding, 9);
+  EXPECT_EQ(cp1252.lbl.codePage, 1252);
+  EXPECT_EQ(utf8.lbl.coding, 10);
+  EXPECT_EQ(utf8.lbl.codePage, 65001);
+  for (const MapLabels* map : {&cp1252, &utf8}) {
+    for (const char16_t* name :
+         {u"Monaco", u"La Rousse", u"Larvotto", u"Monaco-Ville", u"Sainte-Dévote", u"L’Orange Verte"})
+      EXPECT_TRUE(contains(map->labels, name)) << "coding " << int{map->lbl.coding};
+    // The separator 0x1D is a control byte and is dropped.
+    EXPECT_TRUE(contains(map->labels, u"COUNTRYABC"));
+  }
+  // Same labels in the same order: checks the table of 1252 against UTF-8 for every
+  // character these maps use.
+  EXPECT_GT(cp1252.labels.size(), 900u);
+  EXPECT_EQ(cp1252.labels, utf8.labels);
+}
+
+}  // namespace
+}  // namespace orvel

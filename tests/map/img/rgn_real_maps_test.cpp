@@ -1,0 +1,198 @@
+// Decoding every subdivision of the real maps: nothing read outside, record boundaries that
+// match what a plain header walk finds, points inside their subdivisions, and the same
+// geometry from maps that differ only in their label coding.
+#include <gtest/gtest.h>
+
+#include <map>
+#include <memory>
+#include <string>
+#include <tuple>
+#include <vector>
+
+#include "app/core/message.h"
+#include "common/test_data.h"
+#include "map/img/img_map_file.h"
+#include "map/img/rgn_decoder.h"
+#include "map/img/rgn_stream.h"
+#include "map/img/rgn_test_util.h"
+
+namespace orvel {
+namespace {
+
+struct LoadedMap {
+  std::vector<unsigned char> bytes;
+  ImgMapFile map;
+};
+
+std::unique_ptr<LoadedMap> loadMap(const std::string& name) {
+  const auto path = test::dataFile("maps/" + name);
+  if (path.empty()) return nullptr;
+  auto loaded = std::make_unique<LoadedMap>();
+  loaded->bytes = test::readFile(path);
+  MessageRecorder quiet;
+  const Bytes bytes(loaded->bytes.data(), loaded->bytes.size());
+  if (!loaded->map.probe(bytes) || !loaded->map.load(bytes)) return nullptr;
+  return loaded;
+}
+
+// Record count of a section found by header lengths alone, and whether the records fill
+// the section exactly.
+struct PlainWalk {
+  int records = 0;
+  bool exact = false;
+};
+
+PlainWalk walkHeaders(Bytes section, ImgSection kind) {
+  PlainWalk walk;
+  size_t pos = 0;
+  while (pos < section.size()) {
+    size_t length = 0;
+    if (kind == kSectionPoints || kind == kSectionIndexedPoints) {
+      if (pos + 4 > section.size()) break;
+      length = (section[pos + 3] & 0x80) ? 9 : 8;
+    } else {
+      const bool wide = (section[pos] & 0x80) != 0;
+      if (pos + 11 > section.size()) break;
+      length = (wide ? 11 : 10) + (wide ? section[pos + 8] + 256u * section[pos + 9] : section[pos + 8]);
+    }
+    if (pos + length > section.size()) break;
+    pos += length;
+    ++walk.records;
+  }
+  walk.exact = pos == section.size();
+  return walk;
+}
+
+// Checks what every decoded object of one subdivision must satisfy.
+class InvariantConsumer : public ObjectConsumer {
+ public:
+  InvariantConsumer(const ImgSubdivision& sub, const ImgMapFile& map) : sub_(sub), map_(map) {}
+  void onObject(const MapObject& o) override {
+    ++count;
+    ASSERT_GE(o.points.size(), 1u);
+    ASSERT_LE(o.points.size(), static_cast<size_t>(kMaxObjectPoints));
+    if (o.kind == ObjectKind::Point) {
+      ASSERT_EQ(o.points.size(), 1u);
+    }
+    // Objects lie in their subdivision; rounding of its half-extents may leave one unit.
+    const int64_t marginX = int64_t{1} << sub_.shift;
+    const int64_t marginY = marginX;
+    for (const MapPoint& p : o.points) {
+      ASSERT_GE(p.x, sub_.bounds.west - marginX);
+      ASSERT_LE(p.x, sub_.bounds.east + marginX);
+      ASSERT_GE(p.y, sub_.bounds.south - marginY);
+      ASSERT_LE(p.y, sub_.bounds.north + marginY);
+    }
+    // A label reference names a byte of the label data.
+    ASSERT_LT(uint64_t{o.labelRef} << map_.labelShift(), map_.labelData().size());
+    if (o.labelRef) ++labelled;
+  }
+  int count = 0;
+  int labelled = 0;
+
+ private:
+  const ImgSubdivision& sub_;
+  const ImgMapFile& map_;
+};
+
+const char* const kRealMaps[] = {"monaco_default_6bit.img", "monaco_default_6bit_xor5a.img", "monaco_cp1252.img",
+                                 "monaco_unicode.img", "liechtenstein_route_cp1252_bs512.img"};
+
+class RgnRealMap : public ::testing::TestWithParam<const char*> {};
+
+TEST_P(RgnRealMap, EverySubdivisionOfEveryLevelDecodes) {
+  const auto loaded = loadMap(GetParam());
+  if (!loaded) GTEST_SKIP() << "map not available or not loadable";
+  const ImgMapFile& map = loaded->map;
+  const ImgDecodeInput in = makeImgDecodeInput(map);
+  int objects = 0;
+  int labelled = 0;
+  for (const ImgSubdivision& sub : map.subdivisions()) {
+    for (ImgSection section : {kSectionPoints, kSectionIndexedPoints, kSectionPolylines, kSectionPolygons}) {
+      if (sub.sectionStart[section] == kNoSection) continue;
+      SCOPED_TRACE(testing::Message() << "level " << sub.level << " rgn " << sub.rgnOffset << " section " << section);
+      const Bytes bytes = map.rgnData().subspan(sub.sectionStart[section], sub.sectionLength[section]);
+      const PlainWalk walk = walkHeaders(bytes, section);
+      EXPECT_TRUE(walk.exact);
+      InvariantConsumer check(sub, map);
+      EXPECT_EQ(decodeSection(in, sub, section, check), walk.records);
+      EXPECT_EQ(check.count, walk.records);
+      objects += check.count;
+      labelled += check.labelled;
+    }
+  }
+  EXPECT_GT(objects, 100);
+  EXPECT_GT(labelled, 10);
+}
+
+INSTANTIATE_TEST_SUITE_P(RgnRealMaps, RgnRealMap, ::testing::ValuesIn(kRealMaps),
+                         [](const auto& info) {
+                           std::string name = info.param;
+                           return name.substr(0, name.find('.'));
+                         });
+
+// What the most detailed level holds, in drawing order, without labels.
+struct Geometry {
+  std::map<ObjectKind, int> perKind;
+  std::vector<std::tuple<ObjectKind, uint32_t, std::vector<MapPoint>>> objects;
+};
+
+class GeometryConsumer : public ObjectConsumer {
+ public:
+  void onObject(const MapObject& o) override {
+    ++geometry.perKind[o.kind];
+    geometry.objects.emplace_back(o.kind, o.type, std::vector<MapPoint>(o.points.begin(), o.points.end()));
+  }
+  Geometry geometry;
+};
+
+Geometry mostDetailed(const ImgMapFile& map) {
+  GeometryConsumer c;
+  decodeImgView(makeImgDecodeInput(map), map.bounds(), 24, c);
+  return c.geometry;
+}
+
+TEST(RgnRealMaps, LabelCodingsShareTheirGeometry) {
+  const auto sixBit = loadMap("monaco_default_6bit.img");
+  const auto cp1252 = loadMap("monaco_cp1252.img");
+  const auto unicode = loadMap("monaco_unicode.img");
+  if (!sixBit || !cp1252 || !unicode) GTEST_SKIP() << "maps not available";
+  Geometry a = mostDetailed(sixBit->map);
+  const Geometry b = mostDetailed(cp1252->map);
+  const Geometry c = mostDetailed(unicode->map);
+  EXPECT_GT(a.perKind[ObjectKind::Polygon], 0);
+  EXPECT_GT(a.perKind[ObjectKind::Line], 0);
+  EXPECT_GT(a.perKind[ObjectKind::Point], 0);
+  EXPECT_EQ(a.perKind, b.perKind);
+  EXPECT_EQ(a.perKind, c.perKind);
+  EXPECT_TRUE(a.objects == b.objects);
+  EXPECT_TRUE(a.objects == c.objects);
+}
+
+TEST(RgnRealMaps, ViewOfTheWholeMapVisitsItsLevelOnly) {
+  const auto loaded = loadMap("liechtenstein_route_cp1252_bs512.img");
+  if (!loaded) GTEST_SKIP() << "map not available";
+  const ImgMapFile& map = loaded->map;
+  const ImgDecodeInput in = makeImgDecodeInput(map);
+  ASSERT_EQ(selectLevel(map.levels(), 24), static_cast<int>(map.levels().size()) - 1);
+  int expected = 0;
+  test::KeepingConsumer none;
+  for (const ImgSubdivision& sub : map.subdivisions()) {
+    if (sub.level != map.levels().size() - 1) continue;
+    for (int k = 0; k < 4; ++k) expected += decodeSection(in, sub, static_cast<ImgSection>(k), none);
+  }
+  test::KeepingConsumer all;
+  decodeImgView(in, map.bounds(), 24, all);
+  EXPECT_EQ(static_cast<int>(all.objects.size()), expected);
+  // Drawing order: every polygon before every line before every point.
+  for (size_t i = 1; i < all.objects.size(); ++i) {
+    EXPECT_LE(static_cast<int>(all.objects[i - 1].kind), static_cast<int>(all.objects[i].kind));
+  }
+  // A view on nothing of the map visits nothing.
+  test::KeepingConsumer outside;
+  decodeImgView(in, MapRect{0, 0, 10, 10}, 24, outside);
+  EXPECT_TRUE(outside.objects.empty());
+}
+
+}  // namespace
+}  // namespace orvel

@@ -1,0 +1,183 @@
+// Opening map files as the viewer does: format detection, the messages of every failure,
+// and the current map afterwards.
+#include <gtest/gtest.h>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "app/core/message.h"
+#include "map/img/img_map_file.h"
+#include "map/map_file.h"
+#include "map/orv/orv_map_file.h"
+#include "common/test_data.h"
+
+namespace orvel {
+namespace {
+
+const std::string kUnsupported = "Не поддерживаемый формат файла либо файл поврежден.";
+
+std::filesystem::path writeFile(const std::string& name, const std::vector<uint8_t>& bytes) {
+  const auto path = test::scratchDir("open_map") / name;
+  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
+                                              static_cast<std::streamsize>(bytes.size()));
+  return path;
+}
+
+void putU32(std::vector<uint8_t>& b, size_t at, uint32_t v) {
+  for (int i = 0; i < 4; ++i) b[at + static_cast<size_t>(i)] = static_cast<uint8_t>(v >> (8 * i));
+}
+
+class OpenMap : public ::testing::Test {
+ protected:
+  void TearDown() override { closeMapFile(); }
+  MapView view_;
+  MessageRecorder messages_;
+};
+
+struct Expected {
+  const char* file;
+  MapRect bounds;
+  uint32_t zoom;
+};
+
+// Zoom from the map's height: q = (north - south) / 320, zoom = 3 log2 q - 12.5, truncated.
+const Expected kMaps[] = {
+    {"monaco_default_6bit.img", {344072, 2028007, 349542, 2039606}, 3},     // q = 36
+    {"monaco_default_6bit_xor5a.img", {344072, 2028007, 349542, 2039606}, 3},
+    {"monaco_cp1252.img", {344072, 2028007, 349542, 2039606}, 3},
+    {"monaco_unicode.img", {344072, 2028007, 349542, 2039606}, 3},
+    {"liechtenstein_route_cp1252_bs512.img", {441384, 2192584, 449080, 2203001}, 2},  // q = 32
+};
+
+TEST_F(OpenMap, RealMapsBecomeTheCurrentMap) {
+  for (const Expected& e : kMaps) {
+    const auto path = test::dataFile(std::string("maps/") + e.file);
+    if (path.empty()) GTEST_SKIP();
+    view_.setCentre(0, 0);
+    ASSERT_TRUE(openMapFile(path, view_)) << e.file << ": " << messages_.last();
+    ASSERT_NE(currentMap(), nullptr);
+    EXPECT_NE(dynamic_cast<ImgMapFile*>(currentMap()), nullptr);
+    EXPECT_EQ(currentMap()->bounds(), e.bounds) << e.file;
+    EXPECT_EQ(view_.zoomIndex(), e.zoom) << e.file;
+    // The view's centre (0, 0) lay outside: it moves to the middle of the map.
+    EXPECT_EQ(view_.centre(), (MapPoint{(e.bounds.west + e.bounds.east) / 2, (e.bounds.south + e.bounds.north) / 2}));
+  }
+  EXPECT_TRUE(messages_.messages().empty());
+}
+
+TEST_F(OpenMap, CentreInsideTheMapIsKept) {
+  const auto path = test::dataFile("maps/monaco_cp1252.img");
+  if (path.empty()) GTEST_SKIP();
+  view_.setCentre(344072, 2030000);  // on the west edge
+  ASSERT_TRUE(openMapFile(path, view_));
+  EXPECT_EQ(view_.centre(), (MapPoint{344072, 2030000}));
+}
+
+// Map sets are not opened yet: their first directory entry is the product file, so the
+// tile's subfiles are not found and the file is refused as an unknown format.
+TEST_F(OpenMap, MapSetIsRefusedForNow) {
+  const auto path = test::dataFile("maps/monaco_tiles_gmapsupp.img");
+  if (path.empty()) GTEST_SKIP();
+  EXPECT_FALSE(openMapFile(path, view_));
+  EXPECT_EQ(currentMap(), nullptr);
+  EXPECT_EQ(messages_.messages(), std::vector<std::string>{kUnsupported});
+}
+
+TEST_F(OpenMap, MissingFileLeavesNoMap) {
+  const auto path = test::dataFile("maps/monaco_cp1252.img");
+  if (path.empty()) GTEST_SKIP();
+  ASSERT_TRUE(openMapFile(path, view_));
+  ASSERT_NE(currentMap(), nullptr);
+  EXPECT_FALSE(openMapFile(test::scratchDir("open_map") / "no such map.img", view_));
+  EXPECT_EQ(currentMap(), nullptr);
+  EXPECT_EQ(messages_.messages(), std::vector<std::string>{"Не удается открыть файл. (Ошибка 2.)"});
+}
+
+TEST_F(OpenMap, FolderCannotBeRead) {
+  EXPECT_FALSE(openMapFile(test::scratchDir("open_map"), view_));
+  EXPECT_EQ(currentMap(), nullptr);
+  ASSERT_EQ(messages_.messages().size(), 1u);
+  EXPECT_EQ(messages_.last().rfind("Не удается прочитать файл. (Ошибка ", 0), 0u) << messages_.last();
+}
+
+TEST_F(OpenMap, FilesOfFourGibibytesAreRefused) {
+  const auto path = test::scratchDir("open_map") / "huge.img";
+  const int fd = ::open(path.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0600);
+  ASSERT_GE(fd, 0);
+  const bool sparse = ftruncate(fd, off_t{1} << 32) == 0;
+  ::close(fd);
+  if (!sparse) GTEST_SKIP() << "no sparse file of 4 GiB here";
+  EXPECT_FALSE(openMapFile(path, view_));
+  EXPECT_EQ(messages_.messages(), std::vector<std::string>{"Не удается прочитать файл. (Ошибка 27.)"});
+  std::filesystem::remove(path);
+}
+
+TEST_F(OpenMap, ShortFilesAreUnknownFormats) {
+  for (const size_t size : {size_t{0}, size_t{21}}) {
+    messages_.clear();
+    std::vector<uint8_t> bytes(size, 0);
+    if (size >= 21) std::copy_n("\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0DSKIM", 21, bytes.begin());
+    EXPECT_EQ(createMapFile(bytes), nullptr) << size;
+    EXPECT_FALSE(openMapFile(writeFile("short.img", bytes), view_));
+    EXPECT_EQ(messages_.messages(), std::vector<std::string>{kUnsupported}) << size;
+  }
+}
+
+TEST_F(OpenMap, LoaderFailureShowsOnlyTheLoadersMessage) {
+  const auto path = test::dataFile("maps/monaco_cp1252.img");
+  if (path.empty()) GTEST_SKIP();
+  std::vector<uint8_t> bytes = test::readFile(path);
+  // Find the TRE subfile's directory entry and set the encryption bit of its header.
+  size_t tre = 0;
+  for (size_t at = 0x600; at + 512 <= bytes.size() && tre == 0; at += 512) {
+    if (bytes[at] == 1 && std::string(bytes.begin() + at + 9, bytes.begin() + at + 12) == "TRE") {
+      tre = static_cast<size_t>(bytes[at + 0x20] | bytes[at + 0x21] << 8) * 512;
+    }
+  }
+  ASSERT_NE(tre, 0u);
+  bytes[tre + 0x0D] |= 0x80;
+  EXPECT_FALSE(openMapFile(writeFile("encrypted.img", bytes), view_));
+  EXPECT_EQ(currentMap(), nullptr);
+  EXPECT_EQ(messages_.messages(), std::vector<std::string>{
+                                      "Карта зашифрована.\n (ПРИМЕЧАНИЕ: Зашифрованные карты не поддерживаются.)"});
+}
+
+// "GORV" with version 2 is the own format only when the stored size is the file's size;
+// otherwise the IMG probe gets its turn (the signature of an IMG lies at 0x10).
+TEST_F(OpenMap, OwnFormatProbeComesFirst) {
+  const auto path = test::dataFile("maps/monaco_default_6bit.img");
+  if (path.empty()) GTEST_SKIP();
+  std::vector<uint8_t> bytes = test::readFile(path);
+  std::copy_n("GORV", 4, bytes.begin());
+  putU32(bytes, 4, 2);
+  putU32(bytes, 8, static_cast<uint32_t>(bytes.size() + 1));
+  auto img = createMapFile(bytes);
+  EXPECT_NE(dynamic_cast<ImgMapFile*>(img.get()), nullptr);
+  EXPECT_TRUE(openMapFile(writeFile("gorv_wrong_size.img", bytes), view_));
+  EXPECT_NE(dynamic_cast<ImgMapFile*>(currentMap()), nullptr);
+
+  putU32(bytes, 8, static_cast<uint32_t>(bytes.size()));
+  auto orv = createMapFile(bytes);
+  EXPECT_NE(dynamic_cast<OrvMapFile*>(orv.get()), nullptr);
+  putU32(bytes, 4, 3);
+  EXPECT_NE(dynamic_cast<ImgMapFile*>(createMapFile(bytes).get()), nullptr);
+}
+
+TEST(OrvProbe, NeedsSignatureVersionSizeAndMinimum) {
+  std::vector<uint8_t> bytes(564, 0);
+  std::copy_n("GORV", 4, bytes.begin());
+  putU32(bytes, 4, 2);
+  putU32(bytes, 8, 564);
+  OrvMapFile orv;
+  EXPECT_TRUE(orv.probe(bytes));
+  bytes.resize(563);
+  putU32(bytes, 8, 563);
+  EXPECT_FALSE(orv.probe(bytes));
+}
+
+}  // namespace
+}  // namespace orvel
