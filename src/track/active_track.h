@@ -1,0 +1,68 @@
+#pragma once
+// The active track: the trail of the last 10000 recorded positions, kept in a ring inside
+// Tracks.bin in the data folder. The file is mapped for the whole run, so every point is in
+// the file the moment it is written and the trail survives a restart or a crash.
+//
+// Tracks.bin is exactly 80008 bytes, little-endian: nextIndex (u32, the slot the next point
+// goes to), wrapped (u32, 1 once the ring has been filled), then 10000 points of 8 bytes:
+// longitude in semicircles (i32) and a word holding the latitude in its low 31 bits with the
+// segment-break flag in bit 31.
+#include <cstddef>
+#include <cstdint>
+#include <filesystem>
+#include <vector>
+
+#include "view/units.h"
+
+class QPainter;
+
+namespace orvel {
+
+class MapView;
+
+inline constexpr uint32_t kTrackSlots = 10000;
+inline constexpr size_t kTrackFileSize = 8 + 8 * size_t{kTrackSlots};  // 80008
+inline constexpr uint32_t kTrackBreakFlag = 0x80000000u;
+inline constexpr uint32_t kTrackPenColorRef = 14287823;  // RGB(207, 3, 218) as 0x00BBGGRR
+inline constexpr int kTrackPenWidth = 2;
+inline constexpr size_t kTrackBatchPoints = 1000;  // screen points per polyline call
+
+struct TrackPoint {
+  Semicircles lon = 0;
+  uint32_t latAndBreak = 0;
+
+  // The low 31 bits, sign-extended from bit 30.
+  Semicircles latitude() const { return static_cast<int32_t>(latAndBreak << 1) >> 1; }
+  bool startsSegment() const { return (latAndBreak & kTrackBreakFlag) != 0; }
+  friend bool operator==(const TrackPoint&, const TrackPoint&) = default;
+};
+
+// Opens (creating or resizing it to 80008 bytes) and maps data folder/Tracks.bin, and starts
+// recording when the setting "RecordTrack" is on. Failures are shown with showMessage and
+// leave the store closed; appending and drawing then do nothing.
+void openTrackStore();
+// Writes the ring to storage and unmaps it. Nothing happens when it is not open.
+void closeTrackStore();
+bool isTrackStoreOpen();
+std::filesystem::path trackStorePath();  // data folder/Tracks.bin
+
+void startRecording();
+// Stops; the first point recorded after the next start begins a new segment.
+void stopRecording();
+bool isRecording();
+
+// The next point stored begins a new segment.
+void markSegmentStart();
+
+// Stores a position (degrees) in the next slot while recording and open. No distance or
+// time filter: fix processing decides what is worth a point.
+void appendActivePoint(float longitude, float latitude);
+
+// Draws the ring, oldest point first, as polylines with the track pen. Points more than one
+// screen beyond any edge are left out and split the line.
+void drawActiveTrack(QPainter& painter, const MapView& view);
+
+// The valid points, oldest first; empty when the store is closed or its header impossible.
+std::vector<TrackPoint> activeTrackPoints();
+
+}  // namespace orvel

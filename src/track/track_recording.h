@@ -1,0 +1,17 @@
+#pragma once
+// Hands fix processing the recorders of this library. GPS input is built below the track
+// code and reaches it only through the FixObserver the program installs at start-up:
+//
+//   FixObserver observer;
+//   connectTrackRecorders(observer);
+//   observer.showReception = ...;  // the reception indicator
+//   setFixObserver(std::move(observer));
+#include "gps/fix_processing.h"
+
+namespace orvel {
+
+// Fills the observer's track members: the export file's beginRecordedTrack and
+// appendRecordedPoint, the active track's markSegmentStart and appendActivePoint.
+void connectTrackRecorders(FixObserver& observer);
+
+}  // namespace orvel

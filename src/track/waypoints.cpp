@@ -1,0 +1,124 @@
+#include "track/waypoints.h"
+
+#include <cerrno>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
+#include <vector>
+
+#include "app/core/atomic_file.h"
+#include "app/core/message.h"
+#include "track/data_folder.h"
+
+namespace orvel {
+namespace {
+
+struct WaypointStore {
+  std::forward_list<Waypoint> list;
+  WaypointEditor editor;
+};
+
+WaypointStore& waypointStore() {
+  static WaypointStore s;
+  return s;
+}
+
+// The whole file, or false with errno set.
+bool readWholeFile(int fd, std::vector<uint8_t>& bytes) {
+  uint8_t chunk[65536];
+  for (;;) {
+    const ssize_t got = ::read(fd, chunk, sizeof chunk);
+    if (got < 0 && errno == EINTR) continue;
+    if (got < 0) return false;
+    if (got == 0) return true;
+    bytes.insert(bytes.end(), chunk, chunk + got);
+  }
+}
+
+}  // namespace
+
+std::filesystem::path waypointsPath() { return ensureDataFolder() / "Waypoints.bin"; }
+
+void loadWaypoints() {
+  const std::filesystem::path path = waypointsPath();
+  struct stat info {};
+  if (::stat(path.c_str(), &info) != 0) return;  // no file yet: nothing to load
+
+  const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
+  if (fd < 0 || ::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
+    if (fd >= 0) ::close(fd);
+    showMessage("Can't read file:\n %s", path.c_str());
+    return;
+  }
+  std::vector<uint8_t> bytes;
+  bytes.reserve(static_cast<size_t>(info.st_size));
+  const bool read = readWholeFile(fd, bytes);
+  const int error = errno;
+  ::close(fd);
+  if (!read) {
+    showMessage("Can't read/write active track file. (Error %d.)", error);
+    return;
+  }
+
+  std::vector<Waypoint> records;
+  const bool whole = parseWaypointFile(bytes, records);
+  auto& list = waypointStore().list;
+  for (Waypoint& w : records) list.push_front(std::move(w));
+  if (!whole) showMessage("Waypoint data are damaged.");
+}
+
+bool saveWaypoints() {
+  std::string bytes = waypointFileHeader();
+  for (const Waypoint& w : waypointStore().list) appendWaypointRecord(bytes, w);
+  const std::filesystem::path path = waypointsPath();
+  errno = 0;
+  if (writeFileAtomically(path, bytes)) return true;
+  showMessage("Не удается открыть файл %s. (Ошибка %d).", path.c_str(), errno);
+  return false;
+}
+
+void freeWaypoints() { waypointStore().list.clear(); }
+
+const std::forward_list<Waypoint>& waypoints() { return waypointStore().list; }
+
+std::u16string nextWaypointName() {
+  const auto& list = waypointStore().list;
+  for (int n = 1; n <= 999; ++n) {
+    const std::u16string candidate{static_cast<char16_t>(u'0' + n / 100), static_cast<char16_t>(u'0' + n / 10 % 10),
+                                   static_cast<char16_t>(u'0' + n % 10)};
+    bool taken = false;
+    for (const Waypoint& w : list) {
+      if (!w.name().empty() && w.name() == candidate) {
+        taken = true;
+        break;
+      }
+    }
+    if (!taken) return candidate;
+  }
+  return u"999";
+}
+
+void setWaypointString(Waypoint& waypoint, size_t slot, std::u16string_view text) {
+  if (slot >= kWaypointStrings) return;
+  waypoint.strings[slot] = std::u16string(text.substr(0, text.find(u'\0')));
+}
+
+void setWaypointEditor(WaypointEditor editor) { waypointStore().editor = std::move(editor); }
+
+Waypoint& addWaypoint(float lonDegrees, float latDegrees, double time, float altitude) {
+  Waypoint w;
+  w.lon = degreesToSemicircles(lonDegrees);
+  w.lat = degreesToSemicircles(latDegrees);
+  w.time = time;
+  w.altitude = altitude;
+  w.attributeA = kNewWaypointAttributeA;
+  w.attributeB = kNewWaypointAttributeB;
+  w.strings[kWaypointName] = nextWaypointName();
+  WaypointStore& s = waypointStore();
+  Waypoint& added = s.list.emplace_front(std::move(w));
+  if (s.editor) s.editor(added);
+  saveWaypoints();
+  return added;
+}
+
+}  // namespace orvel

@@ -1,0 +1,114 @@
+#include "gps/ole_date.h"
+
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <random>
+
+namespace orvel {
+namespace {
+
+struct DateCase {
+  CalendarTime time;
+  double date;
+};
+
+// Values as every spreadsheet and automation client stores them.
+const DateCase kDates[] = {
+    {{1899, 12, 30, 0, 0, 0, 0}, 0.0},
+    {{1899, 12, 31, 0, 0, 0, 0}, 1.0},
+    {{1900, 1, 1, 0, 0, 0, 0}, 2.0},
+    {{1900, 3, 1, 0, 0, 0, 0}, 61.0},  // 1900 is no leap year
+    {{1899, 12, 29, 6, 0, 0, 0}, -1.25},
+    {{1899, 12, 30, 18, 0, 0, 0}, 0.75},
+    {{1970, 1, 1, 0, 0, 0, 0}, 25569.0},
+    {{2000, 1, 1, 0, 0, 0, 0}, 36526.0},
+    {{2000, 2, 29, 12, 0, 0, 0}, 36585.5},
+    {{2004, 7, 5, 12, 0, 0, 0}, 38173.5},
+    {{2014, 12, 31, 23, 59, 59, 0}, 42004.0 + 86399.0 / 86400.0},
+    {{100, 1, 1, 0, 0, 0, 0}, -657434.0},
+    {{9999, 12, 31, 0, 0, 0, 0}, 2958465.0},
+    {{2019, 12, 15, 20, 46, 57, 500}, 43814.0 + 74817.5 / 86400.0},
+};
+
+TEST(OleDate, CalendarToDate) {
+  for (const DateCase& c : kDates) {
+    double date = -99.0;
+    ASSERT_TRUE(calendarToAutomationDate(c.time, date)) << c.date;
+    EXPECT_NEAR(date, c.date, 1e-9) << c.date;
+  }
+}
+
+TEST(OleDate, DateToCalendar) {
+  for (const DateCase& c : kDates) {
+    CalendarTime t;
+    ASSERT_TRUE(automationDateToCalendar(c.date, t)) << c.date;
+    EXPECT_EQ(t, c.time) << c.date;
+  }
+}
+
+TEST(OleDate, InvalidCalendarFieldsAreRefused) {
+  const CalendarTime bad[] = {
+      {2001, 2, 29, 0, 0, 0, 0}, {1900, 2, 29, 0, 0, 0, 0}, {2000, 13, 1, 0, 0, 0, 0},
+      {2000, 0, 1, 0, 0, 0, 0},  {2000, 4, 31, 0, 0, 0, 0}, {2000, 1, 0, 0, 0, 0, 0},
+      {2000, 1, 1, 24, 0, 0, 0}, {2000, 1, 1, 0, 60, 0, 0}, {2000, 1, 1, 0, 0, 60, 0},
+      {2000, 1, 1, 0, 0, 0, 1000}, {99, 12, 31, 0, 0, 0, 0}, {10000, 1, 1, 0, 0, 0, 0},
+      {-1, 1, 1, 0, 0, 0, 0},
+  };
+  for (const CalendarTime& t : bad) {
+    double date = 7.0;
+    EXPECT_FALSE(calendarToAutomationDate(t, date)) << t.year << "-" << t.month << "-" << t.day;
+    EXPECT_EQ(date, 7.0);
+  }
+}
+
+TEST(OleDate, DatesOutOfRangeAreRefused) {
+  for (double date : {-657435.0, 2958466.0, 1e300, -1e300, double(NAN), double(INFINITY)}) {
+    CalendarTime t{1, 2, 3, 4, 5, 6, 7};
+    EXPECT_FALSE(automationDateToCalendar(date, t)) << date;
+    EXPECT_EQ(t, (CalendarTime{1, 2, 3, 4, 5, 6, 7}));
+  }
+}
+
+TEST(OleDate, RoundingToMidnightCarriesIntoTheNextDay) {
+  CalendarTime t;
+  ASSERT_TRUE(automationDateToCalendar(36526.0 - 0.0001 / 86400.0, t));  // 0.1 ms before 2000
+  EXPECT_EQ(t, (CalendarTime{2000, 1, 1, 0, 0, 0, 0}));
+  ASSERT_TRUE(automationDateToCalendar(-1.0 - 86399.9999 / 86400.0, t));  // late on 1899-12-29
+  EXPECT_EQ(t, (CalendarTime{1899, 12, 30, 0, 0, 0, 0}));
+}
+
+TEST(OleDate, RoundTripsEveryMillisecondDate) {
+  std::mt19937 random(7);
+  std::uniform_int_distribution<int> year(100, 9999), month(1, 12), day(1, 28), hour(0, 23), minute(0, 59),
+      ms(0, 999);
+  for (int i = 0; i < 20000; ++i) {
+    const CalendarTime t{year(random), month(random), day(random), hour(random), minute(random), minute(random),
+                         ms(random)};
+    double date = 0;
+    ASSERT_TRUE(calendarToAutomationDate(t, date));
+    CalendarTime back;
+    ASSERT_TRUE(automationDateToCalendar(date, back));
+    ASSERT_EQ(back, t) << date;
+  }
+}
+
+TEST(OleDate, UnixSeconds) {
+  EXPECT_EQ(unixSecondsToAutomationDate(0), 25569.0);
+  EXPECT_EQ(unixSecondsToAutomationDate(1089028800), 38173.5);
+  EXPECT_EQ(automationDateToUnixSeconds(38173.5), 1089028800.0);
+  EXPECT_NEAR(automationDateToUnixSeconds(unixSecondsToAutomationDate(1022346381)), 1022346381.0, 1e-4);
+}
+
+TEST(OleDate, Iso8601) {
+  EXPECT_EQ(formatIso8601Utc(38173.5), "2004-07-05T12:00:00Z");
+  EXPECT_EQ(formatIso8601Utc(unixSecondsToAutomationDate(1022346381)), "2002-05-25T17:06:21Z");
+  EXPECT_EQ(formatIso8601Utc(36526.0 - 0.4 / 86400.0), "2000-01-01T00:00:00Z");  // rounded up
+  EXPECT_EQ(formatIso8601Utc(36526.0 - 0.6 / 86400.0), "1999-12-31T23:59:59Z");
+  EXPECT_EQ(formatIso8601Utc(-1.25), "1899-12-29T06:00:00Z");
+  EXPECT_EQ(formatIso8601Utc(NAN), "");
+  EXPECT_EQ(formatIso8601Utc(3e6), "");
+}
+
+}  // namespace
+}  // namespace orvel

@@ -1,0 +1,38 @@
+#pragma once
+// Reads MapSource files back for the tests: the records in order, and the tracks with their
+// points. Strict: a length that runs past the end, a count that disagrees with the record's
+// length, or bytes after the end record make the file unreadable.
+#include <cstdint>
+#include <optional>
+#include <span>
+#include <string>
+#include <vector>
+
+#include "track/mps_format.h"
+
+namespace orvel::test {
+
+struct MpsRecord {
+  char type = 0;
+  uint32_t length = 0;  // of the data after the type byte
+  size_t offset = 0;    // of the length field
+};
+
+struct MpsTrack {
+  std::string name;
+  uint8_t display = 0;
+  uint32_t colour = 0;
+  std::vector<MpsPoint> points;
+  std::vector<std::array<uint8_t, kMpsPointSize>> rawPoints;
+};
+
+struct MpsFile {
+  char version = 0;  // the "D" record's letter
+  std::vector<MpsRecord> records;
+  std::vector<MpsTrack> tracks;
+  bool ended = false;  // the last record is the end record "V"
+};
+
+std::optional<MpsFile> readMpsFile(std::span<const uint8_t> bytes);
+
+}  // namespace orvel::test

@@ -1,0 +1,27 @@
+// orvel-tool info MAP
+#include <cstdio>
+
+#include "commands.h"
+#include "map/map_file.h"
+#include "view/map_view.h"
+
+namespace orvel::tool {
+
+int runInfo(std::span<const char* const> args) {
+  if (args.empty()) return usageError("info", "missing MAP (try --help)");
+  if (args.size() > 1) return usageError("info", "too many arguments (try --help)");
+
+  MapView view;
+  view.setCentre(0, 0);
+  if (!openMapFile(args[0], view)) return kExitFailed;  // the message went to stderr
+
+  MapFacts facts;
+  currentMap()->describe(facts);
+  for (const auto& [key, value] : facts) std::printf("%s: %s\n", key.c_str(), value.c_str());
+  std::printf("zoom_index: %u\n", view.zoomIndex());
+  std::printf("centre_units: %d %d\n", view.centre().x, view.centre().y);
+  closeMapFile();
+  return kExitOk;
+}
+
+}  // namespace orvel::tool
