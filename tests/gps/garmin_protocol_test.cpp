@@ -1,0 +1,260 @@
+// The Garmin protocol object on a fake clock and port: the start request and its answer,
+// pacing with the stop command, silence, and position records turned into fixes.
+#include <gtest/gtest.h>
+
+#include <array>
+#include <bit>
+#include <cmath>
+#include <vector>
+
+#include "gps/garmin_protocol.h"
+#include "gps/garmin_pvt.h"
+#include "gps/ole_date.h"
+#include "gps_test_support.h"
+
+namespace orvel {
+namespace {
+
+constexpr auto kNothing = ProcessResult::kNothing;
+constexpr auto kRecognised = ProcessResult::kRecognised;
+constexpr auto kFailed = ProcessResult::kFailed;
+
+const std::vector<uint8_t> kStart(kStartPvtPacket.begin(), kStartPvtPacket.end());
+const std::vector<uint8_t> kStop(kStopPvtPacket.begin(), kStopPvtPacket.end());
+
+std::vector<uint8_t> ackOf(uint8_t id) { return frameGarminPacket(kGarminAck, std::vector<uint8_t>{id, 0}); }
+std::vector<uint8_t> nakOf(uint8_t id) { return frameGarminPacket(kGarminNak, std::vector<uint8_t>{id, 0}); }
+
+// A position record laid out byte by byte, little-endian.
+struct Pvt {
+  float altitude = 100.0f, epe = 5.0f, eph = 8.0f, epv = 12.0f;
+  uint16_t fix = 3;
+  double timeOfWeek = 74835.0, latitude = 0.5, longitude = -1.0;
+  float east = 3.0f, north = 4.0f, up = 0.0f, mslHeight = 26.5f;
+  uint16_t leapSeconds = 18;
+  uint32_t weekStartDays = 3773;
+
+  std::vector<uint8_t> bytes(size_t size = 64) const {
+    std::vector<uint8_t> out(size, 0);
+    auto put = [&](size_t at, auto value) {
+      const auto raw = std::bit_cast<std::array<uint8_t, sizeof value>>(value);
+      for (size_t i = 0; i < raw.size() && at + i < out.size(); ++i) {
+        out[at + i] = raw[std::endian::native == std::endian::little ? i : raw.size() - 1 - i];
+      }
+    };
+    put(0, altitude);
+    put(4, epe);
+    put(8, eph);
+    put(12, epv);
+    put(16, fix);
+    put(18, timeOfWeek);
+    put(26, latitude);
+    put(34, longitude);
+    put(42, east);
+    put(46, north);
+    put(50, up);
+    put(54, mslHeight);
+    put(58, leapSeconds);
+    put(60, weekStartDays);
+    return out;
+  }
+};
+
+class GarminProtocolTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    garmin.setPort(&port);
+    garmin.open();
+  }
+  ProcessResult feedAt(uint32_t t, const std::vector<uint8_t>& bytes) {
+    now = t;
+    return garmin.process(bytes);
+  }
+  ProcessResult silentAt(uint32_t t) {
+    now = t;
+    return garmin.process({});
+  }
+  void acknowledge(uint32_t t) { ASSERT_EQ(feedAt(t, ackOf(kGarminCommand)), kRecognised); }
+
+  uint32_t now = 5000;
+  test::FakePort port;
+  test::FixCollector collected;
+  GarminProtocol garmin{[this] { return now; }, collected.sink()};
+};
+
+TEST_F(GarminProtocolTest, OpenSetsUpThePortAndRequestsRecords) {
+  EXPECT_EQ(port.baud, 9600u);
+  EXPECT_EQ(port.dataBits, 8);
+  EXPECT_FALSE(port.parity);
+  EXPECT_EQ(port.stopBits, 1);
+  EXPECT_EQ(port.timeouts.readInterval, 100u);
+  EXPECT_EQ(port.timeouts.writeTotalConstant, 10u);
+  EXPECT_EQ(port.purges, 1);
+  ASSERT_EQ(port.writes.size(), 1u);
+  EXPECT_EQ(port.writes[0], kStart);
+  EXPECT_TRUE(garmin.awaitingAck());
+  EXPECT_FALSE(garmin.streaming());
+  EXPECT_EQ(garmin.getName(), u"Протокол Garmin");
+}
+
+TEST_F(GarminProtocolTest, AnUnansweredRequestFailsAfterThreeSeconds) {
+  EXPECT_EQ(silentAt(8000), kNothing);
+  EXPECT_EQ(silentAt(8001), kFailed);
+}
+
+TEST_F(GarminProtocolTest, AnAckOfTheCommandStartsStreaming) {
+  acknowledge(5100);
+  EXPECT_TRUE(garmin.streaming());
+  EXPECT_FALSE(garmin.awaitingAck());
+  EXPECT_EQ(silentAt(20000), kNothing);  // the ACK time-out no longer applies
+}
+
+TEST_F(GarminProtocolTest, AnAckOfAnotherPacketIsNotTheAnswer) {
+  EXPECT_EQ(feedAt(5100, ackOf(kGarminPvt)), kRecognised);
+  EXPECT_FALSE(garmin.streaming());
+  EXPECT_EQ(silentAt(8001), kFailed);
+}
+
+TEST_F(GarminProtocolTest, ANakEndsTheAttemptAtTheNextSilence) {
+  EXPECT_EQ(feedAt(5100, nakOf(kGarminCommand)), kRecognised);
+  EXPECT_FALSE(garmin.awaitingAck());
+  EXPECT_FALSE(garmin.streaming());
+  EXPECT_EQ(silentAt(5120), kFailed);
+}
+
+TEST_F(GarminProtocolTest, AQuietGapWhileStreamingRequestsAgain) {
+  acknowledge(5100);
+  EXPECT_EQ(silentAt(5799), kNothing);
+  EXPECT_EQ(port.writes.size(), 1u);
+  EXPECT_EQ(silentAt(5800), kNothing);
+  ASSERT_EQ(port.writes.size(), 2u);
+  EXPECT_EQ(port.writes[1], kStart);
+  EXPECT_TRUE(garmin.awaitingAck());
+  // The repeated request unanswered: 3000 ms later the receiver counts as gone.
+  EXPECT_EQ(silentAt(8800), kNothing);
+  EXPECT_EQ(silentAt(8801), kFailed);
+}
+
+TEST_F(GarminProtocolTest, APositionRecordBecomesAFixAndIsAnsweredWithStop) {
+  acknowledge(5100);
+  const Pvt pvt;
+  EXPECT_EQ(feedAt(5200, frameGarminPacket(kGarminPvt, pvt.bytes())), kRecognised);
+  ASSERT_EQ(collected.fixes.size(), 1u);
+  ASSERT_EQ(port.writes.size(), 2u);
+  EXPECT_EQ(port.writes[1], kStop);
+
+  const GpsFix& fix = collected.fixes[0];
+  EXPECT_EQ(fix.flags, 0x16BFu);
+  EXPECT_NEAR(fix.latitude, 0.5 * 180.0 / 3.1415927, 1e-4);
+  EXPECT_NEAR(fix.longitude, -57.29578, 1e-4);
+  EXPECT_FLOAT_EQ(fix.altitude, 126.5f);
+  EXPECT_FLOAT_EQ(fix.geoidSeparation, -26.5f);
+  EXPECT_FLOAT_EQ(fix.horizontalError, 4.0f);
+  EXPECT_FLOAT_EQ(fix.verticalError, 6.0f);
+  EXPECT_FLOAT_EQ(fix.verticalSpeed, 0.0f);
+  EXPECT_NEAR(fix.course, 36.8699, 1e-3);
+  EXPECT_NEAR(fix.speed, 18.0, 1e-4);
+  EXPECT_EQ(fix.fixType, kFixType3D);
+  // Day 3773 after 1988-12-31 is 1999-05-01; 74835 s - 18 leap seconds is 20:46:57.
+  double expected = 0.0;
+  ASSERT_TRUE(calendarToAutomationDate(CalendarTime{1999, 5, 1, 20, 46, 57, 0}, expected));
+  EXPECT_NEAR(fix.time, expected, 1e-8);
+}
+
+struct VelocityCase {
+  float east, north, up;
+  double course, speed;
+};
+
+TEST(GarminPvt, CourseAndSpeedFromTheVelocity) {
+  for (const VelocityCase& c : {VelocityCase{3, 4, 0, 36.8699, 18.0}, VelocityCase{-1, 0, 0, -90.0, 3.6},
+                                VelocityCase{0, -2, 0, 180.0, 7.2}, VelocityCase{0, 0, 2, 0.0, 7.2},
+                                VelocityCase{-3, -4, 12, -143.1301, 46.8}}) {
+    Pvt pvt;
+    pvt.east = c.east;
+    pvt.north = c.north;
+    pvt.up = c.up;
+    GpsFix fix;
+    ASSERT_TRUE(decodeGarminPvt(pvt.bytes(), fix));
+    EXPECT_NEAR(fix.course, c.course, 1e-3) << c.east << "," << c.north;
+    EXPECT_NEAR(fix.speed, c.speed, 1e-4) << c.east << "," << c.north;
+    EXPECT_FLOAT_EQ(fix.verticalSpeed, c.up);
+  }
+}
+
+TEST(GarminPvt, FixCodesBecomeFixTypes) {
+  for (const auto& [code, type] : std::vector<std::pair<uint16_t, uint32_t>>{
+           {2, kFixType2D}, {3, kFixType3D}, {4, kFixType2DDiff}, {5, kFixType3DDiff}, {6, kFixTypeUnknown}, {0xFFFF, kFixTypeUnknown}}) {
+    Pvt pvt;
+    pvt.fix = code;
+    GpsFix fix;
+    ASSERT_TRUE(decodeGarminPvt(pvt.bytes(), fix));
+    EXPECT_EQ(fix.fixType, type) << code;
+  }
+  GpsFix untouched;
+  untouched.flags = 0x1234;
+  EXPECT_FALSE(decodeGarminPvt(Pvt{}.bytes(63), untouched));
+  EXPECT_EQ(untouched.flags, 0x1234u);
+}
+
+TEST_F(GarminProtocolTest, ARecordWithoutAFixBreaksTheTrackInstead) {
+  acknowledge(5100);
+  for (uint16_t code : {0, 1}) {
+    Pvt pvt;
+    pvt.fix = code;
+    feedAt(5200, frameGarminPacket(kGarminPvt, pvt.bytes()));
+  }
+  EXPECT_TRUE(collected.fixes.empty());
+  EXPECT_EQ(collected.lost, 2);
+  EXPECT_EQ(port.writes.back(), kStop);
+}
+
+TEST_F(GarminProtocolTest, AShortRecordIsOnlyAnsweredWithStop) {
+  acknowledge(5100);
+  EXPECT_EQ(feedAt(5200, frameGarminPacket(kGarminPvt, Pvt{}.bytes(60))), kRecognised);
+  EXPECT_TRUE(collected.fixes.empty());
+  EXPECT_EQ(collected.lost, 0);
+  ASSERT_EQ(port.writes.size(), 2u);
+  EXPECT_EQ(port.writes[1], kStop);
+}
+
+TEST_F(GarminProtocolTest, AWrongChecksumIsIgnoredButCountsAsGarmin) {
+  auto packet = frameGarminPacket(kGarminPvt, Pvt{}.bytes());
+  packet[packet.size() - 3] ^= 0x01;  // the checksum
+  EXPECT_EQ(feedAt(5100, packet), kRecognised);
+  EXPECT_TRUE(collected.fixes.empty());
+  EXPECT_EQ(port.writes.size(), 1u);
+}
+
+TEST_F(GarminProtocolTest, ASizeThatDoesNotMatchFails) {
+  // Checksum right, size 3 for 2 data bytes.
+  EXPECT_EQ(feedAt(5100, std::vector<uint8_t>{0x10, 0x06, 0x03, 0x0A, 0x00, 0xED, 0x10, 0x03}), kFailed);
+}
+
+TEST_F(GarminProtocolTest, ARecordWithADleInsideIsLost) {
+  acknowledge(5100);
+  Pvt pvt;
+  pvt.leapSeconds = 0x10;
+  EXPECT_EQ(feedAt(5200, frameGarminPacket(kGarminPvt, pvt.bytes())), kRecognised);
+  EXPECT_TRUE(collected.fixes.empty());
+}
+
+TEST_F(GarminProtocolTest, PacketsSplitAcrossReadsAreJoined) {
+  acknowledge(5100);
+  const auto packet = frameGarminPacket(kGarminPvt, Pvt{}.bytes());
+  uint32_t t = 5100;
+  for (size_t i = 0; i < packet.size(); ++i) {
+    const ProcessResult r = feedAt(t += 5, std::vector<uint8_t>{packet[i]});
+    EXPECT_EQ(r, i + 1 == packet.size() ? kRecognised : kNothing) << i;
+  }
+  EXPECT_EQ(collected.fixes.size(), 1u);
+}
+
+TEST_F(GarminProtocolTest, CloseSendsStop) {
+  garmin.close();
+  ASSERT_EQ(port.writes.size(), 2u);
+  EXPECT_EQ(port.writes[1], kStop);
+}
+
+}  // namespace
+}  // namespace orvel

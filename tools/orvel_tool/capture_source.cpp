@@ -1,0 +1,49 @@
+#include "capture_source.h"
+
+#include <sys/stat.h>
+
+#include <cerrno>
+#include <cstdio>
+#include <cstring>
+
+#include "app/core/utf.h"
+
+namespace orvel::tool {
+
+bool parseReplayProtocol(std::string_view text, ReplayProtocol& out) {
+  if (text == "nmea") out = ReplayProtocol::kNmea;
+  else if (text == "garmin") out = ReplayProtocol::kGarmin;
+  else if (text == "auto") out = ReplayProtocol::kAuto;
+  else return false;
+  return true;
+}
+
+bool readCapture(std::string_view command, const char* path, std::vector<uint8_t>& bytes) {
+  const auto fail = [&](const char* reason) {
+    std::fprintf(stderr, "orvel-tool %.*s: %s: %s\n", static_cast<int>(command.size()), command.data(), path, reason);
+    return false;
+  };
+  struct stat info {};
+  if (::stat(path, &info) != 0) return fail(std::strerror(errno));
+  if (S_ISCHR(info.st_mode)) return fail("serial devices: not yet");
+  if (S_ISDIR(info.st_mode)) return fail("is a folder");
+  std::FILE* file = std::fopen(path, "rb");
+  if (!file) return fail(std::strerror(errno));
+  uint8_t chunk[65536];
+  size_t got = 0;
+  while ((got = std::fread(chunk, 1, sizeof chunk, file)) > 0) bytes.insert(bytes.end(), chunk, chunk + got);
+  const bool ok = !std::ferror(file);
+  std::fclose(file);
+  return ok || fail("read error");
+}
+
+void printReplayEvent(uint64_t ms, ReplayEvent event, std::u16string_view protocol) {
+  const char* what = "searching";
+  if (event == ReplayEvent::kRecognised) what = "recognised";
+  if (event == ReplayEvent::kProtocolError) what = "protocol error";
+  if (event == ReplayEvent::kNoData) what = "no data";
+  std::fprintf(stderr, "[%llu.%03llu s] %s %s\n", static_cast<unsigned long long>(ms / 1000),
+               static_cast<unsigned long long>(ms % 1000), what, utf16ToUtf8(protocol).c_str());
+}
+
+}  // namespace orvel::tool
