@@ -1,0 +1,160 @@
+#include "app/app.h"
+
+#include <QApplication>
+#include <QFile>
+#include <QFileInfo>
+#include <QGuiApplication>
+#include <QScreen>
+
+#include "app/core/settings.h"
+#include "app/desktop_entry.h"
+#include "app/dialogs.h"
+#include "app/main_window.h"
+#include "app/page_framework.h"
+#include "app/single_instance.h"
+#include "gps/fix_processing.h"
+#include "map/map_file.h"
+#include "pages/map_page.h"
+#include "track/active_track.h"
+#include "track/mps_writer.h"
+#include "track/track_recording.h"
+#include "track/waypoints.h"
+#include "view/drawing_objects.h"
+#include "view/map_view.h"
+
+#ifndef ORVEL_DEMO_DIR
+#define ORVEL_DEMO_DIR ""
+#endif
+
+namespace orvel {
+
+namespace {
+
+// Screens at most this size in either direction get the whole screen.
+constexpr int kSmallScreen = 640;
+constexpr QSize kDesktopWindowSize(800, 600);
+
+QString demoMapPath() {
+  const QString path = QStringLiteral(ORVEL_DEMO_DIR "/monaco.img");
+  return QFileInfo::exists(path) ? path : QString();
+}
+
+// Services of GPS input that this program does not run yet; they keep their place in the
+// order of start-up and shutdown.
+void createGpsNotification() {}
+void removeGpsNotification() {}
+void preparePortScanning() {}
+void startPortScanning() {}
+void stopPortScanning() {}
+
+void placeWindow(MainWindow& window) {
+  const QScreen* screen = QGuiApplication::primaryScreen();
+  const QRect available = screen->availableGeometry();
+  if (available.width() <= kSmallScreen || available.height() <= kSmallScreen) {
+    window.setGeometry(available);
+    window.showMaximized();
+  } else {
+    window.resize(kDesktopWindowSize);
+    window.show();
+  }
+}
+
+bool headless() {
+  const QString platform = QGuiApplication::platformName();
+  return platform == QLatin1String("offscreen") || platform == QLatin1String("minimal");
+}
+
+}  // namespace
+
+void testLog(const QString& line) {
+  const QByteArray file = qgetenv("ORVEL_TEST_LOG");
+  if (file.isEmpty()) return;
+  QFile log(QString::fromLocal8Bit(file));
+  if (log.open(QIODevice::Append)) log.write(line.toUtf8() + '\n');
+}
+
+CommandLine parseCommandLine(const QStringList& arguments) {
+  CommandLine line;
+  for (const QString& argument : arguments) {
+    if (argument == QLatin1String("--demo")) {
+      line.demo = true;
+    } else if (!argument.startsWith(QLatin1String("--")) && line.mapPath.isEmpty() && !argument.isEmpty()) {
+      line.mapPath = QFileInfo(argument).absoluteFilePath();
+    }
+  }
+  return line;
+}
+
+int appMain(const QStringList& arguments) {
+  const CommandLine commandLine = parseCommandLine(arguments);
+
+  // Another viewer running takes over this start; nothing here is touched.
+  QStringList forwarded;
+  if (!commandLine.mapPath.isEmpty()) forwarded << commandLine.mapPath;
+  if (sendToRunningInstance(forwarded)) return kExitAnotherInstance;
+
+  openSettings();
+  createDrawingObjects();
+
+  const QString program = QCoreApplication::applicationFilePath();
+  writeDesktopEntry(program);
+  writeSettingString("Path", program.toStdU16String());
+  // The geometric sans of the map styles comes with the program's resources and is used
+  // from there; no font file is written into the system.
+
+  if (!QGuiApplication::primaryScreen()) return kExitNoWindow;
+  auto window = std::make_unique<MainWindow>();
+  if (!headless()) installMessageBox(window.get());
+
+  InstanceServer server([&window](const QStringList& received) {
+    window->raiseWindow();
+    const CommandLine line = parseCommandLine(received);
+    testLog(QStringLiteral("raised"));
+    if (!line.mapPath.isEmpty()) {
+      window->openMap(line.mapPath);
+      testLog(QStringLiteral("opened ") + line.mapPath);
+    }
+  });
+  if (server.listen()) testLog(QStringLiteral("listening"));
+
+  initPages(*window);
+  placeWindow(*window);
+  createGpsNotification();
+
+  QString mapPath = commandLine.mapPath;
+  if (mapPath.isEmpty() && commandLine.demo) mapPath = demoMapPath();
+  if (!mapPath.isEmpty()) {
+    openMapFile(std::filesystem::path(mapPath.toStdString()), mapView());
+    testLog(QStringLiteral("opened ") + mapPath);
+  }
+
+  if (readSettingBool("RecordTrack", false)) openTrackFile();
+  openTrackStore();
+
+  FixObserver observer;
+  connectTrackRecorders(observer);
+  setFixObserver(std::move(observer));
+  preparePortScanning();
+  if (readSettingBool("ScanCOMPorts", true)) startPortScanning();
+
+  loadWaypoints();
+  composeMapView();
+
+  const int status = QApplication::exec();
+  (void)status;
+
+  stopPortScanning();
+  setFixObserver(FixObserver{});
+  closeTrackFile();
+  closeTrackStore();
+  freeWaypoints();
+  removeGpsNotification();
+  shutdownPages();
+  removeMessageBox();
+  window.reset();
+  destroyDrawingObjects();
+  closeSettings();
+  return kExitNormal;
+}
+
+}  // namespace orvel

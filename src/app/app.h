@@ -1,0 +1,26 @@
+#pragma once
+// The viewer's start-up and shutdown.
+#include <QStringList>
+
+namespace orvel {
+
+inline constexpr int kExitNormal = 0;
+inline constexpr int kExitNoWindow = 1;
+inline constexpr int kExitAnotherInstance = -1;
+
+struct CommandLine {
+  QString mapPath;    // the map to open, absolute; empty for none
+  bool demo = false;  // --demo: open the bundled demo map when no map is given
+};
+
+CommandLine parseCommandLine(const QStringList& arguments);
+
+// Runs the viewer inside an existing QApplication; `arguments` exclude the program name.
+// Returns 0 after a normal run, 1 if the window could not be made, -1 if another instance
+// was running (it got the command line).
+int appMain(const QStringList& arguments);
+
+// Appends a line to the file named by ORVEL_TEST_LOG, if set (start-up facts for tests).
+void testLog(const QString& line);
+
+}  // namespace orvel

@@ -1,0 +1,208 @@
+#include "app/dialogs.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QDesktopServices>
+#include <QDialog>
+#include <QFileDialog>
+#include <QFrame>
+#include <QLabel>
+#include <QMenu>
+#include <QMessageBox>
+#include <QPushButton>
+#include <QUrl>
+#include <QVBoxLayout>
+
+#include "app/core/message.h"
+#include "app/program_icon.h"
+
+namespace orvel {
+
+namespace {
+
+MessageSink previousSink;
+bool messageBoxInstalled = false;
+
+DialogRunner& dialogRunner() {
+  static DialogRunner runner;
+  return runner;
+}
+
+PopupRunner& popupRunner() {
+  static PopupRunner runner;
+  return runner;
+}
+
+FileChooser& fileChooser() {
+  static FileChooser chooser;
+  return chooser;
+}
+
+const QString kCaption = QString::fromUtf8(kMessageCaption.data(), qsizetype(kMessageCaption.size()));
+
+// Opens a link text when it is clicked; styles it when the dialog is set up.
+class HyperlinkHook : public QObject {
+ public:
+  using QObject::QObject;
+
+ protected:
+  bool eventFilter(QObject* watched, QEvent* event) override {
+    if (event->type() == QEvent::MouseButtonRelease) {
+      auto* label = qobject_cast<QLabel*>(watched);
+      if (label && isHyperlink(label)) {
+        QDesktopServices::openUrl(QUrl(label->text().left(256)));
+        return true;
+      }
+    }
+    return false;
+  }
+};
+
+// The link font: the dialog font underlined, made once and kept.
+const QFont& linkFont(const QFont& base) {
+  static const QFont font = [&base] {
+    QFont f = base;
+    f.setUnderline(true);
+    return f;
+  }();
+  return font;
+}
+
+}  // namespace
+
+void installMessageBox(QWidget* owner) {
+  MessageSink sink = [owner](const std::string& text) {
+    QMessageBox::critical(owner, kCaption, QString::fromStdString(text));
+  };
+  MessageSink old = setMessageSink(std::move(sink));
+  if (!messageBoxInstalled) previousSink = std::move(old);
+  messageBoxInstalled = true;
+}
+
+void removeMessageBox() {
+  if (!messageBoxInstalled) return;
+  setMessageSink(std::move(previousSink));
+  previousSink = nullptr;
+  messageBoxInstalled = false;
+}
+
+DialogRunner setDialogRunner(DialogRunner runner) {
+  return std::exchange(dialogRunner(), std::move(runner));
+}
+
+int runDialog(QDialog& dialog) {
+  if (dialogRunner()) return dialogRunner()(dialog);
+  return dialog.exec();
+}
+
+PopupRunner setPopupRunner(PopupRunner runner) {
+  return std::exchange(popupRunner(), std::move(runner));
+}
+
+QAction* runPopupMenu(QMenu& menu, const QPoint& globalPos) {
+  if (popupRunner()) return popupRunner()(menu, globalPos);
+  return menu.exec(globalPos);
+}
+
+FileChooser setOpenFileChooser(FileChooser chooser) {
+  return std::exchange(fileChooser(), std::move(chooser));
+}
+
+QString chooseMapFile(QWidget* owner) {
+  if (fileChooser()) return fileChooser()(owner);
+  // The patterns follow in a second pair of brackets that the dialog hides, so the user
+  // reads the filter's own text while both extensions match.
+  return QFileDialog::getOpenFileName(owner, QString(), QString(),
+                                      QStringLiteral("Все форматы (*.orv,*.img) (*.orv *.img)"),
+                                      nullptr, QFileDialog::HideNameFilterDetails);
+}
+
+void showWaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
+
+void restoreArrowCursor() {
+  while (QApplication::overrideCursor()) QApplication::restoreOverrideCursor();
+}
+
+bool isHyperlinkText(const QString& text) {
+  const QString head = text.left(8);
+  auto startsWith = [&head](const char* prefix) {
+    const int length = int(qstrlen(prefix));
+    if (head.size() < length) return false;
+    for (int i = 0; i < length; ++i) {
+      char16_t c = head[i].unicode();
+      if (c >= u'A' && c <= u'Z') c = char16_t(c - u'A' + u'a');  // ASCII letters only
+      if (c != char16_t(prefix[i])) return false;
+    }
+    return true;
+  };
+  return startsWith("http:") || startsWith("ftp:") || startsWith("mailto:");
+}
+
+bool isHyperlink(const QWidget* control) {
+  const auto* label = qobject_cast<const QLabel*>(control);
+  return label && isHyperlinkText(label->text());
+}
+
+void installHyperlinkHook(QDialog& dialog) {
+  auto* hook = new HyperlinkHook(&dialog);
+  for (QLabel* label : dialog.findChildren<QLabel*>()) {
+    if (!isHyperlink(label)) continue;
+    label->setFont(linkFont(label->font()));
+    QPalette palette = label->palette();
+    palette.setColor(QPalette::WindowText, QColor(0, 0, 255));
+    label->setPalette(palette);
+    label->setCursor(Qt::PointingHandCursor);
+    label->installEventFilter(hook);
+  }
+}
+
+QString aboutVersionLine() {
+  return QString::asprintf("версия %d.%d (update %d.%d)", 1, 0, 11, 1);
+}
+
+std::unique_ptr<QDialog> makeAboutDialog(QWidget* owner) {
+  auto dialog = std::make_unique<QDialog>(owner);
+  dialog->setObjectName(QStringLiteral("dialog123"));
+  dialog->setWindowTitle(QStringLiteral("About"));
+  auto* layout = new QVBoxLayout(dialog.get());
+
+  auto* icon = new QLabel(dialog.get());
+  icon->setPixmap(QPixmap::fromImage(programIcon(48)));
+  icon->setAlignment(Qt::AlignCenter);
+  layout->addWidget(icon);
+
+  auto* caption = new QLabel(kCaption, dialog.get());
+  QFont bold = caption->font();
+  bold.setBold(true);
+  caption->setFont(bold);
+  caption->setAlignment(Qt::AlignCenter);
+  layout->addWidget(caption);
+
+  auto* group = new QFrame(dialog.get());
+  group->setFrameShape(QFrame::Box);
+  auto* groupLayout = new QVBoxLayout(group);
+  auto addLine = [&](const QString& text, const char* name) {
+    auto* line = new QLabel(text, group);
+    line->setObjectName(QString::fromLatin1(name));
+    line->setAlignment(Qt::AlignCenter);
+    groupLayout->addWidget(line);
+  };
+  addLine(aboutVersionLine(), "1011");
+  addLine(QString::asprintf("для %s", "Pocket PC 2003"), "1014");
+  addLine(QStringLiteral("© Orvel contributors"), "copyright");
+  addLine(QStringLiteral("Карты: © участники OpenStreetMap, ODbL"), "mapSource");
+  addLine(QStringLiteral("http://www.openstreetmap.org/copyright"), "link1");
+  addLine(QStringLiteral("http://opendatacommons.org/licenses/odbl/"), "link2");
+  layout->addWidget(group);
+
+  auto* close = new QPushButton(QStringLiteral("Закрыть"), dialog.get());
+  close->setObjectName(QStringLiteral("2"));
+  QDialog* raw = dialog.get();
+  QObject::connect(close, &QPushButton::clicked, raw, [raw] { raw->done(2); });
+  layout->addWidget(close);
+
+  installHyperlinkHook(*dialog);
+  return dialog;
+}
+
+}  // namespace orvel

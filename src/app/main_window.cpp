@@ -1,0 +1,340 @@
+#include "app/main_window.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <memory>
+
+#include <QApplication>
+#include <QDialog>
+#include <QCloseEvent>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QMouseEvent>
+#include <QPainter>
+#include <QStatusBar>
+#include <QTimer>
+
+#include "app/dialogs.h"
+#include "app/page_framework.h"
+#include "app/program_icon.h"
+#include "gps/gps_state.h"
+#include "map/map_file.h"
+#include "pages/commands.h"
+#include "pages/map_page.h"
+#include "pages/page_host.h"
+#include "view/map_view.h"
+
+namespace orvel {
+
+namespace {
+
+MainWindow* theWindow = nullptr;
+
+// The client area: hands every event to the window, which hands it to the page.
+class ClientArea : public QWidget {
+ public:
+  ClientArea(MainWindow* window) : QWidget(window), window_(window) {
+    setFocusPolicy(Qt::StrongFocus);
+    setAttribute(Qt::WA_OpaquePaintEvent);
+    setAttribute(Qt::WA_NoSystemBackground);
+    setMinimumSize(64, 64);
+  }
+
+ protected:
+  void paintEvent(QPaintEvent*) override { window_->clientPaint(); }
+  void resizeEvent(QResizeEvent*) override { window_->clientResized(); }
+  void mousePressEvent(QMouseEvent* e) override { window_->penPress(e->button(), e->position().toPoint()); }
+  void mouseMoveEvent(QMouseEvent* e) override { window_->penMove(e->position().toPoint()); }
+  void mouseReleaseEvent(QMouseEvent* e) override {
+    window_->penRelease(e->button(), e->position().toPoint());
+  }
+  void keyPressEvent(QKeyEvent* e) override {
+    if (!window_->keyDown(e->key(), e->isAutoRepeat())) QWidget::keyPressEvent(e);
+  }
+  void keyReleaseEvent(QKeyEvent* e) override {
+    if (!window_->keyUp(e->key(), e->isAutoRepeat())) QWidget::keyReleaseEvent(e);
+  }
+
+ private:
+  MainWindow* window_;
+};
+
+}  // namespace
+
+MainWindow* mainWindow() { return theWindow; }
+
+int virtualKeyFor(int qtKey) {
+  switch (qtKey) {
+    case Qt::Key_Left: return kKeyLeft;
+    case Qt::Key_Up: return kKeyUp;
+    case Qt::Key_Right: return kKeyRight;
+    case Qt::Key_Down: return kKeyDown;
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+    case Qt::Key_Select: return kKeyAction;
+    default: return qtKey;
+  }
+}
+
+MainWindow::MainWindow() {
+  theWindow = this;
+  setWindowTitle(QStringLiteral("Orvel"));
+  setWindowIcon(QIcon(QPixmap::fromImage(programIcon(64))));
+  client_ = new ClientArea(this);
+  setCentralWidget(client_);
+  client_->setFocus();
+
+  statusLabel_ = new QLabel(this);
+  statusLabel_->setObjectName(QStringLiteral("gpsStatus"));
+  statusBar()->addWidget(statusLabel_, 1);
+  statusBar()->setSizeGripEnabled(false);
+
+  holdTimer_ = new QTimer(this);
+  holdTimer_->setSingleShot(true);
+  holdTimer_->setInterval(kTapAndHoldMs);
+  connect(holdTimer_, &QTimer::timeout, this, [this] { completeHold(); });
+
+  buildMenuBar();
+
+  PageHost host;
+  host.invalidate = [this] { client_->repaint(); };
+  host.clientWidth = [this] { return clientWidth_; };
+  host.clientHeight = [this] { return clientHeight_; };
+  host.setTimer = [this](int id, int ms) { startPageTimer(id, ms); };
+  host.killTimer = [this](int id) { stopPageTimer(id); };
+  host.capturePointer = [this](bool captured) {
+    if (captured) client_->grabMouse(); else client_->releaseMouse();
+  };
+  host.showPopupMenu = [this](int menuId, int x, int y) { showPopupMenu(menuId, x, y); };
+  setPageHost(std::move(host));
+  setGpsMessagePoster([this](int message) { postGpsMessage(message); });
+}
+
+MainWindow::~MainWindow() {
+  setGpsMessagePoster(nullptr);
+  setPageHost(PageHost{});
+  if (theWindow == this) theWindow = nullptr;
+}
+
+QAction* MainWindow::commandAction(int commandId) const {
+  const auto it = actions_.find(commandId);
+  return it == actions_.end() ? nullptr : it->second;
+}
+
+void MainWindow::postCommand(int commandId) {
+  QMetaObject::invokeMethod(this, [this, commandId] { onCommand(commandId); }, Qt::QueuedConnection);
+}
+
+void MainWindow::onCommand(int commandId) {
+  switch (commandId) {
+    case kCmdExit:
+      close();
+      return;
+    case kCmdAbout: {
+      std::unique_ptr<QDialog> about = makeAboutDialog(this);
+      runDialog(*about);
+      return;
+    }
+    case kCmdSavePoint:
+      savePointAtCentre();
+      return;
+    case kCmdOpen:
+      openMapFromDialog();
+      return;
+    case kCmdOptions:
+      // The options dialog is not part of this program yet.
+      return;
+    default:
+      break;
+  }
+  if (commandId >= kCmdFirstPage && commandId <= kCmdLastPage) {
+    selectPage(static_cast<uint32_t>(commandId - kCmdFirstPage));
+    return;
+  }
+  if (pagesReady()) currentPage().onCommand(commandId);
+}
+
+void MainWindow::savePointAtCentre() {
+  // The new waypoint lies at the centre of the screen, not at the GPS position.
+  const GpsFix fix = currentFix();
+  const double time = (fix.flags & kFixTime) ? fix.time : 0.0;
+  const float altitude = (fix.flags & kFixAltitude) ? fix.altitude : 0.0f;
+  const MapPoint centre = mapView().centre();
+  openWaypointDialog(mapUnitsToDegrees(centre.x), mapUnitsToDegrees(centre.y), time, altitude);
+  composeMapView();
+}
+
+void MainWindow::openMapFromDialog() {
+  const QString path = chooseMapFile(this);
+  if (path.isEmpty()) return;
+  openMap(path);
+}
+
+void MainWindow::openMap(const QString& path) {
+  showWaitCursor();
+  openMapFile(std::filesystem::path(path.toStdString()), mapView());
+  composeMapView();
+  restoreArrowCursor();
+}
+
+void MainWindow::closeEvent(QCloseEvent* event) {
+  QMainWindow::closeEvent(event);
+  if (event->isAccepted()) QCoreApplication::quit();
+}
+
+void MainWindow::raiseWindow() {
+  if (isMinimized()) showNormal();
+  show();
+  raise();
+  activateWindow();
+}
+
+void MainWindow::postGpsMessage(int message) {
+  QMetaObject::invokeMethod(this, [this, message] { handleGpsMessage(message); },
+                            Qt::QueuedConnection);
+}
+
+void MainWindow::handleGpsMessage(int message) {
+  // The page first, then the latch: a change that arrives while the page is busy with the
+  // previous one is picked up by this handling and posts nothing new.
+  if (pagesReady()) {
+    Page& page = currentPage();
+    if (message == kMsgStatusChanged) page.onStatusChanged();
+    if (message == kMsgFixChanged) page.onFixChanged();
+    if (message == kMsgSatellitesChanged) page.onSatellitesChanged();
+  }
+  if (message == kMsgStatusChanged) updateStatusText();
+  clearLatch(message);
+}
+
+void MainWindow::updateStatusText() {
+  char16_t text[kStatusTextLength + 1] = {};
+  getStatusText(text, kStatusTextLength + 1);
+  statusLabel_->setText(QString::fromUtf16(text));
+}
+
+void MainWindow::startPageTimer(int timerId, int periodMs) {
+  QTimer*& timer = timers_[timerId];
+  if (!timer) {
+    timer = new QTimer(this);
+    connect(timer, &QTimer::timeout, this, [this, timerId] { deliverTimer(timerId); });
+  }
+  timer->start(periodMs);
+}
+
+void MainWindow::stopPageTimer(int timerId) {
+  if (QTimer* timer = pageTimer(timerId)) timer->stop();
+}
+
+QTimer* MainWindow::pageTimer(int timerId) const {
+  const auto it = timers_.find(timerId);
+  return it == timers_.end() ? nullptr : it->second;
+}
+
+void MainWindow::deliverTimer(int timerId) {
+  if (pagesReady()) currentPage().onTimer(timerId);
+}
+
+void MainWindow::clientPaint() {
+  QPainter painter(client_);
+  if (!pagesReady()) {
+    painter.fillRect(client_->rect(), Qt::white);
+    return;
+  }
+  Page& page = currentPage();
+  if (!page.usesBackBuffer()) {
+    page.paint(painter);
+    return;
+  }
+  {
+    QPainter buffer(&backBuffer_);
+    page.paint(buffer);
+  }
+  painter.setCompositionMode(QPainter::CompositionMode_Source);
+  painter.drawImage(QPoint(0, 0), backBuffer_, QRect(0, 0, clientWidth_, clientHeight_));
+}
+
+void MainWindow::clientResized() {
+  clientWidth_ = client_->width();
+  clientHeight_ = client_->height();
+  mapView().setScreenSize(clientWidth_, clientHeight_);
+  if (backBuffer_.width() != clientWidth_ || backBuffer_.height() != clientHeight_) {
+    backBuffer_ = QImage(std::max(clientWidth_, 1), std::max(clientHeight_, 1), QImage::Format_RGB32);
+    backBuffer_.fill(Qt::white);
+  }
+  if (pagesReady()) currentPage().onSize();
+}
+
+void MainWindow::penPress(Qt::MouseButton button, QPoint at) {
+  if (!pagesReady()) return;
+  if (button == Qt::RightButton) {
+    currentPage().onContextMenu(at.x(), at.y());
+    return;
+  }
+  if (button != Qt::LeftButton) return;
+  holdPending_ = true;
+  swallowUntilRelease_ = false;
+  holdPoint_ = at;
+  holdTimer_->start();
+}
+
+void MainWindow::completeHold() {
+  if (!holdPending_) return;
+  holdTimer_->stop();
+  holdPending_ = false;
+  swallowUntilRelease_ = true;  // the rest of this press belongs to the gesture
+  if (pagesReady()) currentPage().onContextMenu(holdPoint_.x(), holdPoint_.y());
+}
+
+void MainWindow::penMove(QPoint at) {
+  if (!pagesReady() || swallowUntilRelease_) return;
+  if (holdPending_) {
+    if (std::abs(at.x() - holdPoint_.x()) < kTapAndHoldSlop &&
+        std::abs(at.y() - holdPoint_.y()) < kTapAndHoldSlop) {
+      return;
+    }
+    // Moved: not a tap-and-hold but a pen that went down where the press began.
+    holdTimer_->stop();
+    holdPending_ = false;
+    currentPage().onPenDown(holdPoint_.x(), holdPoint_.y());
+  }
+  currentPage().onPenMove(at.x(), at.y());
+}
+
+void MainWindow::penRelease(Qt::MouseButton button, QPoint at) {
+  if (button != Qt::LeftButton || !pagesReady()) return;
+  if (swallowUntilRelease_) {
+    swallowUntilRelease_ = false;
+    return;
+  }
+  if (holdPending_) {
+    holdTimer_->stop();
+    holdPending_ = false;
+    currentPage().onPenDown(holdPoint_.x(), holdPoint_.y());
+  }
+  currentPage().onPenUp(at.x(), at.y());
+}
+
+bool MainWindow::keyDown(int qtKey, bool autoRepeat) {
+  if (!pagesReady()) return false;
+  const int key = virtualKeyFor(qtKey);
+  // A held action key must not restart its own hold.
+  if (autoRepeat && key == kKeyAction) return true;
+  if (key == kKeyRight) {
+    nextPage();
+    return true;
+  }
+  if (key == kKeyLeft) {
+    previousPage();
+    return true;
+  }
+  return currentPage().onKeyDown(key);
+}
+
+bool MainWindow::keyUp(int qtKey, bool autoRepeat) {
+  // Qt reports a held key as repeated release and press pairs; only the last one counts.
+  if (autoRepeat || !pagesReady()) return autoRepeat;
+  return currentPage().onKeyUp(virtualKeyFor(qtKey));
+}
+
+}  // namespace orvel

@@ -1,0 +1,67 @@
+#pragma once
+// Drives the real main window headless: a fresh settings file and data folder per test,
+// pages initialised as start-up does, and every dialog, pop-up menu and waypoint dialog
+// answered by the test instead of a user.
+#include <filesystem>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <QAction>
+#include <QApplication>
+#include <QDialog>
+#include <QMenu>
+#include <QPoint>
+#include <gtest/gtest.h>
+
+#include "app/core/message.h"
+#include "app/core/settings.h"
+#include "app/dialogs.h"
+#include "app/main_window.h"
+#include "app/page_framework.h"
+#include "gps/gps_state.h"
+#include "map/map_file.h"
+#include "pages/map_page.h"
+#include "pages/page_host.h"
+#include "view/map_view.h"
+
+namespace orvel::test {
+
+struct WaypointRequest {
+  float lon = 0;
+  float lat = 0;
+  double time = 0;
+  float altitude = 0;
+};
+
+struct PopupShown {
+  std::vector<std::pair<QString, bool>> items;  // text and enabled; separators as ""
+  QPoint globalPos;
+};
+
+class ShellTest : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite();
+
+  void SetUp() override;
+  void TearDown() override;
+
+  // Builds the window as start-up does: pages, shown at 240 x 320, first composition.
+  void startWindow();
+  void processEvents();
+  int pageSetting() { return readSettingInt("Page", -1); }
+  QWidget* client() { return window->clientArea(); }
+
+  std::filesystem::path scratch;
+  std::unique_ptr<MainWindow> window;
+  std::unique_ptr<MessageRecorder> messages;
+  std::vector<WaypointRequest> waypointRequests;
+  std::vector<PopupShown> popups;
+  // The item the next pop-up menu answers with (by text); empty = dismissed.
+  QString popupChoice;
+  std::vector<std::string> dialogsRun;
+  std::function<void(QDialog&)> onDialog;
+};
+
+}  // namespace orvel::test
