@@ -27,7 +27,8 @@ constexpr std::array kCommands{
             "be read or is damaged (the whole waypoints before the damage are still printed).\n",
             runWaypoints},
     Command{"decode", "decode a receiver capture as the viewer would and print every fix",
-            "usage: orvel-tool decode [--protocol nmea|garmin|auto] [--each-line] [--verbose] SOURCE\n"
+            "usage: orvel-tool decode [--protocol nmea|garmin|auto] [--each-line] [--verbose]\n"
+            "                         [--seconds N] SOURCE\n"
             "\n"
             "Runs the receiver protocols and fix processing over the capture file SOURCE as a\n"
             "port scanner would, on a simulated clock: the bytes arrive at the line's baud rate\n"
@@ -38,8 +39,10 @@ constexpr std::array kCommands{
             "(ISO 8601 UTC), lat, lon, alt, speed (km/h), course, hdop, vdop, sats, fix, each\n"
             "when valid, and flags in hex; and \"sats: prn/elev/azim/snr ...\" whenever the\n"
             "satellites in view change. --each-line hands the NMEA fix on after every sentence.\n"
-            "--verbose tells the scanner's steps on stderr. Exit code 1 when no protocol\n"
-            "recognised the data or SOURCE cannot be read (serial devices are not supported yet).\n",
+            "--verbose tells the scanner's steps on stderr. When SOURCE is a serial device (or a\n"
+            "pseudo-terminal) it is read live as the viewer reads it, with each protocol's line\n"
+            "settings, until interrupted or for --seconds N. Exit code 1 when no protocol\n"
+            "recognised the data or SOURCE cannot be read.\n",
             runDecode},
     Command{"record", "decode a receiver capture into a MapSource track file",
             "usage: orvel-tool record [--protocol nmea|garmin|auto] CAPTURE -o OUT.mps\n"

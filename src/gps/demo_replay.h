@@ -1,0 +1,39 @@
+#pragma once
+// The demo: with no receiver about, a recorded drive is replayed through the NMEA protocol
+// and fix processing at the pace it was recorded, so the position moves over the demo map.
+// The recording is moved onto the map first (see demo_capture.h). The replay runs in a
+// thread of its own, starts again from the beginning when it reaches the end (the track
+// breaks there), and ends by itself when a scanning thread finds a real receiver.
+#include <cstdint>
+#include <string>
+
+#include "gps/demo_capture.h"
+#include "gps/gps_protocol.h"
+
+namespace orvel {
+
+// Where the bundled recording's first position is put: the harbour side of Monte Carlo, so
+// that the whole track lies within the demo map of Monaco.
+inline constexpr GeoPoint kDemoAnchor{43.7400, 7.4280};
+// The bundled recording's file name in the demo folder, beside the demo map.
+inline constexpr const char* kDemoCaptureName = "bundg_zeus_9.log";
+
+struct DemoReplayOptions {
+  GeoPoint anchor = kDemoAnchor;
+  FixSink sink = programFixSink();
+  uint32_t burstMs = 1000;     // from one burst of sentences to the next, as recorded
+  bool loop = true;            // start again at the end
+  bool stopOnReceiver = true;  // end when the scanner finds a receiver
+  bool setStatus = true;       // status line "NMEA-0183 (демонстрация)"
+};
+
+// Starts replaying the capture at `path` (a running replay is stopped first). False when the
+// file cannot be read or has no position to anchor.
+bool startDemoReplay(const std::string& path, DemoReplayOptions options = {});
+// Ends the replay; returns within about 20 ms.
+void stopDemoReplay();
+bool isDemoReplaying();
+// Fixes handed on by the current or last replay.
+uint64_t demoFixCount();
+
+}  // namespace orvel

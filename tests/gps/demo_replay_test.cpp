@@ -1,0 +1,159 @@
+// The demo: a recorded drive moved onto the demo map and replayed through the NMEA protocol
+// in a thread of its own.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <atomic>
+#include <cmath>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "common/test_data.h"
+#include "gps/capture_replay.h"
+#include "gps/demo_capture.h"
+#include "gps/demo_replay.h"
+#include "gps/gps_state.h"
+#include "gps_test_support.h"
+#include "pty_support.h"
+
+namespace orvel {
+namespace {
+
+constexpr double kPi = 3.14159265358979323846;
+
+double metresBetween(double lat1, double lon1, double lat2, double lon2) {
+  const double k = kPi / 180;
+  const double x = (lon2 - lon1) * k * std::cos((lat1 + lat2) / 2 * k);
+  const double y = (lat2 - lat1) * k;
+  return 6371000.0 * std::sqrt(x * x + y * y);
+}
+
+bool checksumHolds(const std::string& line) {
+  const size_t star = line.find('*');
+  if (star == std::string::npos) return false;
+  uint8_t sum = 0;
+  for (size_t i = 1; i < star; ++i) sum ^= static_cast<uint8_t>(line[i]);
+  return std::stoul(line.substr(star + 1, 2), nullptr, 16) == sum;
+}
+
+TEST(DemoCapture, SentencesMoveAndKeepTheirForm) {
+  const GeoPoint from{52.85, 5.30};
+  const GeoPoint to{43.74, 7.43};
+  struct Case {
+    std::string in;
+    std::string expected;  // "" when the line must stay as it was
+  };
+  const Case cases[] = {
+      // Exactly at the anchor: 52°51.0000'N 5°18.0000'E becomes 43°44.4000'N 7°25.8000'E.
+      {test::nmeaLine("GPRMC,094737,A,5251.0000,N,00518.0000,E,5.6,230.5,200818,1.4,E,A"),
+       test::nmeaLine("GPRMC,094737,A,4344.4000,N,00725.8000,E,5.6,230.5,200818,1.4,E,A")},
+      {test::nmeaLine("GNGGA,094737,5251.000,N,00518.000,E,1,08,1.0,0.5,M,46.5,M,,"),
+       test::nmeaLine("GNGGA,094737,4344.400,N,00725.800,E,1,08,1.0,0.5,M,46.5,M,,")},
+      {"$GPGLL,5251.0000,N,00518.0000,E,094737,A\r\n", "$GPGLL,4344.4000,N,00725.8000,E,094737,A\r\n"},
+      // Empty coordinates, other sentences and junk stay.
+      {test::nmeaLine("GPRMC,094737,V,,,,,,,200818,,"), ""},
+      {test::nmeaLine("SDHDG,229.8,,,1.3,E"), ""},
+      {test::nmeaLine("GPRMB,A,0.66,L,003,004,5251.000,N,00518.000,E,,,A"), ""},
+      {"garbage, 5251.0,N\r\n", ""},
+  };
+  for (const Case& c : cases) {
+    const std::string out = shiftSentence(c.in, from, to);
+    EXPECT_EQ(out, c.expected.empty() ? c.in : c.expected) << c.in;
+  }
+  // A tenth of a minute east at 52.85°N is kept as the same distance at 43.74°N.
+  const std::string east = shiftSentence(test::nmeaLine("GPRMC,1,A,5251.0000,N,00518.1000,E,,,200818,,"), from, to);
+  EXPECT_TRUE(checksumHolds(east)) << east;
+  EXPECT_NE(east.find("4344.4000,N,00725.8836,E"), std::string::npos) << east;
+  // Across the equator and the prime meridian the hemispheres follow the sign.
+  const std::string south = shiftSentence(test::nmeaLine("GPGGA,1,0001.0000,N,00001.0000,E,1,5,1,0,M,0,M,,"),
+                                          GeoPoint{0.0, 0.0}, GeoPoint{-0.05, -0.05});
+  EXPECT_NE(south.find(",0002.0000,S,00002.0000,W,"), std::string::npos) << south;
+}
+
+TEST(DemoCapture, TheBundledDriveLiesOnTheDemoMapWithItsShapeKept) {
+  const auto path = test::dataFile("gps/nmea/bundg_zeus_9.log");
+  if (path.empty()) GTEST_SKIP() << "no capture";
+  const auto original = test::readFile(path);
+  const auto first = firstCapturePosition(original);
+  ASSERT_TRUE(first);
+  EXPECT_NEAR(first->latitude, 52.8502, 1e-3);  // the recording's own first GPRMC
+  const auto moved = shiftCapturePositions(original, *first, kDemoAnchor);
+
+  const auto decode = [](const std::vector<uint8_t>& capture) {
+    test::FixCollector fixes;
+    ReplayOptions options;
+    options.protocol = ReplayProtocol::kNmea;
+    replayCapture(capture, fixes.sink(), options);
+    std::vector<GpsFix> located;
+    for (const GpsFix& f : fixes.fixes) {
+      if (f.has(kFixPosition)) located.push_back(f);
+    }
+    return located;
+  };
+  const auto before = decode(original);
+  const auto after = decode(moved);
+  ASSERT_GT(before.size(), 100u);
+  ASSERT_EQ(after.size(), before.size()) << "every sentence still decodes";
+  for (const GpsFix& f : after) {
+    // Monaco, the demo map.
+    EXPECT_TRUE(f.latitude > 43.72 && f.latitude < 43.76 && f.longitude > 7.40 && f.longitude < 7.45)
+        << f.latitude << " " << f.longitude;
+  }
+  const double d0 = metresBetween(before.front().latitude, before.front().longitude, before.back().latitude,
+                                  before.back().longitude);
+  const double d1 = metresBetween(after.front().latitude, after.front().longitude, after.back().latitude,
+                                  after.back().longitude);
+  EXPECT_GT(d0, 300.0) << "the drive moves";
+  EXPECT_NEAR(d1, d0, d0 * 0.01);
+  EXPECT_EQ(before.back().time, after.back().time);
+  EXPECT_EQ(before.back().speed, after.back().speed);
+}
+
+TEST(DemoReplay, RunsInItsOwnThreadAndStopsAtOnce) {
+  const auto path = test::dataFile("gps/nmea/bundg_zeus_9.log");
+  if (path.empty()) GTEST_SKIP() << "no capture";
+  resetGpsState();
+  std::mutex mutex;
+  std::vector<GpsFix> fixes;
+  std::atomic<int> lost{0};
+  DemoReplayOptions options;
+  options.sink = FixSink{[&](const GpsFix& f) {
+                           std::lock_guard lock(mutex);
+                           fixes.push_back(f);
+                         },
+                         [&] { ++lost; }};
+  options.burstMs = 150;  // faster than recorded, still well apart for the burst rules
+  options.setStatus = false;
+  EXPECT_FALSE(startDemoReplay("/nonexistent/demo.log", options));
+  EXPECT_FALSE(isDemoReplaying());
+  ASSERT_TRUE(startDemoReplay(path.string(), options));
+  EXPECT_TRUE(isDemoReplaying());
+  const auto located = [&] {
+    std::lock_guard lock(mutex);
+    return std::count_if(fixes.begin(), fixes.end(), [](const GpsFix& f) { return f.has(kFixPosition); });
+  };
+  ASSERT_TRUE(test::waitUntil([&] { return located() >= 4; }, 5000));
+  stopDemoReplay();
+  EXPECT_FALSE(isDemoReplaying());
+  const auto count = demoFixCount();
+  EXPECT_GE(count, 4u);
+
+  std::lock_guard lock(mutex);
+  EXPECT_EQ(fixes.size(), count);
+  for (const GpsFix& f : fixes) {
+    if (!f.has(kFixPosition)) continue;
+    EXPECT_NEAR(f.latitude, kDemoAnchor.latitude, 0.01);
+    EXPECT_NEAR(f.longitude, kDemoAnchor.longitude, 0.01);
+  }
+  // One burst a second as recorded: successive fixes are about one second apart.
+  std::vector<double> times;
+  for (const GpsFix& f : fixes) {
+    if (f.has(kFixTime)) times.push_back(f.time * 86400.0);
+  }
+  ASSERT_GE(times.size(), 3u);
+  EXPECT_NEAR(times[2] - times[1], 1.0, 0.01);
+}
+
+}  // namespace
+}  // namespace orvel

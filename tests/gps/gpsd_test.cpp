@@ -1,0 +1,317 @@
+// gpsd as a source: its address on the command line, the JSON members we read, reports
+// turned into fixes and satellites, and the client against a small server speaking gpsd's
+// protocol and against a real gpsd fed by gpsfake (when Debian's gpsd-clients is installed).
+#include <gtest/gtest.h>
+
+#include <arpa/inet.h>
+#include <netinet/in.h>
+#include <signal.h>
+#include <sys/socket.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <atomic>
+#include <fstream>
+#include <mutex>
+#include <sstream>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "app/core/utf.h"
+#include "common/test_data.h"
+#include "gps/gps_state.h"
+#include "gps/gpsd_client.h"
+#include "gps/gpsd_json.h"
+#include "gps/ole_date.h"
+#include "gps_test_support.h"
+#include "pty_support.h"
+
+namespace orvel {
+namespace {
+
+TEST(GpsdUrl, HostsPortsAndMistakes) {
+  struct Case {
+    const char* text;
+    bool ok;
+    const char* host;
+    uint16_t port;
+  };
+  const Case cases[] = {
+      {"gpsd://", true, "127.0.0.1", 2947},           {"gpsd://localhost", true, "localhost", 2947},
+      {"gpsd://10.0.0.2:3000", true, "10.0.0.2", 3000}, {"gpsd://[::1]:2948", true, "::1", 2948},
+      {"gpsd://[::1]", true, "::1", 2947},             {"gpsd://host/", true, "host", 2947},
+      {"gpsd://host:", false, "", 0},                  {"gpsd://host:0", false, "", 0},
+      {"gpsd://host:65536", false, "", 0},             {"gpsd://host:12ab", false, "", 0},
+      {"gpsd://::1:2947", false, "", 0},               {"gpsd://[::1", false, "", 0},
+      {"gpsd://[::1]x", false, "", 0},                 {"tcp://host:2947", false, "", 0},
+      {"/dev/ttyUSB0", false, "", 0},
+  };
+  for (const Case& c : cases) {
+    GpsdAddress address;
+    std::string error;
+    ASSERT_EQ(parseGpsdUrl(c.text, address, error), c.ok) << c.text << ": " << error;
+    if (!c.ok) {
+      EXPECT_FALSE(error.empty()) << c.text;
+      continue;
+    }
+    EXPECT_EQ(address.host, c.host) << c.text;
+    EXPECT_EQ(address.port, c.port) << c.text;
+  }
+}
+
+TEST(GpsdJson, MembersAtTheTopLevelOnly) {
+  const std::string report =
+      R"({"class":"SKY","note":"a \"quoted\" {brace}, \u0041","satellites":[{"PRN":5,"used":true},)"
+      R"({"PRN":7,"el":-3,"used":false},12,{"x":{"PRN":99}}],"hdop" : 1.25 ,"flag":false,"lat":1e-3})";
+  EXPECT_EQ(jsonString(report, "class"), "SKY");
+  EXPECT_EQ(jsonString(report, "note"), "a \"quoted\" {brace}, A");
+  EXPECT_EQ(jsonNumber(report, "hdop"), 1.25);
+  EXPECT_EQ(jsonNumber(report, "lat"), 1e-3);
+  EXPECT_EQ(jsonBool(report, "flag"), false);
+  EXPECT_FALSE(jsonNumber(report, "PRN")) << "nested members are not the object's";
+  EXPECT_FALSE(jsonNumber(report, "class")) << "a string is not a number";
+  const auto list = jsonObjects(*jsonValue(report, "satellites"));
+  ASSERT_EQ(list.size(), 3u);
+  EXPECT_EQ(jsonNumber(list[0], "PRN"), 5);
+  EXPECT_EQ(jsonBool(list[0], "used"), true);
+  EXPECT_EQ(jsonNumber(list[1], "el"), -3);
+  EXPECT_FALSE(jsonNumber(list[2], "PRN"));
+
+  for (const char* broken : {"", "{", R"({"lat":)", R"({"lat":1.5)", R"({"a":"unterminated})", R"({"a" 1})",
+                             R"(["lat",1])", R"({"lat":nan})", R"({"lat":1.5x})"}) {
+    EXPECT_FALSE(jsonNumber(broken, "lat")) << broken;
+  }
+}
+
+// gpsd's own reports of real receivers, as its regression files keep them.
+std::vector<std::string> reportsOf(const std::string& relative) {
+  std::vector<std::string> lines;
+  const auto path = test::dataFile(relative);
+  if (path.empty()) return lines;
+  std::ifstream in(path);
+  for (std::string line; std::getline(in, line);) {
+    if (line.rfind("{\"class\":", 0) == 0) lines.push_back(line);
+  }
+  return lines;
+}
+
+TEST(GpsdDecoder, TpvAndSkyOfARealReceiver) {
+  const auto lines = reportsOf("gps/nmea/ac12_binary.log.chk");
+  if (lines.empty()) GTEST_SKIP() << "no capture";
+  resetGpsState();
+  test::FixCollector fixes;
+  GpsdDecoder decoder(fixes.sink());
+  std::string stream;
+  for (const auto& line : lines) stream += line + "\n";
+  // Cut across reports, as reads from a socket are.
+  for (size_t at = 0; at < stream.size(); at += 100) {
+    decoder.process(test::bytesOf(std::string_view(stream).substr(at, 100)));
+  }
+  size_t tpv = 0;
+  for (const auto& line : lines) tpv += line.find("\"class\":\"TPV\"") != std::string::npos;
+  ASSERT_EQ(fixes.fixes.size(), tpv);
+
+  const auto located = std::find_if(fixes.fixes.begin(), fixes.fixes.end(), [](const GpsFix& f) { return f.has(kFixPosition); });
+  ASSERT_NE(located, fixes.fixes.end());
+  // The AC12 lay at 20°37.76'N 87°04.07'W on 2007-12-23.
+  EXPECT_NEAR(located->latitude, 20.6293, 1e-3);
+  EXPECT_NEAR(located->longitude, -87.0679, 1e-3);
+  const GpsFix& last = fixes.fixes.back();
+  ASSERT_TRUE(last.has(kFixTime | kFixType | kFixSatellitesUsed | kFixHdop));
+  EXPECT_EQ(formatIso8601Utc(last.time).substr(0, 10), "2007-12-23");
+  EXPECT_EQ(last.satellitesUsed, 3u);
+  EXPECT_FLOAT_EQ(last.hdop, 2.2f);
+
+  ASSERT_GE(getSatelliteCount(), 1u);
+  bool sawPrn28 = false;
+  for (uint32_t i = 0; i < getSatelliteCount(); ++i) {
+    SatelliteInfo s;
+    getSatellite(i, s);
+    if (s.prn == 28) sawPrn28 = s.elevation > 0 && s.azimuth > 0 && s.snr > 0;
+  }
+  EXPECT_TRUE(sawPrn28);
+}
+
+TEST(GpsdDecoder, FieldsModesAndUnits) {
+  test::FixCollector fixes;
+  GpsdDecoder decoder(fixes.sink());
+  decoder.handleLine(R"({"class":"SKY","hdop":0.9,"vdop":1.4,"uSat":7})");
+  decoder.handleLine(
+      R"({"class":"TPV","mode":3,"status":2,"time":"2024-05-01T12:30:15.500Z","lat":43.7,"lon":7.42,)"
+      R"("alt":50.0,"altMSL":48.5,"speed":10.0,"track":270.5,"climb":-0.5,"epx":3.0,"epy":4.0,"epv":6.0})");
+  decoder.handleLine(R"({"class":"TPV","mode":1,"lat":43.7,"lon":7.42,"eph":12})");
+  decoder.handleLine(R"({"class":"VERSION","release":"3.22"})");
+  decoder.handleLine("not json at all");
+  ASSERT_EQ(fixes.fixes.size(), 2u);
+  const GpsFix& f = fixes.fixes[0];
+  EXPECT_EQ(f.fixType, kFixType3DDiff);
+  EXPECT_FLOAT_EQ(f.altitude, 48.5f) << "altitude above sea level, not the ellipsoid";
+  EXPECT_FLOAT_EQ(f.speed, 36.0f);
+  EXPECT_FLOAT_EQ(f.course, 270.5f);
+  EXPECT_FLOAT_EQ(f.verticalSpeed, -0.5f);
+  EXPECT_FLOAT_EQ(f.horizontalError, 5.0f);
+  EXPECT_FLOAT_EQ(f.verticalError, 6.0f);
+  EXPECT_FLOAT_EQ(f.vdop, 1.4f);
+  EXPECT_EQ(f.satellitesUsed, 7u);
+  CalendarTime t;
+  ASSERT_TRUE(automationDateToCalendar(f.time, t));
+  EXPECT_EQ(t, (CalendarTime{2024, 5, 1, 12, 30, 15, 500}));
+  // No fix: position, errors and dilutions become invalid together.
+  EXPECT_EQ(fixes.fixes[1].fixType, kFixTypeInvalid);
+  EXPECT_FALSE(fixes.fixes[1].flags & kNoFixClearMask);
+}
+
+// A listening socket on 127.0.0.1 and its port.
+int listenLocal(uint16_t& port) {
+  const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in a{};
+  a.sin_family = AF_INET;
+  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof a;
+  if (fd < 0 || ::bind(fd, reinterpret_cast<sockaddr*>(&a), size) != 0 || ::listen(fd, 4) != 0 ||
+      ::getsockname(fd, reinterpret_cast<sockaddr*>(&a), &size) != 0) {
+    if (fd >= 0) ::close(fd);
+    return -1;
+  }
+  port = ntohs(a.sin_port);
+  return fd;
+}
+
+struct StatusLog {
+  std::mutex mutex;
+  std::vector<std::string> texts;
+  ReaderHooks hooks() {
+    return ReaderHooks{[this](std::u16string_view t) {
+                         std::lock_guard lock(mutex);
+                         texts.push_back(utf16ToUtf8(t));
+                       },
+                       {}, {}, {}};
+  }
+  int count(const std::string& text) {
+    std::lock_guard lock(mutex);
+    return static_cast<int>(std::count(texts.begin(), texts.end(), text));
+  }
+};
+
+TEST(GpsdClient, ReadsAServerAndConnectsAgainAfterALoss) {
+  uint16_t port = 0;
+  const int server = listenLocal(port);
+  ASSERT_GE(server, 0);
+  std::atomic<int> watches{0};
+  std::thread fake([&] {
+    for (int connection = 0; connection < 2; ++connection) {
+      const int client = ::accept(server, nullptr, nullptr);
+      if (client < 0) return;
+      char request[256] = {};
+      const ssize_t n = ::recv(client, request, sizeof request - 1, 0);
+      if (n > 0 && std::string(request).find("?WATCH={\"enable\":true,\"json\":true}") == 0) ++watches;
+      std::string reports = R"({"class":"VERSION","release":"3.22"})" "\n";
+      for (int i = 0; i < 3; ++i) {
+        reports += R"({"class":"TPV","mode":2,"lat":)" + std::to_string(43.73 + i * 0.001) + R"(,"lon":7.42})" "\n";
+      }
+      ::send(client, reports.data(), reports.size(), MSG_NOSIGNAL);
+      std::this_thread::sleep_for(std::chrono::milliseconds(200));
+      ::close(client);  // gpsd went away
+    }
+  });
+
+  ScanSignals signals;
+  StatusLog log;
+  test::FixCollector fixes;
+  std::mutex fixMutex;
+  std::atomic<size_t> fixCount{0};
+  FixSink sink{[&](const GpsFix& f) {
+                 std::lock_guard lock(fixMutex);
+                 fixes.fixes.push_back(f);
+                 ++fixCount;
+               },
+               {}};
+  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, log.hooks(), sink); });
+  const std::string found = "gpsd через 127.0.0.1:" + std::to_string(port);
+  EXPECT_TRUE(test::waitUntil([&] { return fixCount >= 6; }, 8000));
+  EXPECT_EQ(log.count(found), 2) << "found, lost, found again";
+  EXPECT_GE(log.count("Не обнаружено данных."), 1);
+  EXPECT_EQ(watches, 2);
+  signals.setStop();
+  client.join();
+  fake.join();
+  ::close(server);
+  std::lock_guard lock(fixMutex);
+  ASSERT_GE(fixes.fixes.size(), 3u);
+  EXPECT_NEAR(fixes.fixes[2].latitude, 43.732, 1e-4);
+  EXPECT_EQ(fixes.fixes[2].fixType, kFixType2D);
+}
+
+TEST(GpsdClient, StopsWhileNobodyListens) {
+  uint16_t port = 0;
+  const int server = listenLocal(port);
+  ASSERT_GE(server, 0);
+  ::close(server);  // nothing listens there now
+  ScanSignals signals;
+  StatusLog log;
+  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, log.hooks(), {}); });
+  EXPECT_TRUE(test::waitUntil([&] { return log.count("Поиск данных - gpsd...") >= 1; }, 2000));
+  signals.setStop();
+  client.join();
+}
+
+// The real thing: Debian's gpsd, fed a capture by gpsfake.
+TEST(GpsdClient, RealGpsdFedByGpsfake) {
+  const auto capture = test::dataFile("gps/nmea/bu353s4.log");
+  if (capture.empty()) GTEST_SKIP() << "no capture";
+  if (::access("/usr/bin/gpsfake", X_OK) != 0 || ::access("/usr/sbin/gpsd", X_OK) != 0) {
+    GTEST_SKIP() << "gpsd and gpsfake are not installed (Debian packages gpsd, gpsd-clients)";
+  }
+  uint16_t port = 0;
+  const int probe = listenLocal(port);
+  ASSERT_GE(probe, 0);
+  ::close(probe);
+  const pid_t child = ::fork();
+  ASSERT_GE(child, 0);
+  if (child == 0) {
+    ::setpgid(0, 0);
+    const std::string portText = std::to_string(port);
+    std::freopen("/dev/null", "w", stderr);
+    std::freopen("/dev/null", "w", stdout);
+    ::execl("/usr/bin/gpsfake", "gpsfake", "-1", "-q", "-c", "0.05", "-P", portText.c_str(), capture.c_str(),
+            static_cast<char*>(nullptr));
+    ::_exit(127);
+  }
+  ::setpgid(child, child);
+
+  resetGpsState();
+  ScanSignals signals;
+  StatusLog log;
+  std::mutex fixMutex;
+  std::vector<GpsFix> fixes;
+  FixSink sink{[&](const GpsFix& f) {
+                 std::lock_guard lock(fixMutex);
+                 fixes.push_back(f);
+               },
+               {}};
+  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, log.hooks(), sink); });
+  const auto located = [&] {
+    std::lock_guard lock(fixMutex);
+    return std::count_if(fixes.begin(), fixes.end(), [](const GpsFix& f) { return f.has(kFixPosition); }) >= 3;
+  };
+  const bool got = test::waitUntil(located, 15000);
+  signals.setStop();
+  client.join();
+  ::kill(-child, SIGTERM);
+  ::waitpid(child, nullptr, 0);
+
+  ASSERT_TRUE(got) << "no fixes from gpsd on port " << port;
+  EXPECT_EQ(log.count("gpsd через 127.0.0.1:" + std::to_string(port)), 1);
+  std::lock_guard lock(fixMutex);
+  for (const GpsFix& f : fixes) {
+    if (!f.has(kFixPosition)) continue;
+    EXPECT_NEAR(f.latitude, -37.7848, 1e-3);
+    EXPECT_NEAR(f.longitude, 175.3149, 1e-3);
+    EXPECT_TRUE(f.fixType == kFixType2D || f.fixType == kFixType3D) << f.fixType;
+  }
+}
+
+}  // namespace
+}  // namespace orvel

@@ -1,0 +1,132 @@
+// Discovery of serial devices in a made-up /dev and /sys: which nodes count, their order
+// and numbers, the names sysfs gives them, and device paths the user adds.
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include "common/test_data.h"
+#include "gps/serial_ports.h"
+
+namespace orvel {
+namespace {
+
+namespace fs = std::filesystem;
+
+class SerialPortsTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    root = test::scratchDir("serial-ports-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
+    roots.dev = root / "dev";
+    roots.sys = root / "sys";
+    fs::create_directories(roots.dev);
+    fs::create_directories(roots.sys / "class" / "tty");
+  }
+
+  void touch(const fs::path& file, const std::string& text = "") {
+    fs::create_directories(file.parent_path());
+    std::ofstream(file) << text;
+  }
+  // /dev/NODE, and /sys/class/tty/NODE/device pointing at `device` below /sys/devices.
+  void addNode(const std::string& node, const std::string& device = "") {
+    touch(roots.dev / node);
+    const fs::path entry = roots.sys / "class" / "tty" / node;
+    fs::create_directories(entry);
+    if (!device.empty()) {
+      fs::create_directories(roots.sys / "devices" / device);
+      fs::create_directory_symlink(roots.sys / "devices" / device, entry / "device");
+    }
+  }
+  std::vector<std::string> paths(const std::vector<SerialPortInfo>& ports) {
+    std::vector<std::string> out;
+    for (const auto& p : ports) out.push_back(fs::path(p.path).filename().string());
+    return out;
+  }
+
+  fs::path root;
+  SerialRoots roots;
+};
+
+TEST_F(SerialPortsTest, OnlyRealUartsAndSerialFamiliesCountInStableOrder) {
+  addNode("ttyS0", "platform/serial8250/tty/ttyS0");
+  touch(roots.sys / "class/tty/ttyS0/type", "4\n");
+  addNode("ttyS1", "platform/serial8250/tty/ttyS1");
+  touch(roots.sys / "class/tty/ttyS1/type", "0\n");  // a placeholder: no UART there
+  addNode("ttyS2");                                   // no device at all
+  addNode("ttyS10", "pnp0/00:05");
+  addNode("ttyUSB1", "usb1/1-2/1-2:1.0/ttyUSB1");
+  addNode("ttyUSB0", "usb1/1-1/1-1:1.0/ttyUSB0");
+  addNode("ttyACM0", "usb1/1-3/1-3:1.0");
+  addNode("rfcomm0");
+  touch(roots.dev / "tty0");
+  touch(roots.dev / "ttyUSBx");
+  touch(roots.dev / "null");
+
+  const auto ports = discoverSerialPorts(roots, {});
+  EXPECT_EQ(paths(ports), (std::vector<std::string>{"ttyS0", "ttyS10", "ttyUSB0", "ttyUSB1", "ttyACM0", "rfcomm0"}));
+  for (size_t i = 0; i < ports.size(); ++i) EXPECT_EQ(ports[i].number, static_cast<int>(i) + 1);
+}
+
+TEST_F(SerialPortsTest, NamesComeFromTheUsbDeviceOrTheDriver) {
+  addNode("ttyUSB0", "usb1/1-1/1-1:1.0/ttyUSB0");
+  touch(roots.sys / "devices/usb1/1-1/product", "USB-Serial Controller\n");
+  touch(roots.sys / "devices/usb1/1-1/manufacturer", "Prolific Technology Inc.\n");
+  addNode("ttyACM0", "usb1/1-3/1-3:1.0");
+  touch(roots.sys / "devices/usb1/1-3/product", "u-blox 7 - GPS/GNSS Receiver\n");
+  // The serial core's generic port device sits between the tty and the UART's driver.
+  addNode("ttyS0", "pnp0/00:00/00:00:0/00:00:0.0");
+  fs::create_directories(roots.sys / "bus/serial-base/drivers/port");
+  fs::create_directories(roots.sys / "bus/serial-base/drivers/ctrl");
+  fs::create_directories(roots.sys / "bus/pnp/drivers/serial");
+  fs::create_directory_symlink(roots.sys / "bus/serial-base/drivers/port", roots.sys / "devices/pnp0/00:00/00:00:0/00:00:0.0/driver");
+  fs::create_directory_symlink(roots.sys / "bus/serial-base/drivers/ctrl", roots.sys / "devices/pnp0/00:00/00:00:0/driver");
+  fs::create_directory_symlink(roots.sys / "bus/pnp/drivers/serial", roots.sys / "devices/pnp0/00:00/driver");
+  addNode("rfcomm0");
+
+  const auto ports = discoverSerialPorts(roots, {});
+  ASSERT_EQ(ports.size(), 4u);
+  EXPECT_EQ(ports[0].name, "serial (ttyS0)");
+  EXPECT_EQ(ports[1].name, "Prolific Technology Inc. USB-Serial Controller (ttyUSB0)");
+  EXPECT_EQ(ports[2].name, "u-blox 7 - GPS/GNSS Receiver (ttyACM0)");
+  EXPECT_EQ(ports[3].name, "rfcomm0");
+}
+
+TEST_F(SerialPortsTest, AddedPathsFollowOnceAndKeepTheirNumbersWhenPortsOverflow) {
+  for (int i = 0; i < 25; ++i) addNode("ttyUSB" + std::to_string(i), "usb/" + std::to_string(i));
+  const std::vector<std::string> extra{"/dev/pts/7", (roots.dev / "ttyUSB3").string(), "/dev/pts/7", "/dev/rfcomm4"};
+  const auto ports = discoverSerialPorts(roots, extra);
+  ASSERT_EQ(ports.size(), 19u);
+  const auto names = paths(ports);
+  EXPECT_EQ(names[16], "ttyUSB16");  // discovered ports beyond it made room
+  EXPECT_EQ(std::count(names.begin(), names.end(), "ttyUSB3"), 1);
+  EXPECT_EQ(ports[17].path, "/dev/pts/7");
+  EXPECT_EQ(ports[17].name, "/dev/pts/7");
+  EXPECT_EQ(ports[17].number, 18);
+  EXPECT_EQ(ports[18].path, "/dev/rfcomm4");
+  EXPECT_EQ(ports[18].number, 19);
+}
+
+TEST_F(SerialPortsTest, WithoutADevRootOnlyTheAddedPathsAreListed) {
+  addNode("ttyUSB0", "usb/0");
+  SerialRoots none = roots;
+  none.dev.clear();
+  const auto ports = discoverSerialPorts(none, std::vector<std::string>{"/dev/pts/3"});
+  ASSERT_EQ(ports.size(), 1u);
+  EXPECT_EQ(ports[0].number, 1);
+  EXPECT_EQ(ports[0].path, "/dev/pts/3");
+}
+
+TEST(SerialNameOrder, FamiliesThenNumbers) {
+  const std::vector<std::pair<std::string, std::string>> less{
+      {"ttyS2", "ttyS10"}, {"ttyS99", "ttyUSB0"}, {"ttyUSB9", "ttyUSB10"}, {"ttyUSB0", "ttyACM0"}, {"ttyACM3", "rfcomm0"}};
+  for (const auto& [a, b] : less) {
+    EXPECT_TRUE(serialNameLess(a, b)) << a << " < " << b;
+    EXPECT_FALSE(serialNameLess(b, a)) << b << " < " << a;
+  }
+}
+
+}  // namespace
+}  // namespace orvel
