@@ -30,8 +30,11 @@ bool fillPopupMenu(QMenu& menu, int menuId) {
       menu.addSeparator();
       add(QStringLiteral("Отменить"), kCmdCancel);
       return true;
+    case kMenuGaugesPopup:
+      add(QStringLiteral("Выбрать датчик..."), kCmdChooseGauge);
+      add(QStringLiteral("Изначальный набор"), kCmdResetGauges);
+      return true;
     default:
-      // The gauges page's menu arrives with that page.
       return false;
   }
 }

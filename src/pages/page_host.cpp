@@ -67,10 +67,6 @@ void setGpsReadingActive(std::function<bool()> query) { readingQuery() = std::mo
 
 bool gpsReadingActive() { return readingQuery() ? readingQuery()() : false; }
 
-uint32_t tickCount() {
-  using namespace std::chrono;
-  return static_cast<uint32_t>(
-      duration_cast<milliseconds>(steady_clock::now().time_since_epoch()).count());
-}
+// tickCount() is defined once, with the receiver protocols (gps/gps_protocol.cpp).
 
 }  // namespace orvel

@@ -1,0 +1,14 @@
+#pragma once
+// The settings "Gauge_0".."Gauge_9": the key of the gauge type each cell shows.
+#include <string>
+#include <string_view>
+
+namespace orvel {
+
+inline constexpr size_t kGaugeKeyCapacity = 32;
+
+// The stored key of `cell`, or its default when none is stored.
+std::u16string readGaugeSetting(int cell);
+void writeGaugeSetting(int cell, std::u16string_view key);
+
+}  // namespace orvel

@@ -1,0 +1,27 @@
+#pragma once
+// The fifteen gauge types. Thirteen copy one fix field with its validity bit; the battery
+// gauge asks the power supply when it is formatted; the GPS time gauge shows the fix time
+// in the user's time zone and time format.
+#include <filesystem>
+#include <string>
+
+namespace orvel {
+
+// Does nothing; referring to it links the gauge types (and their registrations) in.
+void linkGaugeTypes();
+
+// Where the power supplies are listed (default /sys/class/power_supply). Returns the
+// previous folder. Tests point it at a folder of their own.
+std::filesystem::path setPowerSupplyRoot(std::filesystem::path root);
+
+// The battery gauge's text: "Зарядка" on external power, "<n> %" for a known charge, "-"
+// when the supplies cannot be read or the charge is unknown.
+std::u16string formatBatteryState();
+
+// A UTC automation date as the time of day in the C library's local time zone, in the
+// system locale's time format; "-" for a date that names no time.
+std::u16string formatLocalTimeOfDay(double automationDate);
+// The system locale's time format applied to a time of day (no time-zone name).
+std::u16string formatTimeOfDay(int hour, int minute, int second);
+
+}  // namespace orvel

@@ -1,0 +1,195 @@
+#include "pages/satellites_page.h"
+
+#include <algorithm>
+#include <cstdio>
+
+#include <QPainter>
+#include <QString>
+
+#include "gps/gps_state.h"
+#include "pages/page_host.h"
+#include "view/coords.h"
+#include "view/fonts.h"
+#include "view/text_draw.h"
+#include "view/trig.h"
+
+namespace orvel {
+
+namespace {
+
+constexpr int kBandRows = 50;
+constexpr int kTinyScreenWidth = 240;
+
+// GDI's rectangle and ellipse boxes leave out their right and bottom edges; a Qt box drawn
+// with a one-pixel pen covers its far edge, so it is one pixel smaller.
+QRect gdiBox(int left, int top, int right, int bottom) {
+  return QRect(left, top, right - left - 1, bottom - top - 1);
+}
+
+std::u16string twoDigits(uint32_t number) {
+  char text[16];
+  std::snprintf(text, sizeof text, "%02u", number);
+  return QString::fromLatin1(text).toStdU16String();
+}
+
+int roundHalfUp(float value) { return static_cast<int>(value + 0.5f); }
+
+}  // namespace
+
+SatellitesLayout satellitesLayout(int width, int height) {
+  SatellitesLayout layout;
+  layout.radius = width / 4;
+  layout.cx = width / 2;
+  layout.cy = height / 4;
+  layout.barWidth = width / 28;
+  if (width > kTinyScreenWidth) {
+    // Room above the sky for the "N", and below the band for the three labels and the
+    // status line; a wide screen shrinks the sky to fit between them.
+    constexpr int kAbove = 16;
+    constexpr int kBelow = 60 + 80;
+    if (layout.cy - layout.radius < kAbove || layout.cy + layout.radius + kBelow > height) {
+      layout.radius = std::max(20, std::min(width / 4, (height - kAbove - kBelow) / 2));
+      layout.cy = std::max(height / 4, layout.radius + kAbove);
+    }
+  }
+  layout.base = layout.cy + layout.radius + 60;
+  return layout;
+}
+
+int satelliteGreyLevel(int index) { return 255 - 255 * index / 31; }
+
+int snrGreyIndex(uint32_t snr) {
+  return static_cast<int>(std::min<uint64_t>(uint64_t{snr} * 32 / 99, 31));
+}
+
+std::u16string fixQualityName(uint32_t flags, uint32_t fixType) {
+  if ((flags & (kFixSatellitesUsed | kFixType)) == 0) return u"None";
+  if (fixType > kFixTypeSimulation) return u"Unknown type";
+  const std::string_view name = fixTypeName(fixType);
+  return std::u16string(name.begin(), name.end());
+}
+
+void SatellitesPage::makeResources() {
+  background_ = QBrush(QColor(181, 248, 227));
+  sky_ = QBrush(QColor(155, 231, 247));
+  skyPen_ = QPen(QColor(0, 0, 255), 1);
+  skyPen_.setCosmetic(true);
+  bar_ = QBrush(QColor(255, 0, 0));
+  for (int i = 0; i < 32; ++i) {
+    const int level = satelliteGreyLevel(i);
+    greys_[static_cast<size_t>(i)] = QBrush(QColor(level, level, level));
+  }
+  font_ = makeGdiFont("Tahoma", 13, 0, 400);
+  ready_ = true;
+}
+
+void SatellitesPage::initialize() { makeResources(); }
+
+void SatellitesPage::shutdown() {
+  ready_ = false;
+  font_ = QFont();
+}
+
+void SatellitesPage::paint(QPainter& painter) {
+  if (!ready_) makeResources();  // painted without the framework (a test, a tool)
+  const int width = clientWidth();
+  const int height = clientHeight();
+  const SatellitesLayout layout = satellitesLayout(width, height);
+  const int r = layout.radius;
+  const int cx = layout.cx;
+  const int cy = layout.cy;
+  const int base = layout.base;
+  const int b = layout.barWidth;
+
+  painter.save();
+  painter.setRenderHint(QPainter::Antialiasing, false);
+  painter.fillRect(QRect(0, 0, width, height), background_);
+
+  // The sky, the half-elevation ring and the zenith dot.
+  painter.setPen(QPen(Qt::black, 1));
+  painter.setBrush(sky_);
+  painter.drawEllipse(gdiBox(cx - r, cy - r, cx + r + 1, cy + r + 1));
+  painter.setPen(skyPen_);
+  painter.drawEllipse(gdiBox(cx - r / 2, cy - r / 2, cx + r / 2 + 1, cy + r / 2 + 1));
+  painter.drawEllipse(gdiBox(cx - 1, cy - 1, cx + 2, cy + 2));
+
+  painter.setFont(font_);
+  drawHaloText(painter, cx, cy - r + 4, u"N", kTextBottomCenter, QColor(0, 0, 255));
+  drawHaloText(painter, cx, cy + r - 2, u"S", kTextCenter, QColor(255, 0, 0));
+  drawHaloText(painter, cx + r, cy + 6, u"E", kTextBottomCenter, Qt::black);
+  drawHaloText(painter, cx - r, cy + 6, u"W", kTextBottomCenter, Qt::black);
+
+  // The signal band, white at the bottom to black at the top.
+  for (int k = 0; k < kBandRows; ++k) {
+    painter.fillRect(QRect(3, base - k, width - 6, 1), greys_[static_cast<size_t>(31 * k / 49)]);
+  }
+
+  const GpsSnapshot gps = gpsSnapshot();
+  painter.setPen(skyPen_);
+  int barX = b;
+  for (const SatelliteInfo& satellite : gps.satellites) {
+    // Elevation and azimuth arrive as the receiver sent them; the sky's formula expects
+    // 0..90 and whole degrees of a turn.
+    const float d = static_cast<float>((90 - static_cast<int>(std::min<uint32_t>(satellite.elevation, 90))) * r);
+    const float azimuth = static_cast<float>(satellite.azimuth % 360) * kPi / 180.0f;
+    const int x = cx + roundHalfUp(d * tableSin(azimuth) / 90.0f);
+    const int y = cy - roundHalfUp(d * tableCos(azimuth) / 90.0f);
+    const std::u16string number = twoDigits(satellite.prn);
+
+    painter.setBrush(greys_[static_cast<size_t>(snrGreyIndex(satellite.snr))]);
+    painter.drawEllipse(gdiBox(x - 4, y - 4, x + 5, y + 5));
+    painter.setPen(Qt::black);
+    drawTextAt(painter, x - 3, y + 5, number, kTextLeft);
+
+    const int barHeight = static_cast<int>(std::min<uint64_t>(uint64_t{satellite.snr} * 50 / 100, 1000));
+    painter.setPen(skyPen_);
+    painter.setBrush(bar_);
+    if (barHeight > 0) painter.drawRect(gdiBox(barX, base - barHeight, barX + b, base));
+    painter.setPen(Qt::black);
+    drawTextAt(painter, barX, base + 2, number, kTextLeft);
+    painter.setPen(skyPen_);
+    barX += 2 * b;
+  }
+
+  painter.setPen(Qt::black);
+  drawTextAt(painter, 10, base + 15, u"Широта:", kTextLeft);
+  drawTextAt(painter, 10, base + 30, u"Долгота:", kTextLeft);
+  drawTextAt(painter, 10, base + 45, u"Fix:", kTextLeft);
+
+  const GpsFix& fix = gps.fix;
+  if (fix.has(kFixPosition)) {
+    drawTextAt(painter, 80, base + 15, formatLatitude(fix.latitude), kTextLeft);
+    drawTextAt(painter, 80, base + 30, formatLongitude(fix.longitude), kTextLeft);
+  } else {
+    drawTextAt(painter, 80, base + 15, u"-", kTextLeft);
+    drawTextAt(painter, 80, base + 30, u"-", kTextLeft);
+  }
+
+  const QString name = QString::fromStdU16String(fixQualityName(fix.flags, fix.fixType));
+  QString quality = name;
+  if (fix.has(kFixHorizontalError)) {
+    quality = QString::asprintf("%s, ±%d м", name.toUtf8().constData(),
+                                roundHalfUp(fix.horizontalError));
+  } else if (fix.has(kFixHdop)) {
+    quality = QString::asprintf("%s, HDOP %0.1f", name.toUtf8().constData(), static_cast<double>(fix.hdop));
+  }
+  drawTextAt(painter, 80, base + 45, quality.toStdU16String(), kTextLeft);
+
+  if (fix.has(kFixSatellitesUsed)) {
+    const QString used = QString::asprintf("Исп.: %u", fix.satellitesUsed);
+    drawHaloText(painter, 10, 10, used.toStdU16String(), kTextLeft, QColor(255, 0, 0));
+  }
+  drawHaloText(painter, 10, base + 65, gps.statusText, kTextLeft, QColor(0, 0, 128));
+  painter.restore();
+}
+
+void SatellitesPage::onStatusChanged() { invalidateMainWindow(); }
+void SatellitesPage::onFixChanged() { invalidateMainWindow(); }
+void SatellitesPage::onSatellitesChanged() { invalidateMainWindow(); }
+
+SatellitesPage& satellitesPage() {
+  static SatellitesPage page;
+  return page;
+}
+
+}  // namespace orvel

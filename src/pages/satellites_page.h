@@ -1,0 +1,58 @@
+#pragma once
+// The satellites page: the receiver's sky (each satellite by elevation and azimuth, shaded
+// by its signal), a signal bar per satellite, the position, the fix quality and the
+// scanner's status line. It only reads the GPS state and repaints on each GPS message.
+#include <array>
+
+#include <QBrush>
+#include <QFont>
+#include <QPen>
+
+#include "pages/page.h"
+
+namespace orvel {
+
+// Where the page puts things for a client area of the given size. On a screen up to 240
+// pixels wide the sky's radius is a quarter of the width and its centre a quarter of the
+// height down; wider screens keep the sky and the texts below it on the screen.
+struct SatellitesLayout {
+  int radius = 0;     // of the sky
+  int cx = 0;         // centre of the sky
+  int cy = 0;
+  int base = 0;       // bottom row of the signal band, foot of the bars
+  int barWidth = 0;
+};
+SatellitesLayout satellitesLayout(int width, int height);
+
+// Grey level of brush `index` (0 white .. 31 black).
+int satelliteGreyLevel(int index);
+// The brush index for a signal-to-noise ratio.
+int snrGreyIndex(uint32_t snr);
+// The fix quality name the page shows ("None" when the fix gives neither count nor type).
+std::u16string fixQualityName(uint32_t flags, uint32_t fixType);
+
+class SatellitesPage : public Page {
+ public:
+  void initialize() override;
+  void shutdown() override;
+  std::u16string getTitle() const override { return u"Спутники"; }
+  void paint(QPainter& painter) override;
+  void onStatusChanged() override;
+  void onFixChanged() override;
+  void onSatellitesChanged() override;
+
+ private:
+  void makeResources();
+
+  bool ready_ = false;
+  QBrush background_;
+  QBrush sky_;
+  QPen skyPen_;
+  QBrush bar_;
+  std::array<QBrush, 32> greys_;
+  QFont font_;
+};
+
+SatellitesPage& satellitesPage();
+
+}  // namespace orvel

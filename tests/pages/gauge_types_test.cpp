@@ -1,0 +1,199 @@
+#include <cstdlib>
+#include <fstream>
+#include <string>
+
+#include "gps/ole_date.h"
+#include "pages/gauge.h"
+#include "pages/gauge_types.h"
+#include "pages_fixture.h"
+
+namespace orvel::test {
+namespace {
+
+QString shown(std::u16string_view key) {
+  const GaugeRegistration* entry = findGauge(key);
+  if (entry == nullptr || !entry->gauge) return QStringLiteral("<none>");
+  return QString::fromStdU16String(entry->gauge->format());
+}
+
+TEST(GaugeRegistry, ListRunsInReverseOrderOfRegistration) {
+  const std::vector<std::u16string> expected{u"vspeed", u"vdop", u"magvar", u"time", u"speed",
+                                             u"satellites", u"xyprec", u"power", u"x", u"y",
+                                             u"hdop", u"geoid", u"elevprec", u"elev", u"azimuth"};
+  std::vector<std::u16string> keys;
+  for (const GaugeRegistration* entry = gaugeList(); entry != nullptr; entry = entry->next) {
+    keys.push_back(entry->key);
+    EXPECT_NE(entry->gauge, nullptr);
+  }
+  EXPECT_EQ(keys, expected);
+}
+
+TEST(GaugeRegistry, FindsKeysExactly) {
+  ASSERT_NE(findGauge(u"speed"), nullptr);
+  EXPECT_EQ(findGauge(u"speed")->title, u"Скорость");
+  EXPECT_EQ(findGauge(u"satellites")->title, u"Исп. спутников");
+  EXPECT_EQ(findGauge(u"time")->title, u"Время по GPS");
+  EXPECT_EQ(findGauge(u"Speed"), nullptr);
+  EXPECT_EQ(findGauge(u"speed "), nullptr);
+  EXPECT_EQ(findGauge(u""), nullptr);
+}
+
+struct FieldCase {
+  const char16_t* key;
+  uint32_t bit;
+  void (*set)(GpsFix& fix);
+  const char* expected;
+};
+
+const FieldCase kFieldCases[] = {
+    {u"azimuth", kFixCourse, [](GpsFix& f) { f.course = 12.3f; }, "12.3°"},
+    {u"elev", kFixAltitude, [](GpsFix& f) { f.altitude = 150.5f; }, "150.5 м"},
+    {u"elevprec", kFixVerticalError, [](GpsFix& f) { f.verticalError = 4.2f; }, "4.2 м"},
+    {u"geoid", kFixGeoidSeparation, [](GpsFix& f) { f.geoidSeparation = -14.6f; }, "-14.6 м"},
+    {u"hdop", kFixHdop, [](GpsFix& f) { f.hdop = 0.9f; }, "0.9"},
+    {u"y", kFixPosition, [](GpsFix& f) { f.latitude = 55.755833f; }, "N55°45.350'"},
+    {u"x", kFixPosition, [](GpsFix& f) { f.longitude = -3.6527f; }, "W3°39.162'"},
+    {u"xyprec", kFixHorizontalError, [](GpsFix& f) { f.horizontalError = 3.4f; }, "3.4 м"},
+    {u"satellites", kFixSatellitesUsed, [](GpsFix& f) { f.satellitesUsed = 7; }, "7"},
+    {u"speed", kFixSpeed, [](GpsFix& f) { f.speed = 54.3f; }, "54.3 км/ч"},
+    {u"magvar", kFixMagneticVariation, [](GpsFix& f) { f.magneticVariation = -11.2f; }, "-11.2°"},
+    {u"vdop", kFixVdop, [](GpsFix& f) { f.vdop = 1.7f; }, "1.7"},
+    {u"vspeed", kFixVerticalSpeed, [](GpsFix& f) { f.verticalSpeed = -0.4f; }, "-0.4 м/с"},
+};
+
+TEST(FieldGauges, ShowTheirFieldWhileItsBitIsSet) {
+  for (const FieldCase& field : kFieldCases) {
+    GaugeRegistration* entry = findGauge(field.key);
+    ASSERT_NE(entry, nullptr);
+    GpsFix fix;
+    field.set(fix);
+    fix.flags = field.bit;
+    entry->gauge->update(fix);
+    EXPECT_EQ(shown(field.key), QString::fromUtf8(field.expected)) << QString::fromStdU16String(field.key).toStdString();
+    // Every other bit set but this one: the old number in the field is not shown.
+    fix.flags = 0x7FFF & ~field.bit;
+    entry->gauge->update(fix);
+    EXPECT_EQ(shown(field.key), QStringLiteral("-")) << QString::fromStdU16String(field.key).toStdString();
+  }
+}
+
+class BatteryGaugeTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    static int serial = 0;
+    root_ = scratchDir("power-" + std::to_string(serial++));
+    previous_ = setPowerSupplyRoot(root_);
+  }
+  void TearDown() override { setPowerSupplyRoot(previous_); }
+
+  void supply(const std::string& name, const std::string& type, const std::string& attribute,
+              const std::string& value) {
+    std::filesystem::create_directories(root_ / name);
+    std::ofstream(root_ / name / "type") << type << "\n";
+    std::ofstream(root_ / name / attribute) << value << "\n";
+  }
+
+  std::filesystem::path root_;
+  std::filesystem::path previous_;
+};
+
+TEST_F(BatteryGaugeTest, ExternalPowerShowsChargingWhateverTheLevel) {
+  supply("AC", "Mains", "online", "1");
+  supply("BAT0", "Battery", "capacity", "57");
+  EXPECT_EQ(shown(u"power"), QStringLiteral("Зарядка"));
+}
+
+TEST_F(BatteryGaugeTest, OnBatteryShowsItsCharge) {
+  supply("AC", "Mains", "online", "0");
+  supply("BAT0", "Battery", "capacity", "57");
+  EXPECT_EQ(shown(u"power"), QStringLiteral("57 %"));
+}
+
+TEST_F(BatteryGaugeTest, UsbPowerCountsAsExternal) {
+  supply("BAT1", "Battery", "capacity", "100");
+  supply("usb", "USB", "online", "1");
+  EXPECT_EQ(shown(u"power"), QStringLiteral("Зарядка"));
+}
+
+TEST_F(BatteryGaugeTest, UnknownChargeShowsDash) {
+  supply("BAT0", "Battery", "capacity", "255");
+  EXPECT_EQ(shown(u"power"), QStringLiteral("-"));
+}
+
+TEST_F(BatteryGaugeTest, NoSuppliesOrNoFolderShowsDash) {
+  EXPECT_EQ(shown(u"power"), QStringLiteral("-"));
+  setPowerSupplyRoot(root_ / "missing");
+  EXPECT_EQ(shown(u"power"), QStringLiteral("-"));
+}
+
+TEST_F(BatteryGaugeTest, IgnoresTheFix) {
+  supply("BAT0", "Battery", "capacity", "8");
+  GpsFix fix;
+  findGauge(u"power")->gauge->update(fix);
+  EXPECT_EQ(shown(u"power"), QStringLiteral("8 %"));
+}
+
+class TimeGaugeTest : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    ensureWidgetApplication();
+    const char* tz = std::getenv("TZ");
+    hadTz_ = tz != nullptr;
+    if (hadTz_) oldTz_ = tz;
+  }
+  void TearDown() override {
+    if (hadTz_) {
+      setenv("TZ", oldTz_.c_str(), 1);
+    } else {
+      unsetenv("TZ");
+    }
+    tzset();
+  }
+  static void useZone(const char* zone) {
+    setenv("TZ", zone, 1);
+    tzset();
+  }
+  static QString showTime(int year, int month, int day, int hour, int minute, int second) {
+    GpsFix fix;
+    EXPECT_TRUE(calendarToAutomationDate({year, month, day, hour, minute, second, 0}, fix.time));
+    fix.flags = kFixTime;
+    findGauge(u"time")->gauge->update(fix);
+    return shown(u"time");
+  }
+
+  bool hadTz_ = false;
+  std::string oldTz_;
+};
+
+TEST_F(TimeGaugeTest, NoonUtcInAZoneThreeHoursEastShowsFifteen) {
+  useZone("MSK-3");
+  EXPECT_EQ(showTime(2024, 1, 15, 12, 0, 0), QString::fromStdU16String(formatTimeOfDay(15, 0, 0)));
+  useZone("UTC0");
+  EXPECT_EQ(showTime(2024, 1, 15, 12, 0, 0), QString::fromStdU16String(formatTimeOfDay(12, 0, 0)));
+}
+
+TEST_F(TimeGaugeTest, DaylightTimeIsAddedInSummer) {
+  useZone("CET-1CEST,M3.5.0,M10.5.0/3");
+  EXPECT_EQ(showTime(2024, 7, 1, 12, 0, 0), QString::fromStdU16String(formatTimeOfDay(14, 0, 0)));
+  EXPECT_EQ(showTime(2024, 1, 1, 12, 0, 0), QString::fromStdU16String(formatTimeOfDay(13, 0, 0)));
+  // Across midnight into the next local day.
+  EXPECT_EQ(showTime(2024, 1, 1, 23, 30, 15), QString::fromStdU16String(formatTimeOfDay(0, 30, 15)));
+}
+
+TEST_F(TimeGaugeTest, TimeOfDayTextCarriesTheHourAndNoZoneName) {
+  const QString text = QString::fromStdU16String(formatTimeOfDay(15, 7, 0));
+  EXPECT_TRUE(text.contains(QStringLiteral("15")) || text.contains(QStringLiteral("3")));
+  EXPECT_TRUE(text.contains(QStringLiteral("07")));
+  EXPECT_FALSE(text.contains(QStringLiteral("UTC")));
+}
+
+TEST_F(TimeGaugeTest, WithoutTimeShowsDash) {
+  GpsFix fix;
+  fix.time = 45000.5;
+  fix.flags = 0x7FFF & ~kFixTime;
+  findGauge(u"time")->gauge->update(fix);
+  EXPECT_EQ(shown(u"time"), QStringLiteral("-"));
+}
+
+}  // namespace
+}  // namespace orvel::test
