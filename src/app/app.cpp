@@ -9,6 +9,7 @@
 #include "app/core/settings.h"
 #include "app/desktop_entry.h"
 #include "app/dialogs.h"
+#include "app/gps_notification.h"
 #include "app/main_window.h"
 #include "app/page_framework.h"
 #include "app/single_instance.h"
@@ -18,6 +19,7 @@
 #include "track/active_track.h"
 #include "track/mps_writer.h"
 #include "track/track_recording.h"
+#include "track/ui/waypoint_dialog.h"
 #include "track/waypoints.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
@@ -41,8 +43,6 @@ QString demoMapPath() {
 
 // Services of GPS input that this program does not run yet; they keep their place in the
 // order of start-up and shutdown.
-void createGpsNotification() {}
-void removeGpsNotification() {}
 void preparePortScanning() {}
 void startPortScanning() {}
 void stopPortScanning() {}
@@ -119,7 +119,7 @@ int appMain(const QStringList& arguments) {
 
   initPages(*window);
   placeWindow(*window);
-  createGpsNotification();
+  createGpsNotification(*window);
 
   QString mapPath = commandLine.mapPath;
   if (mapPath.isEmpty() && commandLine.demo) mapPath = demoMapPath();
@@ -133,10 +133,16 @@ int appMain(const QStringList& arguments) {
 
   FixObserver observer;
   connectTrackRecorders(observer);
+  observer.showReception = [](uint32_t satellitesUsed) { showSatellites(satellitesUsed); };
   setFixObserver(std::move(observer));
   preparePortScanning();
   if (readSettingBool("ScanCOMPorts", true)) startPortScanning();
 
+  // "Сохранить точку...", the map's pop-up menu and the action-key hold all end in the
+  // waypoint dialog.
+  setWaypointEditor([owner = window.get()](Waypoint& waypoint) {
+    editWaypoint(waypoint, owner, runDialog);
+  });
   loadWaypoints();
   composeMapView();
 
@@ -148,6 +154,7 @@ int appMain(const QStringList& arguments) {
   closeTrackFile();
   closeTrackStore();
   freeWaypoints();
+  setWaypointEditor(nullptr);
   removeGpsNotification();
   shutdownPages();
   removeMessageBox();

@@ -1,0 +1,198 @@
+// The reception indicator: its three states driven by fixes and by the scanner's calls,
+// caught up on the window's thread, and its icons.
+#include <QLabel>
+#include <QStatusBar>
+#include <QSystemTrayIcon>
+#include <thread>
+
+#include "app/gps_notification.h"
+#include "gps/fix_processing.h"
+#include "shell_fixture.h"
+
+namespace orvel::test {
+namespace {
+
+class GpsNotificationTest : public ShellTest {
+ protected:
+  void SetUp() override {
+    ShellTest::SetUp();
+    FixObserver observer;
+    observer.showReception = [](uint32_t used) { showSatellites(used); };
+    setFixObserver(std::move(observer));
+  }
+  void TearDown() override {
+    removeGpsNotification();
+    setFixObserver(FixObserver{});
+    ShellTest::TearDown();
+  }
+  int shownIconId() { return receptionLabel()->property("iconId").toInt(); }
+};
+
+// One thing that happens to the receiver.
+struct Event {
+  enum Kind { Fix, Connected, Lost, FixLost } kind;
+  uint32_t flags = 0;
+  uint32_t satellitesUsed = 0;
+};
+
+GpsFix makeFix(uint32_t flags, uint32_t used) {
+  GpsFix fix;
+  fix.flags = flags;
+  fix.longitude = 7.42f;
+  fix.latitude = 43.73f;
+  fix.satellitesUsed = used;
+  return fix;
+}
+
+void apply(const Event& event) {
+  switch (event.kind) {
+    case Event::Fix: updateFix(makeFix(event.flags, event.satellitesUsed)); break;
+    case Event::Connected: showSatellites(0); break;
+    case Event::Lost: showNoConnection(); break;
+    case Event::FixLost: fixLost(); break;
+  }
+}
+
+constexpr uint32_t kPos = kFixPosition | kFixTime;
+constexpr uint32_t kUsed = kFixSatellitesUsed;
+
+struct Sequence {
+  const char* what;
+  std::vector<Event> events;
+  std::vector<int> icons;  // the icon after each event
+};
+
+TEST_F(GpsNotificationTest, FollowsTheReceiverThroughEachSequence) {
+  const Sequence sequences[] = {
+      {"found, then fixes with satellites",
+       {{Event::Connected}, {Event::Fix, kPos | kUsed, 6}, {Event::Fix, kPos | kUsed, 7}},
+       {107, 127, 127}},
+      {"satellites used but no position still count",
+       {{Event::Connected}, {Event::Fix, kUsed, 3}},
+       {107, 127}},
+      {"a fix that does not say how many is read as none",
+       {{Event::Fix, kPos | kUsed, 5}, {Event::Fix, kPos, 9}},
+       {127, 107}},
+      {"zero satellites used",
+       {{Event::Fix, kPos | kUsed, 4}, {Event::Fix, kPos | kUsed, 0}},
+       {127, 107}},
+      {"lost after receiving: back to no connection while the fix stays",
+       {{Event::Fix, kPos | kUsed, 8}, {Event::Lost}},
+       {127, 105}},
+      {"losing the fix alone does not change the icon",
+       {{Event::Fix, kPos | kUsed, 8}, {Event::FixLost}, {Event::Fix, kUsed, 0}},
+       {127, 127, 107}},
+      {"found again after a loss",
+       {{Event::Lost}, {Event::Connected}, {Event::Fix, kPos | kUsed, 4}, {Event::Lost}},
+       {105, 107, 127, 105}},
+  };
+  startWindow();
+  for (const Sequence& sequence : sequences) {
+    resetGpsState();
+    createGpsNotification(*window);
+    ASSERT_EQ(shownIconId(), kIconNoConnection) << sequence.what;
+    ASSERT_EQ(sequence.events.size(), sequence.icons.size());
+    for (size_t i = 0; i < sequence.events.size(); ++i) {
+      apply(sequence.events[i]);
+      processEvents();
+      EXPECT_EQ(shownIconId(), sequence.icons[i]) << sequence.what << ", event " << i;
+      EXPECT_EQ(receptionIconId(shownReception()), sequence.icons[i]);
+      EXPECT_EQ(receptionIconId(gpsReception()), sequence.icons[i]);
+    }
+    removeGpsNotification();
+  }
+  // Losing the fix left the shown fix in place: the pages still show it.
+  EXPECT_TRUE(currentFix().has(kFixSatellitesUsed));
+}
+
+TEST_F(GpsNotificationTest, ABurstFromTheReadingThreadEndsInItsLastState) {
+  startWindow();
+  createGpsNotification(*window);
+  std::thread reader([] {
+    for (uint32_t i = 0; i < 500; ++i) updateFix(makeFix(kPos | kUsed, i % 9));
+    showNoConnection();
+    showSatellites(0);
+    updateFix(makeFix(kPos | kUsed, 11));
+  });
+  reader.join();
+  // Nothing changes on the window until its thread runs.
+  EXPECT_EQ(shownReception(), GpsReception::NoConnection);
+  EXPECT_EQ(gpsReception(), GpsReception::Receiving);
+  processEvents();
+  EXPECT_EQ(shownReception(), GpsReception::Receiving);
+  EXPECT_EQ(shownIconId(), kIconReceiving);
+}
+
+TEST_F(GpsNotificationTest, SitsBeforeTheStatusTextAndWritesItsSettings) {
+  startWindow();
+  createGpsNotification(*window);
+  processEvents();
+  QLabel* icon = receptionLabel();
+  ASSERT_NE(icon, nullptr);
+  EXPECT_TRUE(icon->isVisible());
+  EXPECT_FALSE(icon->pixmap().isNull());
+  EXPECT_EQ(icon->parentWidget(), window->statusBar()->findChild<QLabel*>("gpsStatus")->parentWidget());
+  EXPECT_LT(icon->x(), window->statusLabel()->x());
+  EXPECT_TRUE(icon->toolTip().startsWith(QStringLiteral("Статус GPS-приема")));
+  EXPECT_EQ(receptionTrayIcon() != nullptr, QSystemTrayIcon::isSystemTrayAvailable());
+  EXPECT_EQ(readSettingInt(kNotificationDurationSetting, -1), 0);
+  EXPECT_EQ(readSettingInt(kNotificationOptionsSetting, -1), 0);
+  EXPECT_EQ(gpsNotificationBody(),
+            QStringLiteral("<body>Это информация о качестве приема GPS.<br><hr>"
+                           "<a href=\"cmd:2\">закрыть</a></body>"));
+
+  removeGpsNotification();
+  EXPECT_FALSE(gpsNotificationExists());
+  EXPECT_EQ(receptionLabel(), nullptr);
+  EXPECT_EQ(window->statusBar()->findChild<QLabel*>("gpsReception"), nullptr);
+  // A reading thread may still report after exit took the icons down.
+  showSatellites(3);
+  processEvents();
+  EXPECT_EQ(gpsReception(), GpsReception::Receiving);
+}
+
+TEST_F(GpsNotificationTest, AnUpdateQueuedWhenTheIconsGoAwayIsDropped) {
+  startWindow();
+  createGpsNotification(*window);
+  showSatellites(2);
+  removeGpsNotification();
+  processEvents();  // must not touch the deleted indicator
+  createGpsNotification(*window);
+  EXPECT_EQ(shownReception(), GpsReception::NoConnection);
+}
+
+// Counts the pixels of the image close to a colour.
+int pixelsNear(const QImage& image, QColor colour) {
+  int count = 0;
+  for (int y = 0; y < image.height(); ++y) {
+    for (int x = 0; x < image.width(); ++x) {
+      const QColor c = image.pixelColor(x, y);
+      if (c.alpha() > 200 && std::abs(c.red() - colour.red()) < 40 &&
+          std::abs(c.green() - colour.green()) < 40 && std::abs(c.blue() - colour.blue()) < 40) {
+        ++count;
+      }
+    }
+  }
+  return count;
+}
+
+TEST_F(GpsNotificationTest, EachStateIconHasItsOwnColoursAtEverySize) {
+  const QColor red(0xD0, 0x10, 0x10), amber(0xF0, 0xB0, 0x00), green(0x20, 0xB0, 0x20);
+  for (int size : {16, 32, 64}) {
+    const QImage none = drawReceptionIcon(GpsReception::NoConnection, size);
+    const QImage searching = drawReceptionIcon(GpsReception::NoSatellites, size);
+    const QImage receiving = drawReceptionIcon(GpsReception::Receiving, size);
+    EXPECT_EQ(none.size(), QSize(size, size));
+    EXPECT_GT(pixelsNear(none, red), 0) << size;
+    EXPECT_EQ(pixelsNear(searching, red), 0) << size;
+    EXPECT_GT(pixelsNear(searching, amber), 0) << size;
+    EXPECT_GT(pixelsNear(receiving, green), 0) << size;
+    EXPECT_EQ(pixelsNear(receiving, amber), 0) << size;
+    EXPECT_NE(none, searching);
+    EXPECT_NE(searching, receiving);
+  }
+  EXPECT_FALSE(receptionIcon(GpsReception::Receiving).isNull());
+}
+
+}  // namespace
+}  // namespace orvel::test
