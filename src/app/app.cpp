@@ -5,6 +5,8 @@
 #include <QFileInfo>
 #include <QGuiApplication>
 #include <QScreen>
+#include <QTimer>
+#include <cstdio>
 
 #include "app/core/settings.h"
 #include "app/desktop_entry.h"
@@ -13,9 +15,14 @@
 #include "app/main_window.h"
 #include "app/page_framework.h"
 #include "app/single_instance.h"
+#include "gps/demo_replay.h"
 #include "gps/fix_processing.h"
+#include "gps/port_scanner.h"
+#include "gps/ui/options_dialog.h"
 #include "map/map_file.h"
+#include "pages/gauge_dialog.h"
 #include "pages/map_page.h"
+#include "pages/page_host.h"
 #include "track/active_track.h"
 #include "track/mps_writer.h"
 #include "track/track_recording.h"
@@ -41,11 +48,48 @@ QString demoMapPath() {
   return QFileInfo::exists(path) ? path : QString();
 }
 
-// Services of GPS input that this program does not run yet; they keep their place in the
-// order of start-up and shutdown.
-void preparePortScanning() {}
-void startPortScanning() {}
-void stopPortScanning() {}
+// How long the demo waits for a real receiver before it replays its recorded drive.
+constexpr int kDemoGraceMs = 5000;
+
+void preparePortScanning() {
+  setScanIndicator({[] { showSatellites(0); }, [] { showNoConnection(); }});
+  setGpsReadingActive([] { return !isGpsInputShutDown(); });
+}
+
+void stopPortScanning() {
+  stopDemoReplay();
+  stopScanning();
+}
+
+// With --demo and no receiver found after a few seconds, a recorded drive replays over the
+// demo map so that a new user sees the position move. The setting "DemoReplay" (default on)
+// turns it off for users who start with --demo but do not want it.
+void scheduleDemoReplay(QObject* context) {
+  if (!readSettingBool("DemoReplay", true)) return;
+  QTimer::singleShot(kDemoGraceMs, context, [] {
+    if (receiverFound() || isDemoReplaying()) return;
+    startDemoReplay(std::string(ORVEL_DEMO_DIR "/") + kDemoCaptureName);
+  });
+}
+
+void runOptions(MainWindow& window) {
+  OptionsActions actions;
+  actions.resetRotation = [] {
+    mapView().setRotation(0);
+    composeMapView();
+  };
+  actions.setTrackRecording = [](bool on) {
+    if (on) {
+      openTrackFile();
+      startRecording();
+    } else {
+      closeTrackFile();
+      stopRecording();
+    }
+  };
+  actions.redrawMap = [] { composeMapView(); };
+  runOptionsDialog(&window, std::move(actions));
+}
 
 void placeWindow(MainWindow& window) {
   const QScreen* screen = QGuiApplication::primaryScreen();
@@ -75,9 +119,16 @@ void testLog(const QString& line) {
 
 CommandLine parseCommandLine(const QStringList& arguments) {
   CommandLine line;
-  for (const QString& argument : arguments) {
+  for (qsizetype i = 0; i < arguments.size(); ++i) {
+    const QString& argument = arguments[i];
     if (argument == QLatin1String("--demo")) {
       line.demo = true;
+    } else if (argument == QLatin1String("--gps")) {
+      if (i + 1 >= arguments.size()) {
+        line.error = QStringLiteral("--gps needs a device path or gpsd://HOST[:PORT]");
+      } else {
+        line.gpsSources << arguments[++i];
+      }
     } else if (!argument.startsWith(QLatin1String("--")) && line.mapPath.isEmpty() && !argument.isEmpty()) {
       line.mapPath = QFileInfo(argument).absoluteFilePath();
     }
@@ -87,6 +138,17 @@ CommandLine parseCommandLine(const QStringList& arguments) {
 
 int appMain(const QStringList& arguments) {
   const CommandLine commandLine = parseCommandLine(arguments);
+  if (!commandLine.error.isEmpty()) {
+    std::fprintf(stderr, "orvel: %s\n", qPrintable(commandLine.error));
+    return kExitBadCommandLine;
+  }
+  for (const QString& source : commandLine.gpsSources) {
+    std::string error;
+    if (!addGpsOption(source.toStdString(), error)) {
+      std::fprintf(stderr, "orvel: %s\n", error.c_str());
+      return kExitBadCommandLine;
+    }
+  }
 
   // Another viewer running takes over this start; nothing here is touched.
   QStringList forwarded;
@@ -136,7 +198,11 @@ int appMain(const QStringList& arguments) {
   observer.showReception = [](uint32_t satellitesUsed) { showSatellites(satellitesUsed); };
   setFixObserver(std::move(observer));
   preparePortScanning();
-  if (readSettingBool("ScanCOMPorts", true)) startPortScanning();
+  // Sets the status text, and scans unless "ScanCOMPorts" is off.
+  startScanning();
+  if (commandLine.demo) scheduleDemoReplay(window.get());
+  window->setOptionsHandler([&window] { runOptions(*window); });
+  setGaugeDialogRunner([](QDialog& dialog) { return runDialog(dialog); });
 
   // "Сохранить точку...", the map's pop-up menu and the action-key hold all end in the
   // waypoint dialog.
@@ -155,6 +221,7 @@ int appMain(const QStringList& arguments) {
   closeTrackStore();
   freeWaypoints();
   setWaypointEditor(nullptr);
+  setGaugeDialogRunner(nullptr);
   removeGpsNotification();
   shutdownPages();
   removeMessageBox();

@@ -7,10 +7,13 @@ namespace orvel {
 inline constexpr int kExitNormal = 0;
 inline constexpr int kExitNoWindow = 1;
 inline constexpr int kExitAnotherInstance = -1;
+inline constexpr int kExitBadCommandLine = 2;
 
 struct CommandLine {
-  QString mapPath;    // the map to open, absolute; empty for none
-  bool demo = false;  // --demo: open the bundled demo map when no map is given
+  QString mapPath;         // the map to open, absolute; empty for none
+  bool demo = false;       // --demo: the bundled demo map and, with no receiver, its replayed drive
+  QStringList gpsSources;  // --gps DEVICE or --gps gpsd://HOST[:PORT], in the order given
+  QString error;           // a one-line reason when the command line cannot be used
 };
 
 CommandLine parseCommandLine(const QStringList& arguments);

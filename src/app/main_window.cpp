@@ -142,7 +142,7 @@ void MainWindow::onCommand(int commandId) {
       openMapFromDialog();
       return;
     case kCmdOptions:
-      // The options dialog is not part of this program yet.
+      if (optionsHandler_) optionsHandler_();
       return;
     default:
       break;

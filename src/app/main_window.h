@@ -1,4 +1,5 @@
 #pragma once
+#include <functional>
 // The main window: one client area with its back buffer, the menu bar, one command
 // dispatch, and the translation of Qt's events into the operations of the current page.
 #include <map>
@@ -68,6 +69,8 @@ class MainWindow : public QMainWindow {
   void openMap(const QString& path);
   // Brings the window to the front (another start asked for it).
   void raiseWindow();
+  // What "Настройки" runs; the program installs the options dialog at start-up.
+  void setOptionsHandler(std::function<void()> handler) { optionsHandler_ = std::move(handler); }
 
   // Events of the client area.
   void clientPaint();
@@ -83,6 +86,7 @@ class MainWindow : public QMainWindow {
   void closeEvent(QCloseEvent* event) override;
 
  private:
+  std::function<void()> optionsHandler_;
   void buildMenuBar();
   void addCommand(QMenu* menu, const QString& text, int commandId);
   void openMapFromDialog();
