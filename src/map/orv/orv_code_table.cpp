@@ -1,0 +1,60 @@
+#include "map/orv/orv_code_table.h"
+
+#include "map/img/byte_reader.h"
+
+namespace orvel {
+
+size_t OrvLookupTable::build(std::span<const uint8_t> file, size_t pos) {
+  nodes_.assign(1, Node{});
+  largest_ = 0;
+  codes_ = 0;
+
+  ByteReader reader(file, pos);
+  uint16_t count = 0;
+  if (!reader.u16le(count)) return file.size();
+  for (uint32_t k = 0; k < count; ++k) {
+    uint16_t symbol = 0;
+    uint8_t length = 0;
+    std::span<const uint8_t> code;
+    if (!reader.u16le(symbol) || !reader.u8(length) || !reader.bytes((size_t{length} + 7) / 8, code)) {
+      return file.size();
+    }
+    ++codes_;
+    if (symbol > largest_) largest_ = symbol;
+
+    if (length == 0) {
+      // A lone code of no bits: every input yields it without consuming anything.
+      for (Entry& entry : nodes_[0]) entry = Entry{symbol, 0, entry.child};
+      continue;
+    }
+    size_t node = 0;
+    unsigned remaining = length;
+    bool placed = true;
+    for (size_t i = 0; i + 1 < code.size(); ++i) {
+      Entry& entry = nodes_[node][code[i]];
+      if (entry.child == kNoChild) {
+        if (childTables() >= kMaxChildTables) {
+          placed = false;
+          break;
+        }
+        entry.child = static_cast<uint32_t>(nodes_.size());
+        nodes_.emplace_back();  // `entry` may dangle from here on
+      }
+      node = nodes_[node][code[i]].child;
+      remaining -= 8;
+    }
+    if (!placed) continue;
+    const uint32_t mask = 255u >> (8 - remaining);
+    const uint8_t last = code.back();
+    for (uint32_t i = 0; i < 256; ++i) {
+      if ((i & mask) == last) {
+        Entry& entry = nodes_[node][i];
+        entry.symbol = symbol;
+        entry.bits = static_cast<uint8_t>(remaining);
+      }
+    }
+  }
+  return reader.pos();
+}
+
+}  // namespace orvel

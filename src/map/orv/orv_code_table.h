@@ -1,0 +1,62 @@
+#pragma once
+// The fast form of one prefix-code table of an .orv map: 256 entries indexed by the next 8
+// input bits (least significant bit first), each giving the bits to consume and the symbol,
+// or a child table of the same form for codes longer than 8 bits.
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <span>
+#include <vector>
+
+#include "map/orv/orv_bit_reader.h"
+
+namespace orvel {
+
+class OrvLookupTable {
+ public:
+  // Child tables beyond this many are not made; codes that would need one are left out.
+  static constexpr size_t kMaxChildTables = size_t{1} << 14;
+
+  // Builds the table from the code table at `pos` of `file` and returns the position just
+  // after it. Codes that run past the end of the file are left out, and the position
+  // returned is then the file's size.
+  size_t build(std::span<const uint8_t> file, size_t pos);
+
+  // Decodes one symbol; 0 without consuming anything when the table is absent.
+  uint16_t decode(OrvBitReader& reader) const {
+    if (nodes_.empty()) return 0;
+    size_t p = reader.pos();
+    const Entry* entry = &nodes_[0][reader.peek8(p)];
+    while (entry->child != kNoChild) {
+      ++p;
+      entry = &nodes_[entry->child][reader.peek8(p)];
+    }
+    unsigned bit = reader.bit() + entry->bits;
+    if (bit >= 8) {
+      ++p;
+      bit -= 8;
+    }
+    reader.setPosition(p, bit);
+    return entry->symbol;
+  }
+
+  bool present() const { return !nodes_.empty(); }
+  uint16_t largestSymbol() const { return largest_; }
+  size_t childTables() const { return nodes_.empty() ? 0 : nodes_.size() - 1; }
+  size_t codeCount() const { return codes_; }
+
+ private:
+  static constexpr uint32_t kNoChild = 0xFFFFFFFFu;
+  struct Entry {
+    uint16_t symbol = 0;
+    uint8_t bits = 0;
+    uint32_t child = kNoChild;
+  };
+  using Node = std::array<Entry, 256>;
+
+  std::vector<Node> nodes_;  // [0] is the root
+  uint16_t largest_ = 0;
+  size_t codes_ = 0;
+};
+
+}  // namespace orvel
