@@ -13,13 +13,6 @@ std::unique_ptr<DrawingObjects>& sharedObjects() {
   return objects;
 }
 
-QFont makeFont(std::string_view face, int pixelHeight) {
-  QFont font(qtFamilyFor(face));
-  font.setPixelSize(pixelHeight);
-  font.setWeight(QFont::Normal);
-  return font;
-}
-
 }  // namespace
 
 QPen makeSolidPen(const QColor& colour, int width) {
@@ -33,8 +26,9 @@ void createDrawingObjects() {
   auto& objects = sharedObjects();
   if (objects) return;
   objects = std::make_unique<DrawingObjects>();
-  objects->smallFont = makeFont("Arial", 12);
-  objects->largeFont = makeFont("Arial", 14);
+  // Heights are character cells, as the program's fonts are asked for everywhere.
+  objects->smallFont = makeGdiFont("Arial", 12, 0, 0);
+  objects->largeFont = makeGdiFont("Arial", 14, 0, 0);
   objects->outlinePen = makeSolidPen(Qt::white, 3);
   objects->thinPen = makeSolidPen(Qt::black, 1);
   for (int i = 0; i < kSolidBrushCount; ++i) {

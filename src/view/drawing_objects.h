@@ -31,8 +31,8 @@ inline constexpr std::array<uint32_t, kSolidBrushCount> kSolidBrushColors{
 };
 
 struct DrawingObjects {
-  QFont smallFont;   // "Arial", 12 pixels: scale bar, waypoint names
-  QFont largeFont;   // "Arial", 14 pixels
+  QFont smallFont;   // "Arial", 12-pixel cell: scale bar, waypoint names
+  QFont largeFont;   // "Arial", 14-pixel cell
   QPen outlinePen;   // white, 3 pixels
   QPen thinPen;      // black, 1 pixel
   std::array<QBrush, kSolidBrushCount> brushes;

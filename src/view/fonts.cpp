@@ -1,34 +1,49 @@
 #include "view/fonts.h"
 
-#include <array>
+#include <algorithm>
+#include <cmath>
+
+#include <QFontMetricsF>
 
 namespace orvel {
 
-namespace {
+QStringList fontFamiliesFor(std::string_view face) {
+  if (face == "Century Gothic") return {QStringLiteral("URW Gothic"), QStringLiteral("DejaVu Sans")};
+  if (face == "Tahoma") return {QStringLiteral("DejaVu Sans")};
+  if (face == "Arial") return {QStringLiteral("Liberation Sans"), QStringLiteral("DejaVu Sans")};
+  return {QString::fromUtf8(face.data(), static_cast<qsizetype>(face.size())),
+          QStringLiteral("DejaVu Sans")};
+}
 
-struct FaceRow {
-  std::string_view face;    // as the styles name it
-  std::string_view family;  // a free family with the same metrics or look
-};
+QString qtFamilyFor(std::string_view face) { return fontFamiliesFor(face).first(); }
 
-// One row per face the program names. Liberation Sans is metric-compatible with Arial;
-// DejaVu Sans is the closest widely installed humanist sans to Tahoma.
-constexpr std::array kFaces{
-    FaceRow{"Arial", "Liberation Sans"},
-    FaceRow{"Tahoma", "DejaVu Sans"},
-    // "Century Gothic" (the map labels' face) belongs here too, mapped to the geometric sans
-    // bundled with the program once that font is in the resources.
-};
-
-}  // namespace
-
-QString qtFamilyFor(std::string_view face) {
-  for (const FaceRow& row : kFaces) {
-    if (row.face == face) {
-      return QString::fromLatin1(row.family.data(), qsizetype(row.family.size()));
+QFont makeGdiFont(std::string_view face, int height, int width, int weight) {
+  QFont font;
+  font.setFamilies(fontFamiliesFor(face));
+  font.setStyleHint(QFont::SansSerif);
+  // GDI sets text without kerning; measuring relies on it (text_measure.h).
+  font.setKerning(false);
+  font.setWeight(weight <= 0 ? QFont::Normal
+                             : static_cast<QFont::Weight>(std::clamp(weight, 100, 900)));
+  if (height < 0) {
+    font.setPixelSize(-height);
+  } else if (height > 0) {
+    // Measure the cell at a large size and scale, so rounding does not pile up.
+    constexpr int kProbe = 100;
+    font.setPixelSize(kProbe);
+    const QFontMetricsF probe(font);
+    const qreal cell = probe.ascent() + probe.descent();
+    const int em = cell > 0 ? static_cast<int>(std::floor(height * kProbe / cell + 0.5)) : height;
+    font.setPixelSize(std::max(1, em));
+  }
+  if (width > 0) {
+    const qreal natural = QFontMetricsF(font).averageCharWidth();
+    if (natural > 0) {
+      const int stretch = static_cast<int>(std::floor(100.0 * width / natural + 0.5));
+      font.setStretch(std::clamp(stretch, 1, 4000));
     }
   }
-  return QString::fromUtf8(face.data(), qsizetype(face.size()));
+  return font;
 }
 
 }  // namespace orvel

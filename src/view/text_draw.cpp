@@ -6,6 +6,7 @@
 #include <QString>
 
 #include "view/drawing_objects.h"
+#include "view/text_measure.h"
 #include "view/trig.h"
 #include "view/units.h"
 
@@ -22,10 +23,7 @@ int roundToInt(float v) { return floorToInt(v + 0.5f); }
 
 }  // namespace
 
-QSize textExtent(const QFont& font, std::u16string_view text) {
-  const QFontMetrics metrics(font);
-  return {metrics.horizontalAdvance(borrowed(text)), metrics.height()};
-}
+QSize textExtent(const QFont& font, std::u16string_view text) { return measureText(font, text); }
 
 void drawTextAt(QPainter& painter, int x, int y, std::u16string_view text, unsigned format) {
   // A one-pixel box at the anchor, moved so that its right or bottom edge (exclusive, as box
@@ -37,14 +35,14 @@ void drawTextAt(QPainter& painter, int x, int y, std::u16string_view text, unsig
 
   const QString string = borrowed(text);
   const QFontMetrics metrics = painter.fontMetrics();
-  const int width = metrics.horizontalAdvance(string);
   const int height = metrics.height();
 
+  // Measuring lays the text out once more: only when the anchor is not its left edge.
   int textLeft = left;
   if (format & kTextCenter) {
-    textLeft = (left + right - width) / 2;
+    textLeft = (left + right - measureText(painter.font(), text).width()) / 2;
   } else if (format & kTextRight) {
-    textLeft = right - width;
+    textLeft = right - measureText(painter.font(), text).width();
   }
   int textTop = top;
   if (format & kTextVCenter) {

@@ -57,7 +57,7 @@ TEST_P(ScaleBar, BracketAndLabel) {
   const QString expected = QString::fromUtf16(c.label);
   EXPECT_EQ(label.text, expected);
   EXPECT_EQ(label.pen.color(), QColor(Qt::black));
-  EXPECT_EQ(label.font.pixelSize(), 12);
+  EXPECT_EQ(label.font, drawingObjects().smallFont);
   const QFontMetrics metrics(drawingObjects().smallFont);
   const int w = metrics.horizontalAdvance(expected);
   EXPECT_EQ(label.deviceOrigin(), QPointF((31 + 32 - w) / 2, 306 - metrics.height() + metrics.ascent()));

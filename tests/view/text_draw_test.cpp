@@ -121,8 +121,10 @@ TEST_F(TextDraw, NorthArrowCornersAndColours) {
 
 TEST_F(TextDraw, SharedDrawingObjects) {
   const DrawingObjects& objects = drawingObjects();
-  EXPECT_EQ(objects.smallFont.pixelSize(), 12);
-  EXPECT_EQ(objects.largeFont.pixelSize(), 14);
+  // Heights are character cells (ascent + descent), not em sizes.
+  EXPECT_NEAR(QFontMetrics(objects.smallFont).height(), 12, 1);
+  EXPECT_NEAR(QFontMetrics(objects.largeFont).height(), 14, 1);
+  EXPECT_LT(objects.smallFont.pixelSize(), 12);
   EXPECT_EQ(objects.smallFont.family(), QString("Liberation Sans"));
   EXPECT_EQ(objects.outlinePen.color(), QColor(Qt::white));
   EXPECT_EQ(objects.outlinePen.width(), 3);

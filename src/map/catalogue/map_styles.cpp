@@ -4,9 +4,9 @@
 #include <functional>
 #include <memory>
 
-#include "map/catalogue/font_faces.h"
 #include "map/catalogue/icons.h"
 #include "map/catalogue/patterns.h"
+#include "view/fonts.h"
 
 namespace orvel {
 namespace {

@@ -169,9 +169,9 @@ bool ImgMapFile::load(Bytes file) {
     return refuse();
   }
   switch (labelCoding_) {
-    case 6: labelSchema_ = kLabelSixBit; break;
-    case 9: labelSchema_ = kLabelEightBit; break;
-    case 10: labelSchema_ = kLabelCoding10; break;
+    case 6: labelSchema_ = LabelSchema::SixBit; break;
+    case 9: labelSchema_ = LabelSchema::Byte; break;
+    case 10: labelSchema_ = LabelSchema::Coding10; break;
     default:
       showMessage("Unsupported label code schema: %d", labelCoding_);
       return false;

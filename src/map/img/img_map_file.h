@@ -10,6 +10,8 @@
 
 #include "map/img/img_container.h"
 #include "map/img/img_subdivision.h"
+#include "map/img/label_decoder.h"
+#include "map/labels/label_placer.h"
 #include "map/map_file.h"
 
 namespace orvel {
@@ -22,9 +24,6 @@ struct ImgLevel {
   uint16_t subdivisions = 0;  // number of subdivisions of this level
 };
 
-// Label codings of the LBL header and the schemas they select.
-enum ImgLabelSchema : int { kLabelSixBit = 0, kLabelEightBit = 1, kLabelCoding10 = 2 };
-
 class ImgMapFile final : public MapFile {
  public:
   ImgMapFile();
@@ -36,6 +35,8 @@ class ImgMapFile final : public MapFile {
   bool load(Bytes file) override;
   void decode(const MapView& view, const MapRect& visible, ObjectConsumer& consumer) override;
   void draw(QPainter& painter, const MapView& view, const MapRect& visible) override;
+  // labelRef as stored in the map: the text starts at byte labelRef << labelShift() of the
+  // label data.
   int getLabel(uint32_t labelRef, char16_t* out) override;
   void describe(MapFacts& facts) const override;
 
@@ -45,7 +46,7 @@ class ImgMapFile final : public MapFile {
   // Every section range of every subdivision lies inside rgnData().
   Bytes rgnData() const { return rgnData_; }
   Bytes labelData() const { return labelData_; }
-  int labelSchema() const { return labelSchema_; }  // ImgLabelSchema
+  LabelSchema labelSchema() const { return labelSchema_; }
   uint8_t labelCoding() const { return labelCoding_; }  // 6, 9 or 10
   uint16_t codePage() const { return codePage_; }      // 0 = the system's default
   uint8_t labelShift() const { return labelShift_; }  // label reference n means byte n << shift
@@ -70,7 +71,7 @@ class ImgMapFile final : public MapFile {
   std::vector<ImgSubdivision> subdivisions_;
   Bytes rgnData_;
   uint16_t codePage_ = 0;
-  int labelSchema_ = kLabelSixBit;
+  LabelSchema labelSchema_ = LabelSchema::SixBit;
   uint8_t labelCoding_ = 0;
   uint8_t labelShift_ = 0;
   Bytes labelData_;
@@ -78,6 +79,7 @@ class ImgMapFile final : public MapFile {
   Bytes netData_;
   std::array<uint32_t, 4> subfileOffsets_{};  // TRE, RGN, LBL, NET; for describe
   bool hasNet_ = false;
+  LabelPlacer labels_;  // reused by every draw
 };
 
 }  // namespace orvel

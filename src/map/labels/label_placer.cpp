@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include <QPaintEngine>
 #include <QPainter>
 
 #include "map/map_file.h"
@@ -13,6 +14,11 @@ namespace orvel {
 namespace {
 
 constexpr double kPiD = 3.14159265358979323846;
+
+// Turned labels larger than this are drawn turned directly, not through the scratch picture.
+constexpr int kMaxTurnedExtent = 2048;
+// Room around an upright label in the scratch picture for glyphs reaching past its box.
+constexpr int kScratchMargin = 2;
 
 int64_t floorDiv(int64_t value, int64_t divisor) {
   const int64_t q = value / divisor;
@@ -42,10 +48,14 @@ void LabelPlacer::resetLabels(int width, int height) {
 }
 
 void LabelPlacer::append(uint32_t labelRef, int64_t x, int64_t y, const QFont& font,
-                         const QColor& colour, int16_t rotation, uint8_t alignment) {
+                         const QColor& colour, int16_t rotation, uint8_t alignment, int textWidth,
+                         int textHeight) {
   // Positions are kept in 16 bits each; a coordinate out of that range wraps.
   const uint32_t position = uint32_t(uint16_t(x)) | (uint32_t(uint16_t(y)) << 16);
-  pending_.push_back({labelRef, position, font, colour, rotation, alignment});
+  // A box too large for the scratch picture is left unknown: such a label is drawn turned.
+  const bool fits = textWidth > 0 && textHeight > 0 && textWidth <= kMaxTurnedExtent && textHeight <= kMaxTurnedExtent;
+  pending_.push_back({labelRef, position, font, colour, rotation, alignment, uint16_t(fits ? textWidth : 0),
+                      uint16_t(fits ? textHeight : 0)});
 }
 
 bool LabelPlacer::addPointLabel(std::u16string_view text, uint32_t labelRef, int x, int y,
@@ -138,27 +148,58 @@ void LabelPlacer::addLineLabel(uint32_t labelRef, std::span<const MapPoint> poin
   const auto h = float(textHeight);
   const int offsetX = int(0.5f - (c * w * 0.5f + h * s));
   const int offsetY = int((s * w * 0.5f - h * c) + 0.5f);
-  append(labelRef, anchorX + offsetX, anchorY + offsetY, font, colour, int16_t(degrees * 10), 0);
+  append(labelRef, anchorX + offsetX, anchorY + offsetY, font, colour, int16_t(degrees * 10), 0,
+         textWidth, textHeight);
 }
 
-void LabelPlacer::drawLabels(QPainter& painter, MapFile& map) const {
+void LabelPlacer::drawTurned(QPainter& painter, QPainter& scratchPainter, const PendingLabel& label,
+                             std::u16string_view text) {
+  const int width = label.textWidth + 2 * kScratchMargin;
+  const int height = label.textHeight + 2 * kScratchMargin;
+  if (scratch_.width() < width || scratch_.height() < height) {
+    if (scratchPainter.isActive()) scratchPainter.end();
+    scratch_ = QImage(std::max(width, scratch_.width()), std::max(height, scratch_.height()),
+                      QImage::Format_ARGB32_Premultiplied);
+  }
+  if (!scratchPainter.isActive()) scratchPainter.begin(&scratch_);
+  scratchPainter.setCompositionMode(QPainter::CompositionMode_Source);
+  scratchPainter.fillRect(QRect(0, 0, width, height), Qt::transparent);
+  scratchPainter.setCompositionMode(QPainter::CompositionMode_SourceOver);
+  scratchPainter.setFont(label.font);
+  scratchPainter.setPen(label.colour);
+  drawTextAt(scratchPainter, kScratchMargin, kScratchMargin, text, label.alignment);
+
+  // The text's top-left corner stays at the position and the line turns about it.
+  const QTransform saved = painter.worldTransform();
+  painter.translate(label.x(), label.y());
+  painter.rotate(-label.rotation / 10.0);
+  painter.drawImage(QPoint(-kScratchMargin, -kScratchMargin), scratch_, QRect(0, 0, width, height));
+  painter.setWorldTransform(saved);
+}
+
+void LabelPlacer::drawLabels(QPainter& painter, MapFile& map) {
+  const bool raster = painter.paintEngine() != nullptr && painter.paintEngine()->type() == QPaintEngine::Raster;
+  QPainter scratchPainter;
   char16_t text[kLabelCapacity + 1];
   for (const PendingLabel& label : pending_) {
     const int length = map.getLabel(label.labelRef, text);
     if (length <= 0) continue;
     const std::u16string_view view(text, size_t(std::min<int>(length, int(kLabelCapacity))));
+    if (label.rotation != 0 && raster && label.textWidth > 0 && label.textHeight > 0) {
+      drawTurned(painter, scratchPainter, label, view);
+      continue;
+    }
     painter.setFont(label.font);
     painter.setPen(label.colour);
     if (label.rotation == 0) {
       drawTextAt(painter, label.x(), label.y(), view, label.alignment);
       continue;
     }
-    // The text's top-left corner stays at the position and the line turns about it.
-    painter.save();
+    const QTransform saved = painter.worldTransform();
     painter.translate(label.x(), label.y());
     painter.rotate(-label.rotation / 10.0);
     drawTextAt(painter, 0, 0, view, label.alignment);
-    painter.restore();
+    painter.setWorldTransform(saved);
   }
 }
 

@@ -12,6 +12,7 @@
 
 #include <QColor>
 #include <QFont>
+#include <QImage>
 
 #include "view/units.h"
 
@@ -28,6 +29,8 @@ struct PendingLabel {
   QColor colour;
   int16_t rotation = 0;    // tenths of a degree, counter-clockwise on screen
   uint8_t alignment = 0;   // 0 top left at the position, 1 centred horizontally (areas)
+  uint16_t textWidth = 0;  // line labels: the text box measured when placed (0: unknown)
+  uint16_t textHeight = 0;
 
   int x() const { return int16_t(position & 0xFFFFu); }
   int y() const { return int16_t(position >> 16); }
@@ -57,7 +60,10 @@ class LabelPlacer {
                     const QColor& colour, int textHeight, int textWidth);
 
   // Draws every pending label in the order they came, fetching each text from `map`.
-  void drawLabels(QPainter& painter, MapFile& map) const;
+  // On a raster picture a turned label is set upright in a scratch picture and that is
+  // turned onto the map: the glyphs stay in the font cache instead of being rasterised again
+  // for each of the 181 angles.
+  void drawLabels(QPainter& painter, MapFile& map);
 
   const std::vector<PendingLabel>& pending() const { return pending_; }
   int columns() const { return columns_; }
@@ -69,12 +75,15 @@ class LabelPlacer {
 
  private:
   void append(uint32_t labelRef, int64_t x, int64_t y, const QFont& font, const QColor& colour,
-              int16_t rotation, uint8_t alignment);
+              int16_t rotation, uint8_t alignment, int textWidth = 0, int textHeight = 0);
+  void drawTurned(QPainter& painter, QPainter& scratchPainter, const PendingLabel& label,
+                  std::u16string_view text);
 
   std::vector<uint16_t> grid_;  // row by row
   int columns_ = 0;
   int rows_ = 0;
   std::vector<PendingLabel> pending_;
+  QImage scratch_;  // upright turned labels; grows to the largest one, kept between draws
 };
 
 }  // namespace orvel

@@ -233,7 +233,7 @@ TEST(ImgContainer, LabelSettings) {
       EXPECT_EQ(result.messages, std::vector<std::string>{c.message});
       continue;
     }
-    EXPECT_EQ(map.labelSchema(), c.schema);
+    EXPECT_EQ(static_cast<int>(map.labelSchema()), c.schema);
     EXPECT_EQ(map.codePage(), c.codePage) << c.headerLength;
     EXPECT_EQ(map.labelShift(), 3);
     EXPECT_EQ(map.labelData().size(), 4u);

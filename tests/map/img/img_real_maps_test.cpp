@@ -56,7 +56,7 @@ TEST_P(RealImgMap, LoadsWithItsFacts) {
   EXPECT_EQ(map.blockSize(), facts.blockSize);
   EXPECT_EQ(map.tileName(), facts.tile);
   EXPECT_EQ(map.labelCoding(), facts.labelCoding);
-  EXPECT_EQ(map.labelSchema(), facts.labelCoding == 6 ? 0 : facts.labelCoding == 9 ? 1 : 2);
+  EXPECT_EQ(static_cast<int>(map.labelSchema()), facts.labelCoding == 6 ? 0 : facts.labelCoding == 9 ? 1 : 2);
   EXPECT_EQ(map.codePage(), facts.codePage);
   EXPECT_EQ(map.labelShift(), 1);
   EXPECT_EQ(map.netData().empty(), !facts.net);

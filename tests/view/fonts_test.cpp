@@ -4,7 +4,8 @@
 #include <QFontMetrics>
 #include <gtest/gtest.h>
 
-#include "map/catalogue/font_faces.h"
+#include "common/recording_device.h"
+#include "view/fonts.h"
 
 namespace orvel {
 namespace {
@@ -19,7 +20,10 @@ struct FontCase {
 
 void PrintTo(const FontCase& c, std::ostream* os) { *os << c.face << " " << c.height; }
 
-class GdiFonts : public ::testing::TestWithParam<FontCase> {};
+class GdiFonts : public ::testing::TestWithParam<FontCase> {
+ protected:
+  static void SetUpTestSuite() { test::ensureGuiApplication(); }
+};
 
 TEST_P(GdiFonts, HaveTheCellHeightAndWidthAsked) {
   const FontCase& c = GetParam();
@@ -58,6 +62,8 @@ TEST(FontFaces, UnknownFacesAreAskedForWithAFallback) {
   ASSERT_EQ(families.size(), 2);
   EXPECT_EQ(families[0], "Verdana");
   EXPECT_EQ(families[1], "DejaVu Sans");
+  EXPECT_EQ(qtFamilyFor("Verdana"), "Verdana");
+  EXPECT_EQ(qtFamilyFor("Arial"), "Liberation Sans");
 }
 
 }  // namespace

@@ -1,0 +1,147 @@
+#include "map/draw/map_painter.h"
+
+#include <algorithm>
+
+#include <QBrush>
+#include <QImage>
+#include <QPainter>
+#include <QPen>
+
+#include "map/catalogue/catalogue.h"
+#include "map/catalogue/icons.h"
+#include "map/catalogue/map_styles.h"
+#include "map/labels/label_placer.h"
+#include "view/map_view.h"
+#include "view/text_draw.h"
+
+namespace orvel {
+namespace {
+
+MapRect boundingBox(std::span<const MapPoint> points) {
+  MapRect box;
+  for (const MapPoint& p : points) {
+    box.west = std::min(box.west, p.x);
+    box.east = std::max(box.east, p.x);
+    box.south = std::min(box.south, p.y);
+    box.north = std::max(box.north, p.y);
+  }
+  return box;
+}
+
+}  // namespace
+
+MapPainter::MapPainter(QPainter& painter, const MapView& view, const MapRect& visible, MapFile& map,
+                       LabelPlacer& labels, DrawnTest drawn)
+    : painter_(painter),
+      view_(view),
+      visible_(visible),
+      map_(map),
+      labels_(labels),
+      styles_(mapStyles()),
+      drawn_(drawn) {}
+
+void MapPainter::begin() {
+  labels_.resetLabels(view_.screenWidth(), view_.screenHeight());
+  painter_.setPen(Qt::NoPen);
+  pen_ = nullptr;
+  brush_ = nullptr;
+}
+
+void MapPainter::finish() { labels_.drawLabels(painter_, map_); }
+
+void MapPainter::onObject(const MapObject& object) {
+  if (object.points.empty() || (drawn_ != nullptr && !drawn_(object))) return;
+  switch (object.kind) {
+    case ObjectKind::Polygon: drawArea(object); break;
+    case ObjectKind::Line: drawLine(object); break;
+    case ObjectKind::Point: drawPoint(object); break;
+  }
+}
+
+int MapPainter::project(std::span<const MapPoint> points) {
+  const int count = static_cast<int>(std::min<size_t>(points.size(), kMaxDrawnPoints));
+  for (int i = 0; i < count; ++i) {
+    screen_[i] = view_.mapToScreen(points[static_cast<size_t>(i)]);
+    qtScreen_[i] = QPoint(screen_[i].x, screen_[i].y);
+  }
+  return count;
+}
+
+int MapPainter::fetchLabel(uint32_t labelRef) {
+  if (labelRef == 0) return 0;
+  const int length = map_.getLabel(labelRef, text_);
+  return std::clamp(length, 0, static_cast<int>(kLabelCapacity));
+}
+
+int MapPainter::textWidth(const QFont& font, int length) const {
+  return textExtent(font, std::u16string_view(text_, static_cast<size_t>(length))).width();
+}
+
+void MapPainter::usePen(const QPen* pen) {
+  if (pen == pen_) return;
+  painter_.setPen(pen != nullptr ? *pen : QPen(Qt::NoPen));
+  pen_ = pen;
+}
+
+void MapPainter::useBrush(const QBrush* brush) {
+  if (brush == brush_) return;
+  painter_.setBrush(*brush);
+  brush_ = brush;
+}
+
+void MapPainter::drawArea(const MapObject& object) {
+  const MapRect box = boundingBox(object.points);
+  if (!intersects(box, visible_) || !view_.isLargeEnough(box, kMinDrawnPixels)) return;
+  const int count = project(object.points);
+  const TypeStyle* row = findPolygonType(object.type);
+  usePen(nullptr);
+  useBrush(&styles_.polygonBrush(row));
+  painter_.drawPolygon(qtScreen_, count);
+
+  if (object.labelRef == 0 || !view_.isLargeEnough(box, kMinLabelledPixels)) return;
+  const int length = fetchLabel(object.labelRef);
+  if (length == 0) return;
+  const LabelStyle& style = styles_.polygonLabel(row);
+  if (!view_.isLargeEnough(box, textWidth(style.font, length))) return;
+  labels_.addAreaLabel(object.labelRef, std::span<const MapPoint>(screen_, static_cast<size_t>(count)),
+                       style.font, style.colour);
+}
+
+void MapPainter::drawLine(const MapObject& object) {
+  const MapRect box = boundingBox(object.points);
+  if (!intersects(box, visible_) || !view_.isLargeEnough(box, kMinDrawnPixels)) return;
+  const int count = project(object.points);
+  const TypeStyle* row = findLineType(object.type);
+  usePen(&styles_.lineMainPen(row));
+  painter_.drawPolyline(qtScreen_, count);
+  if (const QPen* second = styles_.lineSecondPen(row)) {
+    usePen(second);
+    painter_.drawPolyline(qtScreen_, count);
+  }
+
+  if (object.labelRef == 0 || !view_.isLargeEnough(box, kMinLabelledPixels)) return;
+  const int length = fetchLabel(object.labelRef);
+  if (length == 0) return;
+  const LabelStyle& style = styles_.lineLabel(row);
+  const QSize extent = textExtent(style.font, std::u16string_view(text_, static_cast<size_t>(length)));
+  if (!view_.isLargeEnough(box, extent.width())) return;
+  labels_.addLineLabel(object.labelRef, std::span<const MapPoint>(screen_, static_cast<size_t>(count)),
+                       style.font, style.colour, extent.height(), extent.width());
+}
+
+void MapPainter::drawPoint(const MapObject& object) {
+  const MapPoint at = object.points.front();
+  if (at.x < visible_.west || at.x > visible_.east || at.y < visible_.south || at.y > visible_.north) return;
+  const MapPoint screen = view_.mapToScreen(at);
+  const TypeStyle* row = findPointType(object.type);
+  if (const QImage* icon = styles_.pointIcon(row)) {
+    painter_.drawImage(QPoint(screen.x - kIconHotSpot, screen.y - kIconHotSpot), *icon);
+  }
+  const int length = fetchLabel(object.labelRef);
+  if (length == 0) return;
+  const LabelStyle& style = styles_.pointLabel(row);
+  labels_.addPointLabel(std::u16string_view(text_, static_cast<size_t>(length)), object.labelRef,
+                        screen.x + kPointLabelOffset, screen.y + kPointLabelOffset, style.font, style.colour);
+}
+
+}  // namespace orvel

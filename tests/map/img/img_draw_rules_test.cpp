@@ -1,0 +1,280 @@
+// The rules of drawing one object, with objects made up on the screen of a known view: which
+// objects are drawn, with what, where icons and labels go, and that labels come last.
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <QFontMetrics>
+#include <QImage>
+#include <QPainter>
+
+#include "common/recording_device.h"
+#include "map/catalogue/catalogue.h"
+#include "map/catalogue/map_styles.h"
+#include "map/draw/map_painter.h"
+#include "map/img/rgn_decoder.h"
+#include "map/labels/label_placer.h"
+#include "view/map_view.h"
+
+namespace orvel {
+namespace {
+
+using test::DrawCall;
+using test::RecordingDevice;
+
+class LabelledMap final : public MapFile {
+ public:
+  bool probe(Bytes) override { return true; }
+  bool load(Bytes) override { return true; }
+  void decode(const MapView&, const MapRect&, ObjectConsumer&) override {}
+  void draw(QPainter&, const MapView&, const MapRect&) override {}
+  int getLabel(uint32_t ref, char16_t* out) override {
+    const auto it = texts.find(ref);
+    const std::u16string text = it != texts.end() ? it->second : std::u16string();
+    std::copy(text.begin(), text.end(), out);
+    out[text.size()] = 0;
+    return static_cast<int>(text.size());
+  }
+  void describe(MapFacts&) const override {}
+
+  std::map<uint32_t, std::u16string> texts;
+};
+
+struct Shape {
+  ObjectKind kind;
+  uint32_t type;
+  std::vector<QPoint> screen;  // where it should land on screen
+  uint32_t label = 0;
+};
+
+class DrawRules : public ::testing::Test {
+ protected:
+  static void SetUpTestSuite() { test::ensureGuiApplication(); }
+  void SetUp() override {
+    view_.setScreenSize(240, 320);
+    view_.setZoomIndex(8);  // 5 m a pixel: every pixel has map points projecting onto it
+    view_.setCentre(400000, 2000000);
+    map_.texts = {{1, u"Lake"}, {2, u"A very long name of a small pond"}, {3, u"Main Street"},
+                  {4, u"Cafe"}, {5, u"Bakery"}};
+  }
+
+  // Map points that project exactly onto the wanted screen points.
+  std::vector<MapPoint> toMap(const std::vector<QPoint>& screen) const {
+    std::vector<MapPoint> out;
+    for (const QPoint& s : screen) out.push_back(toMap(s));
+    return out;
+  }
+  MapPoint toMap(const QPoint& s) const {
+    // screenToMap truncates; look around for the point that projects back onto s.
+    const MapPoint guess = view_.screenToMap(s.x(), s.y());
+    for (int dx = -4; dx <= 4; ++dx) {
+      for (int dy = -4; dy <= 4; ++dy) {
+        const MapPoint m{guess.x + dx, guess.y + dy};
+        if (view_.mapToScreen(m) == MapPoint{s.x(), s.y()}) return m;
+      }
+    }
+    ADD_FAILURE() << "no map point for " << s.x() << "," << s.y();
+    return guess;
+  }
+
+  template <typename Device>
+  void paint(Device& device, const std::vector<Shape>& shapes) {
+    QPainter painter(&device);
+    MapPainter mapPainter(painter, view_, view_.visibleRect(), map_, labels_, isDrawnObject);
+    mapPainter.begin();
+    for (const Shape& s : shapes) {
+      const std::vector<MapPoint> points = toMap(s.screen);
+      mapPainter.onObject(MapObject{s.kind, s.type, points, s.label});
+    }
+    mapPainter.finish();
+  }
+
+  std::vector<DrawCall> record(const std::vector<Shape>& shapes) {
+    RecordingDevice device(240, 320);
+    paint(device, shapes);
+    return device.calls();
+  }
+
+  static std::vector<QPoint> square(int x, int y, int side) {
+    return {{x, y}, {x + side, y}, {x + side, y + side}, {x, y + side}};
+  }
+
+  MapView view_;
+  LabelledMap map_;
+  LabelPlacer labels_;
+};
+
+TEST_F(DrawRules, PolygonTypesThatDescribeTheMapAreNeverDrawn) {
+  for (uint32_t type : {0x01u, 0x02u, 0x4Au, 0x4Bu}) {
+    EXPECT_TRUE(record({{ObjectKind::Polygon, type, square(50, 50, 100)}}).empty()) << type;
+  }
+  const auto calls = record({{ObjectKind::Polygon, 0x03, square(50, 50, 100)}});
+  ASSERT_EQ(calls.size(), 1u);
+  EXPECT_EQ(calls[0].kind, DrawCall::Kind::Polygon);
+  EXPECT_EQ(calls[0].pen.style(), Qt::NoPen);
+  EXPECT_EQ(calls[0].brush.color(), QColor(192, 192, 192));
+  EXPECT_EQ(calls[0].points, QPolygonF(QList<QPointF>{{50, 50}, {150, 50}, {150, 150}, {50, 150}}));
+}
+
+TEST_F(DrawRules, ObjectsWithTooFewPointsOrTooSmallAreLeftOut) {
+  struct Case {
+    Shape shape;
+    size_t calls;
+  };
+  const Case cases[] = {
+      {{ObjectKind::Polygon, 0x3C, {{10, 10}, {100, 100}}}, 0},           // two points
+      {{ObjectKind::Polygon, 0x3C, {{10, 10}, {100, 100}, {10, 100}}}, 1},
+      {{ObjectKind::Line, 0x06, {{10, 10}}}, 0},                          // one point
+      {{ObjectKind::Line, 0x06, {{10, 10}, {100, 100}}}, 1},
+      {{ObjectKind::Polygon, 0x3C, square(100, 100, 1)}, 0},              // 1 pixel across
+      {{ObjectKind::Polygon, 0x3C, square(100, 100, 3)}, 1},
+      {{ObjectKind::Line, 0x06, {{100, 100}, {101, 100}}}, 0},
+      {{ObjectKind::Line, 0x06, {{100, 100}, {100, 103}}}, 1},
+      {{ObjectKind::Polygon, 0x3C, square(-300, 10, 100)}, 0},            // off screen
+      {{ObjectKind::Line, 0x06, {{10, 400}, {200, 500}}}, 0},
+      {{ObjectKind::Line, 0x14, {{10, 10}, {100, 100}}}, 2},              // railroad: two pens
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(record({c.shape}).size(), c.calls) << int(c.shape.kind) << " " << c.shape.type << " "
+                                                 << c.shape.screen.size();
+  }
+}
+
+TEST_F(DrawRules, LinesUseTheMainPenThenTheSecondPen) {
+  const auto rail = record({{ObjectKind::Line, 0x14, {{10, 10}, {100, 100}, {200, 100}}}});
+  ASSERT_EQ(rail.size(), 2u);
+  EXPECT_EQ(rail[0].kind, DrawCall::Kind::Polyline);
+  EXPECT_EQ(rail[0].pen.color(), QColor(0, 0, 0));
+  EXPECT_EQ(rail[0].pen.width(), 3);
+  EXPECT_EQ(rail[1].pen.color(), QColor(255, 255, 255));
+  EXPECT_EQ(rail[1].pen.style(), Qt::CustomDashLine);
+  EXPECT_EQ(rail[1].points, rail[0].points);
+
+  const auto unknown = record({{ObjectKind::Line, 0x30, {{10, 10}, {100, 100}}}});
+  ASSERT_EQ(unknown.size(), 1u);
+  EXPECT_EQ(unknown[0].pen.color(), QColor(255, 0, 0));
+  EXPECT_NE(unknown[0].pen.style(), Qt::SolidLine);
+}
+
+TEST_F(DrawRules, PointsGetTheirIconCentredAndTheirLabelBelowRight) {
+  const auto calls = record({{ObjectKind::Point, 0x2A00, {{100, 120}}, 4},    // restaurant
+                             {ObjectKind::Point, 0x7F00, {{30, 250}}, 5}});  // not catalogued: no icon
+  ASSERT_EQ(calls.size(), 3u);
+  EXPECT_EQ(calls[0].kind, DrawCall::Kind::Image);
+  EXPECT_EQ(calls[0].rect.topLeft(), QPointF(85, 105));
+  EXPECT_EQ(calls[0].rect.size(), QSizeF(31, 31));
+
+  const LabelStyle& restaurant = mapStyles().pointLabel(findPointType(0x2A00));
+  EXPECT_EQ(calls[1].kind, DrawCall::Kind::Text);
+  EXPECT_EQ(calls[1].text, "Cafe");
+  EXPECT_EQ(calls[1].deviceOrigin(), QPointF(103, 123 + QFontMetrics(restaurant.font).ascent()));
+  EXPECT_EQ(calls[1].pen.color(), restaurant.colour);
+
+  EXPECT_EQ(calls[2].text, "Bakery");
+  EXPECT_EQ(calls[2].pen.color(), QColor(96, 96, 96));  // the default point label style
+}
+
+TEST_F(DrawRules, PointsOnTheViewsEdgeAreDrawnThoseBeyondAreNot) {
+  const MapRect visible = view_.visibleRect();
+  RecordingDevice device(240, 320);
+  {
+    QPainter painter(&device);
+    MapPainter mapPainter(painter, view_, visible, map_, labels_, isDrawnObject);
+    mapPainter.begin();
+    const MapPoint inside[] = {{visible.west, visible.south}, {visible.east, visible.north}};
+    const MapPoint outside[] = {{visible.west - 1, visible.south}, {visible.east, visible.north + 1}};
+    for (const MapPoint& p : inside) mapPainter.onObject(MapObject{ObjectKind::Point, 0x2A00, {&p, 1}, 0});
+    for (const MapPoint& p : outside) mapPainter.onObject(MapObject{ObjectKind::Point, 0x2A00, {&p, 1}, 0});
+    mapPainter.finish();
+  }
+  EXPECT_EQ(device.callsOf(DrawCall::Kind::Image).size(), 2u);
+}
+
+TEST_F(DrawRules, AreaLabelsNeedRoomForTheirText) {
+  const auto calls = record({
+      {ObjectKind::Polygon, 0x3C, square(20, 20, 60), 1},   // "Lake": fits
+      {ObjectKind::Polygon, 0x3C, square(20, 200, 9), 1},   // under 10 pixels
+      {ObjectKind::Polygon, 0x3C, square(120, 200, 40), 2},  // text wider than the lake
+  });
+  const auto texts = [&] {
+    std::vector<DrawCall> out;
+    for (const DrawCall& c : calls) {
+      if (c.kind == DrawCall::Kind::Text) out.push_back(c);
+    }
+    return out;
+  }();
+  ASSERT_EQ(texts.size(), 1u);
+  EXPECT_EQ(texts[0].text, "Lake");
+  const LabelStyle& lake = mapStyles().polygonLabel(findPolygonType(0x3C));
+  EXPECT_EQ(texts[0].pen.color(), lake.colour);
+  EXPECT_EQ(texts[0].pen.color(), QColor(0, 0, 128));
+  // Centred on the vertex mean (50, 50).
+  const QFontMetrics metrics(lake.font);
+  EXPECT_EQ(texts[0].deviceOrigin(), QPointF((50 + 51 - metrics.horizontalAdvance("Lake")) / 2, 50 + metrics.ascent()));
+}
+
+TEST_F(DrawRules, LabelsComeAfterAllGeometryAndPointLabelsKeepApart) {
+  const auto calls = record({
+      {ObjectKind::Point, 0x2A00, {{100, 100}}, 4},
+      {ObjectKind::Polygon, 0x3C, square(10, 10, 200), 1},
+      {ObjectKind::Line, 0x06, {{0, 300}, {239, 300}}, 3},
+      {ObjectKind::Point, 0x2A00, {{102, 101}}, 5},  // its label would cover the first one's
+  });
+  std::vector<DrawCall::Kind> kinds;
+  std::vector<QString> texts;
+  for (const DrawCall& c : calls) {
+    kinds.push_back(c.kind);
+    if (c.kind == DrawCall::Kind::Text) texts.push_back(c.text);
+  }
+  using K = DrawCall::Kind;
+  EXPECT_EQ(kinds, (std::vector<K>{K::Image, K::Polygon, K::Polyline, K::Image, K::Text, K::Text, K::Text}));
+  EXPECT_EQ(texts, (std::vector<QString>{"Cafe", "Lake", "Main Street"}));
+}
+
+TEST_F(DrawRules, LineLabelsFollowTheSegmentAtTheMiddleOfTheLine) {
+  const auto calls = record({{ObjectKind::Line, 0x06, {{20, 200}, {120, 100}, {220, 100}}, 3}});
+  ASSERT_EQ(calls.size(), 2u);
+  ASSERT_EQ(calls[1].kind, DrawCall::Kind::Text);
+  EXPECT_EQ(calls[1].text, "Main Street");
+  // The middle of the length lies on the first (rising) segment: the text turns counter-
+  // clockwise about its position, by 44 degrees: -45 rounded by adding 0.5 and truncating.
+  const QTransform& t = calls[1].transform;
+  const QPointF along = t.map(QPointF(100, 0)) - t.map(QPointF(0, 0));
+  EXPECT_NEAR(along.x(), 100 * std::cos(44 * M_PI / 180), 0.01);
+  EXPECT_NEAR(along.y(), -100 * std::sin(44 * M_PI / 180), 0.01);
+}
+
+TEST_F(DrawRules, TurnedLabelsOnAPictureLieAlongTheirLine) {
+  // On a raster picture a turned label is drawn upright elsewhere and turned into place:
+  // its ink must lie around the segment's midpoint and run along the segment.
+  QImage picture(240, 320, QImage::Format_RGB32);
+  picture.fill(Qt::white);
+  map_.texts[6] = u"Boulevard de Belgique";
+  paint(picture, {{ObjectKind::Line, 0x16, {{20, 260}, {220, 60}}, 6}});  // trail: dashed black
+  // Black text pixels away from the line itself (the trail is also black, so look for ink
+  // off the diagonal).
+  double sumX = 0, sumY = 0, sumXY = 0, n = 0;
+  for (int y = 0; y < 320; ++y) {
+    for (int x = 0; x < 240; ++x) {
+      const QRgb p = picture.pixel(x, y);
+      if (qRed(p) > 128 || std::abs((x - 20) + (y - 260)) <= 1) continue;
+      sumX += x - 120;
+      sumY += y - 160;
+      sumXY += (x - 120.0) * (y - 160.0);
+      ++n;
+    }
+  }
+  ASSERT_GT(n, 50);
+  // The text stands on the line: its ink lies just above the midpoint (120, 160).
+  const double cx = sumX / n;
+  const double cy = sumY / n;
+  EXPECT_LT(std::hypot(cx, cy), 12);
+  EXPECT_LT(cx + cy, 0);
+  EXPECT_LT(sumXY / n, -100);  // running up to the right, like the line
+}
+
+}  // namespace
+}  // namespace orvel
