@@ -30,6 +30,7 @@
 #include "track/waypoints.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
+#include "view/units.h"
 
 #ifndef ORVEL_DEMO_DIR
 #define ORVEL_DEMO_DIR ""
@@ -50,6 +51,7 @@ QString demoMapPath() {
 
 // How long the demo waits for a real receiver before it replays its recorded drive.
 constexpr int kDemoGraceMs = 5000;
+constexpr uint32_t kDemoZoomIndex = 7;  // "120 м": 3 m per pixel
 
 void preparePortScanning() {
   setScanIndicator({[] { showSatellites(0); }, [] { showNoConnection(); }});
@@ -184,10 +186,19 @@ int appMain(const QStringList& arguments) {
   createGpsNotification(*window);
 
   QString mapPath = commandLine.mapPath;
-  if (mapPath.isEmpty() && commandLine.demo) mapPath = demoMapPath();
+  const bool demoMap = mapPath.isEmpty() && commandLine.demo;
+  if (demoMap) {
+    mapPath = demoMapPath();
+    // The demo map's middle is open sea: start over the streets the demo drive passes. The
+    // centre lies inside the map, so opening it keeps the centre.
+    mapView().setCentre(degreesToMapUnits(static_cast<float>(kDemoAnchor.longitude)),
+                        degreesToMapUnits(static_cast<float>(kDemoAnchor.latitude)));
+  }
   if (!mapPath.isEmpty()) {
     openMapFile(std::filesystem::path(mapPath.toStdString()), mapView());
     testLog(QStringLiteral("opened ") + mapPath);
+    // A town scale shows a newcomer streets and their names rather than one kerb.
+    if (demoMap && currentMap()) mapView().setZoomIndex(kDemoZoomIndex);
   }
 
   if (readSettingBool("RecordTrack", false)) openTrackFile();

@@ -74,6 +74,9 @@ struct Capture {
   Kind kind;
 };
 
+// Names the capture in test output instead of dumping the object's bytes.
+void PrintTo(const Capture& capture, std::ostream* out) { *out << capture.path.filename().string(); }
+
 std::vector<Capture> captures() {
   std::vector<Capture> found;
   const auto root = test::dataDir() / "gps";
