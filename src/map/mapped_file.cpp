@@ -50,6 +50,9 @@ MappedFile::Status MappedFile::open(const std::filesystem::path& path) {
       data_ = static_cast<const uint8_t*>(view);
       size_ = static_cast<size_t>(info.st_size);
       mapped_ = true;
+      // Maps are read where the view is, not front to back: read-ahead would only fill
+      // memory with pages of tiles that are never drawn.
+      ::madvise(view, size_, MADV_RANDOM);
     }
   } else if (!S_ISREG(info.st_mode)) {
     // A size of 0 that is not an empty regular file (a folder, a device) cannot be mapped.

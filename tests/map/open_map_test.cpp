@@ -77,14 +77,17 @@ TEST_F(OpenMap, CentreInsideTheMapIsKept) {
   EXPECT_EQ(view_.centre(), (MapPoint{344072, 2030000}));
 }
 
-// Map sets are not opened yet: their first directory entry is the product file, so the
-// tile's subfiles are not found and the file is refused as an unknown format.
-TEST_F(OpenMap, MapSetIsRefusedForNow) {
+// A map set opens with the union of its tiles' bounds, and the view is set up for it as
+// for one tile.
+TEST_F(OpenMap, MapSetOpensWithTheUnionOfItsTiles) {
   const auto path = test::dataFile("maps/monaco_tiles_gmapsupp.img");
   if (path.empty()) GTEST_SKIP();
-  EXPECT_FALSE(openMapFile(path, view_));
-  EXPECT_EQ(currentMap(), nullptr);
-  EXPECT_EQ(messages_.messages(), std::vector<std::string>{kUnsupported});
+  view_.setCentre(0, 0);
+  EXPECT_TRUE(openMapFile(path, view_));
+  ASSERT_NE(currentMap(), nullptr);
+  EXPECT_TRUE(messages_.messages().empty());
+  EXPECT_EQ(currentMap()->bounds(), (MapRect{344064, 2027520, 350208, 2039808}));
+  EXPECT_EQ(view_.centre(), (MapPoint{347136, 2033664}));  // the middle of the union
 }
 
 TEST_F(OpenMap, MissingFileLeavesNoMap) {

@@ -2,6 +2,7 @@
 #include <cstdio>
 
 #include "commands.h"
+#include "map/img/img_map_file.h"
 #include "map/map_file.h"
 #include "view/map_view.h"
 
@@ -20,6 +21,11 @@ int runInfo(std::span<const char* const> args) {
   for (const auto& [key, value] : facts) std::printf("%s: %s\n", key.c_str(), value.c_str());
   std::printf("zoom_index: %u\n", view.zoomIndex());
   std::printf("centre_units: %d %d\n", view.centre().x, view.centre().y);
+  if (const auto* img = dynamic_cast<const ImgMapFile*>(currentMap())) {
+    MapFacts tiles;
+    img->describeTiles(tiles);
+    for (const auto& [key, value] : tiles) std::printf("%s: %s\n", key.c_str(), value.c_str());
+  }
   closeMapFile();
   return kExitOk;
 }

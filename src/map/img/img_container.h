@@ -5,6 +5,7 @@
 #include <cstdint>
 #include <span>
 #include <string>
+#include <vector>
 
 namespace orvel {
 
@@ -40,5 +41,18 @@ struct ImgDirectory {
 // The scan ends at the entry count of the header or at the first entry that does not lie
 // wholly inside the file, whichever comes first.
 ImgDirectory scanImgDirectory(std::span<const uint8_t> file);
+
+// The subfiles of one tile of a map set.
+struct ImgTileFiles {
+  std::string name;                    // 8 bytes of the entries' name
+  std::array<ImgSubfile, 4> subfiles;  // ImgSubfileType order
+};
+
+// Scans the directory of a map set: every in-use entry, grouped by tile name in the order
+// the names first appear. A subfile starts at the first block of its first part (byte 0x11
+// zero), which also holds the whole size; later parts only continue it, so they neither
+// move nor resize it. As for one tile, a later first part of the same type replaces an
+// earlier one, and the scan ends where scanImgDirectory's does.
+std::vector<ImgTileFiles> scanImgTiles(std::span<const uint8_t> file);
 
 }  // namespace orvel

@@ -15,38 +15,65 @@ std::string printed(const char* fmt, auto... args) {
 // Degrees of a map-unit angle, in double precision for printing.
 double degrees(int32_t units) { return units * 360.0 / 16777216.0; }
 
+
+// "17i 18 20 22 24" and "1 1 3 10 19": bits (i = inherited) and subdivisions per level.
+void describeLevels(std::span<const ImgLevel> levels, std::string& bits, std::string& perLevel) {
+  for (const ImgLevel& level : levels) {
+    bits += printed(bits.empty() ? "%u%s" : " %u%s", unsigned{level.bits}, level.inherited ? "i" : "");
+    perLevel += printed(perLevel.empty() ? "%u" : " %u", unsigned{level.subdivisions});
+  }
+}
+
+std::string unitsText(const MapRect& b) { return printed("%d %d %d %d", b.west, b.south, b.east, b.north); }
+
 }  // namespace
 
 void ImgMapFile::describe(MapFacts& facts) const {
   const MapRect& b = bounds_;
   facts.emplace_back("format", "img");
   facts.emplace_back("tile", tileName_);
-  facts.emplace_back("bounds_units", printed("%d %d %d %d", b.west, b.south, b.east, b.north));
+  facts.emplace_back("bounds_units", unitsText(b));
   facts.emplace_back("bounds_deg", printed("%.6f %.6f %.6f %.6f", degrees(b.west), degrees(b.south),
                                           degrees(b.east), degrees(b.north)));
   facts.emplace_back("block_size", std::to_string(blockSize_));
   facts.emplace_back("xor_key", printed("0x%02x", xorKey_));
 
-  std::string levels = std::to_string(levels_.size());
-  std::string perLevel;
-  for (const ImgLevel& level : levels_) {
-    levels += printed(" %u%s", unsigned{level.bits}, level.inherited ? "i" : "");
-    perLevel += printed(perLevel.empty() ? "%u" : " %u", unsigned{level.subdivisions});
+  if (mapSet_) {
+    facts.emplace_back("tiles", std::to_string(tiles_.size()));
+    return;
   }
-  facts.emplace_back("levels", levels);
-  facts.emplace_back("subdivisions", printed("%zu (", subdivisions_.size()).append(perLevel).append(")"));
 
-  facts.emplace_back("label_coding", std::to_string(labelCoding_));
-  facts.emplace_back("codepage", std::to_string(codePage_));
-  facts.emplace_back("label_shift", std::to_string(labelShift_));
-  std::string subfiles =
-      printed("tre 0x%x rgn 0x%x lbl 0x%x", subfileOffsets_[0], subfileOffsets_[1], subfileOffsets_[2]);
-  if (hasNet_) subfiles.append(printed(" net 0x%x", subfileOffsets_[3]));
+  const ImgTile& tile = first();
+  std::string bits;
+  std::string perLevel;
+  describeLevels(tile.levels(), bits, perLevel);
+  facts.emplace_back("levels", std::to_string(tile.levels().size()) + (bits.empty() ? "" : " " + bits));
+  facts.emplace_back("subdivisions", printed("%zu (", tile.subdivisions().size()).append(perLevel).append(")"));
+
+  facts.emplace_back("label_coding", std::to_string(tile.labelCoding()));
+  facts.emplace_back("codepage", std::to_string(tile.codePage()));
+  facts.emplace_back("label_shift", std::to_string(tile.labelShift()));
+  std::string subfiles = printed("tre 0x%x rgn 0x%x lbl 0x%x", subfileOffset(kSubfileTre),
+                                 subfileOffset(kSubfileRgn), subfileOffset(kSubfileLbl));
+  if (tile.hasNet()) subfiles.append(printed(" net 0x%x", subfileOffset(kSubfileNet)));
   facts.emplace_back("subfiles", subfiles);
-  facts.emplace_back("rgn_data_bytes", std::to_string(rgnData_.size()));
-  facts.emplace_back("label_data_bytes", std::to_string(labelData_.size()));
-  facts.emplace_back("poi_properties_bytes", std::to_string(poiProperties_.size()));
-  facts.emplace_back("net_data_bytes", std::to_string(netData_.size()));
+  facts.emplace_back("rgn_data_bytes", std::to_string(tile.rgnData().size()));
+  facts.emplace_back("label_data_bytes", std::to_string(tile.labelData().size()));
+  facts.emplace_back("poi_properties_bytes", std::to_string(tile.poiProperties().size()));
+  facts.emplace_back("net_data_bytes", std::to_string(tile.netData().size()));
+}
+
+void ImgMapFile::describeTiles(MapFacts& facts) const {
+  if (!mapSet_) return;
+  for (const ImgTile& tile : tiles_) {
+    std::string bits;
+    std::string perLevel;
+    describeLevels(tile.levels(), bits, perLevel);
+    facts.emplace_back("tile " + tile.name(),
+                       printed("bounds_units %s; ", unitsText(tile.bounds()).c_str()) +
+                           printed("levels %zu %s; ", tile.levels().size(), bits.c_str()) +
+                           printed("subdivisions %zu (%s)", tile.subdivisionCount(), perLevel.c_str()));
+  }
 }
 
 }  // namespace orvel

@@ -1,12 +1,9 @@
 #include "map/img/img_map_file.h"
 
-#include <algorithm>
 #include <new>
 
 #include "app/core/message.h"
-#include "map/img/byte_reader.h"
 #include "map/img/img_container.h"
-#include "map/img/img_index.h"
 
 namespace orvel {
 namespace {
@@ -15,58 +12,33 @@ constexpr const char* kUnsupported = "Не поддерживаемый форм
 constexpr const char* kEncrypted = "Карта зашифрована.\n (ПРИМЕЧАНИЕ: Зашифрованные карты не поддерживаются.)";
 constexpr const char* kNoMemory = "Не достаточно свободной памяти.";
 
-// TRE header.
-constexpr size_t kTreFlags = 0x0D;
-constexpr uint8_t kTreEncrypted = 0x80;
-constexpr size_t kTreNorth = 0x15;
-constexpr size_t kTreEast = 0x18;
-constexpr size_t kTreSouth = 0x1B;
-constexpr size_t kTreWest = 0x1E;
-constexpr size_t kTreLevels = 0x21;
-constexpr size_t kTreSubdivisions = 0x29;
-constexpr size_t kTreHeaderUsed = 0x31;
-constexpr size_t kLevelRecord = 4;
-
-// RGN header.
-constexpr size_t kRgnData = 0x15;
-constexpr size_t kRgnHeaderUsed = 0x1D;
-
-// LBL header.
-constexpr size_t kLblHeaderLength = 0x00;
-constexpr size_t kLblData = 0x15;
-constexpr size_t kLblShift = 0x1D;
-constexpr size_t kLblCoding = 0x1E;
-constexpr size_t kLblPoiProperties = 0x57;
-constexpr size_t kLblHeaderUsed = 0x5F;
-constexpr size_t kLblCodePage = 0xAA;
-constexpr uint16_t kLblHeaderWithCodePage = 172;
-
-// NET header.
-constexpr size_t kNetRoads = 0x15;
-constexpr size_t kNetHeaderUsed = 0x19;
-
-// A header of `used` bytes at `offset` lies wholly inside the file.
-bool headerInside(Bytes file, uint32_t offset, size_t used) { return uint64_t{offset} + used <= file.size(); }
-
-// The area of `length` bytes at `base + offset`, if it lies wholly inside the file.
-bool areaInside(Bytes file, uint64_t base, uint32_t offset, uint32_t length, Bytes& out) {
-  const uint64_t start = base + offset;
-  if (start + length > file.size()) return false;
-  out = file.subspan(static_cast<size_t>(start), length);
-  return true;
-}
-
-// An offset/length pair of a header, and the area it names inside the file.
-bool headerArea(Bytes file, uint32_t headerAt, size_t field, Bytes& out) {
-  uint32_t offset = 0;
-  uint32_t length = 0;
-  return readU32At(file, headerAt + field, offset) && readU32At(file, headerAt + field + 4, length) &&
-         areaInside(file, headerAt, offset, length, out);
-}
-
 bool refuse() {
   showMessage("%s", kUnsupported);
   return false;
+}
+
+bool noMemory() {
+  showMessage("%s", kNoMemory);
+  return false;
+}
+
+// Tells the user why a tile could not be read; false.
+bool report(ImgTileStatus status, const ImgTile& tile) {
+  switch (status) {
+    case ImgTileStatus::kOk: return true;
+    case ImgTileStatus::kUnsupported: return refuse();
+    case ImgTileStatus::kEncrypted: showMessage("%s", kEncrypted); return false;
+    case ImgTileStatus::kNoMemory: return noMemory();
+    case ImgTileStatus::kBadLabelCoding:
+      showMessage("Unsupported label code schema: %d", tile.labelCoding());
+      return false;
+  }
+  return false;
+}
+
+MapRect unite(const MapRect& a, const MapRect& b) {
+  return MapRect{a.west < b.west ? a.west : b.west, a.south < b.south ? a.south : b.south,
+                 a.east > b.east ? a.east : b.east, a.north > b.north ? a.north : b.north};
 }
 
 }  // namespace
@@ -87,8 +59,7 @@ bool ImgMapFile::load(Bytes file) {
     try {
       copy_.assign(file.begin(), file.end());
     } catch (const std::bad_alloc&) {
-      showMessage("%s", kNoMemory);
-      return false;
+      return noMemory();
     }
     for (uint8_t& byte : copy_) byte ^= xorKey_;
     file_ = copy_;
@@ -97,104 +68,62 @@ bool ImgMapFile::load(Bytes file) {
   const ImgDirectory dir = scanImgDirectory(file_);
   blockSize_ = dir.blockSize;
   tileName_ = dir.tileName;
-  for (size_t i = 0; i < dir.subfiles.size(); ++i) subfileOffsets_[i] = dir.subfiles[i].offset;
-  if (!dir.subfiles[kSubfileTre].found || !dir.subfiles[kSubfileRgn].found || !dir.subfiles[kSubfileLbl].found) {
-    return refuse();
+  if (dir.subfiles[kSubfileTre].found && dir.subfiles[kSubfileRgn].found && dir.subfiles[kSubfileLbl].found) {
+    return loadTile(dir);
   }
-  const uint32_t tre = dir.subfiles[kSubfileTre].offset;
-  const uint32_t rgn = dir.subfiles[kSubfileRgn].offset;
-  const uint32_t lbl = dir.subfiles[kSubfileLbl].offset;
+  return loadSet();
+}
 
-  // Bounds, then the encryption flag.
-  if (!headerInside(file_, tre, kTreHeaderUsed)) return refuse();
-  uint32_t north = 0, east = 0, south = 0, west = 0;
-  uint8_t treFlags = 0;
-  readU24At(file_, tre + kTreNorth, north);
-  readU24At(file_, tre + kTreEast, east);
-  readU24At(file_, tre + kTreSouth, south);
-  readU24At(file_, tre + kTreWest, west);
-  readU8At(file_, tre + kTreFlags, treFlags);
-  bounds_ = MapRect{signExtend24(west), signExtend24(south), signExtend24(east), signExtend24(north)};
-  if (treFlags & kTreEncrypted) {
-    showMessage("%s", kEncrypted);
-    return false;
-  }
-
-  // Levels and the subdivision index.
-  Bytes levelSection;
-  Bytes subdivisionSection;
-  if (!headerArea(file_, tre, kTreLevels, levelSection) ||
-      !headerArea(file_, tre, kTreSubdivisions, subdivisionSection)) {
-    return refuse();
-  }
-  const size_t levelCount = levelSection.size() / kLevelRecord;
-  size_t subdivisionCount = 0;
+bool ImgMapFile::loadTile(const ImgDirectory& dir) {
   try {
-    levels_.resize(levelCount);
+    tiles_.emplace_back(dir.tileName, dir.subfiles);
+    tileBounds_.resize(1);
   } catch (const std::bad_alloc&) {
-    showMessage("%s", kNoMemory);
-    return false;
+    return noMemory();
   }
-  for (size_t i = 0; i < levelCount; ++i) {
-    const auto record = levelSection.subspan(i * kLevelRecord, kLevelRecord);
-    ImgLevel& level = levels_[i];
-    level.inherited = (record[0] & 0x80) != 0;
-    level.zoom = static_cast<uint8_t>(record[0] & 0x7F);
-    level.bits = record[1];
-    level.subdivisions = static_cast<uint16_t>(record[2] | record[3] << 8);
-    // Shifts of 24 - bits must stay within 0..23 for every later computation.
-    if (level.bits < 1 || level.bits > 24) return refuse();
-    subdivisionCount += level.subdivisions;
-  }
+  ImgTile& tile = tiles_.front();
+  const ImgTileStatus header = tile.loadHeader(file_);
+  bounds_ = tile.bounds();  // set even for a locked tile
+  tileBounds_[0] = tile.bounds();
+  if (!report(header, tile)) return false;
+  return report(tile.loadIndex(file_), tile);
+}
+
+bool ImgMapFile::loadSet() {
+  mapSet_ = true;
+  size_t locked = 0;
   try {
-    subdivisions_.resize(subdivisionCount);
+    std::vector<ImgTileFiles> found = scanImgTiles(file_);
+    tiles_.reserve(found.size());
+    for (ImgTileFiles& files : found) {
+      ImgTile tile(std::move(files.name), files.subfiles);
+      if (!tile.hasAll()) continue;  // the product, sort and index subfiles
+      const ImgTileStatus status = tile.loadHeader(file_);
+      if (status == ImgTileStatus::kEncrypted) ++locked;
+      if (status != ImgTileStatus::kOk) continue;
+      tiles_.push_back(std::move(tile));
+    }
+    tiles_.shrink_to_fit();
+    tileBounds_.reserve(tiles_.size());
+    for (const ImgTile& tile : tiles_) tileBounds_.push_back(tile.bounds());
+    visited_.reserve(tiles_.size());
   } catch (const std::bad_alloc&) {
-    showMessage("%s", kNoMemory);
-    return false;
+    return noMemory();
   }
-  if (!readImgSubdivisions(subdivisionSection, levels_, subdivisions_)) return refuse();
-  placeImgSubdivisions(levels_, subdivisions_);
-
-  if (!headerInside(file_, rgn, kRgnHeaderUsed) || !headerArea(file_, rgn, kRgnData, rgnData_)) return refuse();
-  findImgSections(rgnData_, subdivisions_);
-
-  // Labels.
-  if (!headerInside(file_, lbl, kLblHeaderUsed)) return refuse();
-  uint16_t lblHeaderLength = 0;
-  readU16At(file_, lbl + kLblHeaderLength, lblHeaderLength);
-  readU8At(file_, lbl + kLblShift, labelShift_);
-  readU8At(file_, lbl + kLblCoding, labelCoding_);
-  codePage_ = 0;
-  if (lblHeaderLength >= kLblHeaderWithCodePage && !readU16At(file_, lbl + kLblCodePage, codePage_)) {
+  if (tiles_.empty()) {
+    if (locked > 0) return report(ImgTileStatus::kEncrypted, empty_);
     return refuse();
   }
-  switch (labelCoding_) {
-    case 6: labelSchema_ = LabelSchema::SixBit; break;
-    case 9: labelSchema_ = LabelSchema::Byte; break;
-    case 10: labelSchema_ = LabelSchema::Coding10; break;
-    default:
-      showMessage("Unsupported label code schema: %d", labelCoding_);
-      return false;
-  }
-  if (!headerArea(file_, lbl, kLblData, labelData_)) return refuse();
-  uint32_t poiOffset = 0;
-  uint32_t poiLength = 0;
-  readU32At(file_, lbl + kLblPoiProperties, poiOffset);
-  readU32At(file_, lbl + kLblPoiProperties + 4, poiLength);
-  if (poiLength != 0 && !areaInside(file_, lbl, poiOffset, poiLength, poiProperties_)) return refuse();
-
-  // Road data: from its offset to the end of NET (as far as the file goes).
-  hasNet_ = dir.subfiles[kSubfileNet].found;
-  if (hasNet_) {
-    const ImgSubfile& net = dir.subfiles[kSubfileNet];
-    if (!headerInside(file_, net.offset, kNetHeaderUsed)) return refuse();
-    uint32_t roads = 0;
-    readU32At(file_, net.offset + kNetRoads, roads);
-    const uint64_t start = uint64_t{net.offset} + roads;
-    const uint64_t end = std::min<uint64_t>(uint64_t{net.offset} + net.size, file_.size());
-    if (start < end) netData_ = file_.subspan(static_cast<size_t>(start), static_cast<size_t>(end - start));
-  }
+  bounds_ = tileBounds_.front();
+  for (const MapRect& b : tileBounds_) bounds_ = unite(bounds_, b);
   return true;
+}
+
+void ImgMapFile::tilesMeeting(const MapRect& area, std::vector<uint32_t>& out) const {
+  out.clear();
+  for (size_t i = 0; i < tileBounds_.size(); ++i) {
+    if (intersects(tileBounds_[i], area)) out.push_back(static_cast<uint32_t>(i));
+  }
 }
 
 }  // namespace orvel

@@ -109,6 +109,16 @@ int decodePointRecords(const ImgDecodeInput& in, const ImgSubdivision& sub, Byte
 
 }  // namespace
 
+ImgDecodeInput makeImgDecodeInput(const ImgTile& tile, Bytes file) {
+  ImgDecodeInput in;
+  in.levels = tile.levels();
+  in.subdivisions = tile.subdivisions();
+  in.rgnData = tile.rgnData();
+  in.netData = runToFileEnd(file, tile.netData());
+  in.poiProperties = runToFileEnd(file, tile.poiProperties());
+  return in;
+}
+
 ImgDecodeInput makeImgDecodeInput(const ImgMapFile& map) {
   ImgDecodeInput in;
   in.levels = map.levels();
@@ -149,18 +159,25 @@ int decodeSection(const ImgDecodeInput& in, const ImgSubdivision& sub, ImgSectio
   return 0;
 }
 
-void decodeImgLevel(const ImgDecodeInput& in, int level, const MapRect& visible, ObjectConsumer& consumer) {
-  auto visit = [&](auto&& onSubdivision) {
-    for (const ImgSubdivision& sub : in.subdivisions) {
-      if (sub.level == level && isSubdivisionVisible(sub, visible)) onSubdivision(sub);
+void decodeImgLevelPass(const ImgDecodeInput& in, int level, const MapRect& visible, ImgPass pass,
+                        ObjectConsumer& consumer) {
+  for (const ImgSubdivision& sub : in.subdivisions) {
+    if (sub.level != level || !isSubdivisionVisible(sub, visible)) continue;
+    switch (pass) {
+      case ImgPass::kPolygons: decodeSection(in, sub, kSectionPolygons, consumer); break;
+      case ImgPass::kLines: decodeSection(in, sub, kSectionPolylines, consumer); break;
+      case ImgPass::kPoints:
+        decodeSection(in, sub, kSectionPoints, consumer);
+        decodeSection(in, sub, kSectionIndexedPoints, consumer);
+        break;
     }
-  };
-  visit([&](const ImgSubdivision& sub) { decodeSection(in, sub, kSectionPolygons, consumer); });
-  visit([&](const ImgSubdivision& sub) { decodeSection(in, sub, kSectionPolylines, consumer); });
-  visit([&](const ImgSubdivision& sub) {
-    decodeSection(in, sub, kSectionPoints, consumer);
-    decodeSection(in, sub, kSectionIndexedPoints, consumer);
-  });
+  }
+}
+
+void decodeImgLevel(const ImgDecodeInput& in, int level, const MapRect& visible, ObjectConsumer& consumer) {
+  for (ImgPass pass : {ImgPass::kPolygons, ImgPass::kLines, ImgPass::kPoints}) {
+    decodeImgLevelPass(in, level, visible, pass, consumer);
+  }
 }
 
 void decodeImgView(const ImgDecodeInput& in, const MapRect& visible, int zoomLevelThreshold,

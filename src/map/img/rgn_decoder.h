@@ -55,6 +55,8 @@ struct ImgDecodeInput {
 // The input for a loaded map. The indirection checks are made against the end of the file,
 // so netData and poiProperties run on from their start to the end of the map's bytes.
 ImgDecodeInput makeImgDecodeInput(const ImgMapFile& map);
+// The same for one tile (indexed) of the map's bytes `file`.
+ImgDecodeInput makeImgDecodeInput(const ImgTile& tile, Bytes file);
 
 // The level drawn for a detail threshold (bits per coordinate of the zoom step). Walking the
 // levels in file order, starting from 0: an inherited level i makes i + 1 the choice, any
@@ -69,6 +71,14 @@ bool isSubdivisionVisible(const ImgSubdivision& sub, const MapRect& visible);
 // Decodes one section of one subdivision and returns the number of objects handed over.
 int decodeSection(const ImgDecodeInput& in, const ImgSubdivision& sub, ImgSection section,
                   ObjectConsumer& consumer);
+
+// One of the three passes of drawing order: polygons, polylines, points (each subdivision's
+// points section, then its indexed points section).
+enum class ImgPass : uint8_t { kPolygons, kLines, kPoints };
+
+// One pass over every visible subdivision of one level.
+void decodeImgLevelPass(const ImgDecodeInput& in, int level, const MapRect& visible, ImgPass pass,
+                        ObjectConsumer& consumer);
 
 // Every visible subdivision of one level, in drawing order.
 void decodeImgLevel(const ImgDecodeInput& in, int level, const MapRect& visible, ObjectConsumer& consumer);

@@ -39,6 +39,11 @@ class Collector final : public ObjectConsumer {
 
 bool orvFromImg(const ImgMapFile& img, std::span<const int> levelBits, OrvMapIn& out, std::string& error) {
   out = OrvMapIn{};
+  if (img.isMapSet()) {
+    // One .orv holds one map; a set's tiles would each need their own file.
+    error = "map sets of several tiles cannot be converted yet; convert single-tile maps";
+    return false;
+  }
   out.bounds = img.bounds();
   const ImgDecodeInput in = makeImgDecodeInput(img);
   const auto levels = img.levels();

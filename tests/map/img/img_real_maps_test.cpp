@@ -178,15 +178,17 @@ TEST(RealImgMap, RgnOverTwoDirectoryEntriesComesFromTheFirst) {
 
 // A map set whose first directory entry is its product file has no TRE, RGN or LBL of that
 // name. Opening map sets is not supported yet: today it is refused as an unknown format.
-TEST(RealImgMap, MapSetIsRefusedForNow) {
+TEST(RealImgMap, MapSetOpensWithoutAMessage) {
   const auto path = test::dataFile("maps/monaco_tiles_gmapsupp.img");
   if (path.empty()) GTEST_SKIP();
   const auto bytes = test::readFile(path);
   ImgMapFile map;
   MessageRecorder messages;
   ASSERT_TRUE(map.probe(bytes));
-  EXPECT_FALSE(map.load(bytes));
-  EXPECT_EQ(messages.messages(), std::vector<std::string>{"Не поддерживаемый формат файла либо файл поврежден."});
+  EXPECT_TRUE(map.load(bytes));
+  EXPECT_TRUE(map.isMapSet());
+  EXPECT_EQ(map.tileName(), "MAKEGMAP");
+  EXPECT_TRUE(messages.messages().empty());
 }
 
 }  // namespace
