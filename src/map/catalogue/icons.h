@@ -1,9 +1,10 @@
 #pragma once
-// The point icons, drawn by the program itself at start-up: a white symbol on a round
-// (places and services) or square (transport, parking, exits) badge of its category's
-// colour, or, for small map symbols (settlements, hazards, natural features), a bare symbol
-// with a thin white halo. Every icon is kIconSize square with its anchor in the middle
-// pixel: draw it at the object's screen point minus kIconHotSpot in x and y.
+// The point icons, loaded from the program's resources (res/icons/<id>.png, drawn by
+// tools/make_art): a white symbol on a round (places and services) or square (transport,
+// parking, exits) badge of its category's colour, or, for small map symbols (settlements,
+// hazards, natural features), a bare symbol with a thin white halo. Every icon is kIconSize
+// square with its anchor in the middle pixel: draw it at the object's screen point minus
+// kIconHotSpot in x and y.
 #include <cstdint>
 #include <span>
 
@@ -15,12 +16,11 @@ inline constexpr int kIconSize = 31;
 inline constexpr int kIconHotSpot = 15;
 inline constexpr uint16_t kWaypointIconId = 1400;
 
-// Every icon id that makeIcon draws, ascending: those the point table refers to (1000..1225)
+// Every icon id the resources hold, ascending: those the point table refers to (1000..1225)
 // and the waypoint flag (1400).
 std::span<const uint16_t> iconIds();
 
-// A new premultiplied-ARGB image of the icon, or a null image for an unknown id.
-// Needs a QGuiApplication (letters in some icons are set in a font).
-QImage makeIcon(uint16_t id);
+// The icon as a premultiplied-ARGB image, or a null image for an id the resources lack.
+QImage loadIcon(uint16_t id);
 
 }  // namespace orvel

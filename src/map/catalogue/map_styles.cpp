@@ -117,7 +117,7 @@ MapStyles::MapStyles() {
   }
 
   for (int id = kFirstPatternId; id <= kLastPatternId; ++id) {
-    patterns_[static_cast<size_t>(id - kFirstPatternId)] = QBrush(makePatternTile(id));
+    patterns_[static_cast<size_t>(id - kFirstPatternId)] = QBrush(loadPatternTile(id));
   }
 
   const auto polygons = polygonTypes();
@@ -136,7 +136,7 @@ MapStyles::MapStyles() {
     }
   }
 
-  for (uint16_t id : iconIds()) icons_.emplace_back(id, makeIcon(id));
+  for (uint16_t id : iconIds()) icons_.emplace_back(id, loadIcon(id));
   const auto points = pointTypes();
   for (size_t i = 0; i < points.size(); ++i) {
     pointIcons_[i] = points[i].icon != 0 ? icon(points[i].icon) : nullptr;

@@ -1,86 +1,15 @@
 #include "map/catalogue/patterns.h"
 
-#include <array>
-#include <cstddef>
+#include "map/catalogue/art_resources.h"
 
 namespace orvel {
-namespace {
 
-// A tile as text: '.' is the background, 'a' and 'b' the two ink colours.
-struct PatternArt {
-  int id;
-  QRgb background;
-  QRgb inkA;
-  QRgb inkB;
-  std::array<const char*, kPatternTileSize> rows;
-};
-
-constexpr std::array<PatternArt, 7> kPatterns{{
-    {116, qRgb(214, 226, 206), qRgb(96, 108, 96), qRgb(0, 0, 0),
-     {"................", "....a...........", "...aaa..........", "....a...........",
-      "....a...........", "................", "................", "................",
-      "................", "............a...", "...........aaa..", "............a...",
-      "............a...", "................", "................", "................"}},
-    {117, qRgb(222, 240, 202), qRgb(82, 150, 62), qRgb(150, 110, 60),
-     {"................", "...aa.......aa..", "..aaaa.....aaaa.", "..aaaa.....aaaa.",
-      "...aa.......aa..", "....b........b..", "................", "................",
-      "................", "...aa.......aa..", "..aaaa.....aaaa.", "..aaaa.....aaaa.",
-      "...aa.......aa..", "....b........b..", "................", "................"}},
-    {118, qRgb(232, 240, 212), qRgb(112, 160, 82), qRgb(0, 0, 0),
-     {"................", "..a.a...........", "...a.......a.a..", "...a........a...",
-      "............a...", "................", "......a.a.......", ".......a........",
-      ".......a........", "................", "a.a.........a.a.", ".a...........a..",
-      ".a...........a..", "................", "................", "................"}},
-    {119, qRgb(236, 238, 226), qRgb(128, 150, 118), qRgb(170, 184, 160),
-     {"................", ".aaa............", "................", "..........b.....",
-      "................", "........aaa.....", "................", "..b.............",
-      "................", "................", "...aaa..........", "...........b....",
-      "................", ".........aaa....", "................", "................"}},
-    {120, qRgb(236, 242, 228), qRgb(184, 204, 170), qRgb(0, 0, 0),
-     {"a.......a.......", ".a.......a......", "..a.......a.....", "...a.......a....",
-      "....a.......a...", ".....a.......a..", "......a.......a.", ".......a.......a",
-      "a.......a.......", ".a.......a......", "..a.......a.....", "...a.......a....",
-      "....a.......a...", ".....a.......a..", "......a.......a.", ".......a.......a"}},
-    {121, qRgb(236, 246, 255), qRgb(0, 128, 255), qRgb(150, 200, 255),
-     {"................", ".aaaa...........", "................", "..........bb....",
-      "................", "................", "................", "................",
-      "................", "........aaaa....", "................", "..bb............",
-      "................", "................", "................", "................"}},
-    {122, qRgb(226, 240, 236), qRgb(0, 100, 200), qRgb(60, 140, 90),
-     {"................", "..b.b.b.........", "..b.b.b.........", "...bbb..........",
-      ".aaaaaaa........", "................", "................", "................",
-      "................", "..........b.b.b.", "..........b.b.b.", "...........bbb..",
-      ".........aaaaaaa", "................", "................", "................"}},
-}};
-
-constexpr bool tilesAreSquare() {
-  for (const PatternArt& art : kPatterns) {
-    for (const char* row : art.rows) {
-      int n = 0;
-      while (row[n] != '\0') ++n;
-      if (n != kPatternTileSize) return false;
-    }
-  }
-  return true;
-}
-static_assert(tilesAreSquare(), "every pattern row must be one tile wide");
-
-}  // namespace
-
-QImage makePatternTile(int bitmapId) {
-  for (const PatternArt& art : kPatterns) {
-    if (art.id != bitmapId) continue;
-    QImage tile(kPatternTileSize, kPatternTileSize, QImage::Format_RGB32);
-    for (int y = 0; y < kPatternTileSize; ++y) {
-      const char* row = art.rows[static_cast<size_t>(y)];
-      for (int x = 0; x < kPatternTileSize; ++x) {
-        const char c = row[x];
-        tile.setPixel(x, y, c == 'a' ? art.inkA : c == 'b' ? art.inkB : art.background);
-      }
-    }
-    return tile;
-  }
-  return {};
+QImage loadPatternTile(int bitmapId) {
+  if (bitmapId < kFirstPatternId || bitmapId > kLastPatternId) return {};
+  initArtResources();
+  QImage tile(artPath(QStringLiteral("patterns/%1.png").arg(bitmapId)));
+  if (tile.isNull()) return {};
+  return tile.convertToFormat(QImage::Format_RGB32);
 }
 
 }  // namespace orvel

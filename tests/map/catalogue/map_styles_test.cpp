@@ -91,7 +91,7 @@ TEST_P(PolygonFills, AreAsTabled) {
   } else {
     EXPECT_EQ(brush.style(), Qt::TexturePattern);
     EXPECT_EQ(brush.textureImage().convertToFormat(QImage::Format_RGB32),
-              makePatternTile(c.pattern));
+              loadPatternTile(c.pattern));
   }
 }
 
@@ -241,12 +241,12 @@ TEST(PointIcons, UncataloguedPointsAndUnknownIdsHaveNone) {
   EXPECT_EQ(mapStyles().pointIcon(nullptr), nullptr);
   EXPECT_EQ(mapStyles().pointIcon(findPointType(0x1400)), nullptr);
   EXPECT_EQ(mapStyles().icon(1005), nullptr);
-  EXPECT_TRUE(makeIcon(999).isNull());
+  EXPECT_TRUE(loadIcon(999).isNull());
 }
 
 TEST(Patterns, AreOpaqueTilesWithADrawing) {
   for (int id = kFirstPatternId; id <= kLastPatternId; ++id) {
-    const QImage tile = makePatternTile(id);
+    const QImage tile = loadPatternTile(id);
     ASSERT_EQ(tile.size(), QSize(kPatternTileSize, kPatternTileSize)) << id;
     EXPECT_FALSE(tile.hasAlphaChannel());
     std::set<QRgb> colours;
@@ -255,8 +255,8 @@ TEST(Patterns, AreOpaqueTilesWithADrawing) {
     }
     EXPECT_GE(colours.size(), 2u) << id;
   }
-  EXPECT_TRUE(makePatternTile(115).isNull());
-  EXPECT_TRUE(makePatternTile(123).isNull());
+  EXPECT_TRUE(loadPatternTile(115).isNull());
+  EXPECT_TRUE(loadPatternTile(123).isNull());
 }
 
 TEST(StyleSet, IsMadeOnceAndCanBeMadeAgainAfterDestruction) {

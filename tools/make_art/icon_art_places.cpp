@@ -1,7 +1,7 @@
 // Symbols for settlements, sea hazards, food and drink, lodging, sights and sport.
 #include <array>
 
-#include "map/catalogue/icon_glyph.h"
+#include "make_art/icon_glyph.h"
 
 namespace orvel::icon_art {
 namespace {

@@ -3,7 +3,7 @@
 
 #include <QPainter>
 
-#include "map/catalogue/icon_glyph.h"
+#include "make_art/icon_glyph.h"
 
 namespace orvel::icon_art {
 namespace {

@@ -2,7 +2,7 @@
 // waypoint flag.
 #include <array>
 
-#include "map/catalogue/icon_glyph.h"
+#include "make_art/icon_glyph.h"
 
 namespace orvel::icon_art {
 namespace {

@@ -1,4 +1,4 @@
-#include "map/catalogue/icon_glyph.h"
+#include "make_art/icon_glyph.h"
 
 #include <cmath>
 #include <numbers>
