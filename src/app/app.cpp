@@ -131,7 +131,9 @@ CommandLine parseCommandLine(const QStringList& arguments) {
       } else {
         line.gpsSources << arguments[++i];
       }
-    } else if (!argument.startsWith(QLatin1String("--")) && line.mapPath.isEmpty() && !argument.isEmpty()) {
+    } else if (argument.startsWith(QLatin1String("--"))) {
+      line.error = QStringLiteral("unknown option %1 (try --help)").arg(argument);
+    } else if (line.mapPath.isEmpty() && !argument.isEmpty()) {
       line.mapPath = QFileInfo(argument).absoluteFilePath();
     }
   }

@@ -1,0 +1,44 @@
+// What the viewer makes of its command line.
+#include <gtest/gtest.h>
+
+#include <QDir>
+
+#include "app/app.h"
+
+namespace orvel::test {
+namespace {
+
+struct CommandLineCase {
+  QStringList arguments;
+  QString mapName;  // file name of the map taken, empty for none
+  bool demo;
+  QStringList gps;
+  bool error;
+};
+
+TEST(CommandLine, ReadsMapDemoAndGpsSourcesAndRefusesWhatItCannotUse) {
+  const CommandLineCase cases[] = {
+      {{}, {}, false, {}, false},
+      {{"map.img"}, "map.img", false, {}, false},
+      {{"--demo"}, {}, true, {}, false},
+      {{"--gps", "/dev/ttyUSB0", "map.orv"}, "map.orv", false, {"/dev/ttyUSB0"}, false},
+      {{"--gps", "gpsd://localhost", "--gps", "/dev/pts/3"}, {}, false, {"gpsd://localhost", "/dev/pts/3"}, false},
+      {{"a.img", "b.img"}, "a.img", false, {}, false},  // the first map wins
+      {{"--gps"}, {}, false, {}, true},
+      {{"--zoom", "3"}, "3", false, {}, true},
+  };
+  for (const CommandLineCase& c : cases) {
+    const CommandLine line = parseCommandLine(c.arguments);
+    SCOPED_TRACE(c.arguments.join(' ').toStdString());
+    EXPECT_EQ(line.mapPath.isEmpty() ? QString() : QFileInfo(line.mapPath).fileName(), c.mapName);
+    if (!line.mapPath.isEmpty()) {
+      EXPECT_TRUE(QDir::isAbsolutePath(line.mapPath));
+    }
+    EXPECT_EQ(line.demo, c.demo);
+    EXPECT_EQ(line.gpsSources, c.gps);
+    EXPECT_EQ(!line.error.isEmpty(), c.error);
+  }
+}
+
+}  // namespace
+}  // namespace orvel::test
