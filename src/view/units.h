@@ -4,6 +4,7 @@
 //   Semicircles: 2^32 per full turn, 256 x the same angle in MapUnits.
 #include <climits>
 #include <cstdint>
+#include <span>
 
 namespace orvel {
 
@@ -25,6 +26,23 @@ struct MapRect {
   int32_t north = INT32_MIN;
   friend bool operator==(const MapRect&, const MapRect&) = default;
 };
+
+// The bounding box of the points; the empty box for none.
+inline MapRect pointBounds(std::span<const MapPoint> points) {
+  MapRect box;
+  for (const MapPoint& p : points) {
+    if (p.x < box.west) box.west = p.x;
+    if (p.x > box.east) box.east = p.x;
+    if (p.y < box.south) box.south = p.y;
+    if (p.y > box.north) box.north = p.y;
+  }
+  return box;
+}
+
+// True when the point lies in the box (edges inclusive).
+inline bool contains(const MapRect& r, const MapPoint& p) {
+  return r.west <= p.x && p.x <= r.east && r.south <= p.y && p.y <= r.north;
+}
 
 // True when the two boxes share at least one point (edges inclusive).
 inline bool intersects(const MapRect& a, const MapRect& b) {

@@ -15,21 +15,6 @@
 #include "view/text_draw.h"
 
 namespace orvel {
-namespace {
-
-MapRect boundingBox(std::span<const MapPoint> points) {
-  MapRect box;
-  for (const MapPoint& p : points) {
-    box.west = std::min(box.west, p.x);
-    box.east = std::max(box.east, p.x);
-    box.south = std::min(box.south, p.y);
-    box.north = std::max(box.north, p.y);
-  }
-  return box;
-}
-
-}  // namespace
-
 MapPainter::MapPainter(QPainter& painter, const MapView& view, const MapRect& visible, MapFile& map,
                        LabelPlacer& labels, DrawnTest drawn)
     : painter_(painter),
@@ -90,7 +75,7 @@ void MapPainter::useBrush(const QBrush* brush) {
 }
 
 void MapPainter::drawArea(const MapObject& object) {
-  const MapRect box = boundingBox(object.points);
+  const MapRect box = pointBounds(object.points);
   if (!intersects(box, visible_) || !view_.isLargeEnough(box, kMinDrawnPixels)) return;
   const int count = project(object.points);
   const TypeStyle* row = findPolygonType(object.type);
@@ -108,7 +93,7 @@ void MapPainter::drawArea(const MapObject& object) {
 }
 
 void MapPainter::drawLine(const MapObject& object) {
-  const MapRect box = boundingBox(object.points);
+  const MapRect box = pointBounds(object.points);
   if (!intersects(box, visible_) || !view_.isLargeEnough(box, kMinDrawnPixels)) return;
   const int count = project(object.points);
   const TypeStyle* row = findLineType(object.type);
@@ -131,7 +116,7 @@ void MapPainter::drawLine(const MapObject& object) {
 
 void MapPainter::drawPoint(const MapObject& object) {
   const MapPoint at = object.points.front();
-  if (at.x < visible_.west || at.x > visible_.east || at.y < visible_.south || at.y > visible_.north) return;
+  if (!contains(visible_, at)) return;
   const MapPoint screen = view_.mapToScreen(at);
   const TypeStyle* row = findPointType(object.type);
   if (const QImage* icon = styles_.pointIcon(row)) {

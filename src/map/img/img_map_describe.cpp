@@ -1,30 +1,19 @@
 #include <cstdio>
 #include <string>
 
+#include "map/map_facts.h"
 #include "map/img/img_map_file.h"
 
 namespace orvel {
 namespace {
 
-std::string printed(const char* fmt, auto... args) {
-  char buffer[128];
-  std::snprintf(buffer, sizeof buffer, fmt, args...);
-  return buffer;
-}
-
-// Degrees of a map-unit angle, in double precision for printing.
-double degrees(int32_t units) { return units * 360.0 / 16777216.0; }
-
-
 // "17i 18 20 22 24" and "1 1 3 10 19": bits (i = inherited) and subdivisions per level.
 void describeLevels(std::span<const ImgLevel> levels, std::string& bits, std::string& perLevel) {
   for (const ImgLevel& level : levels) {
-    bits += printed(bits.empty() ? "%u%s" : " %u%s", unsigned{level.bits}, level.inherited ? "i" : "");
-    perLevel += printed(perLevel.empty() ? "%u" : " %u", unsigned{level.subdivisions});
+    bits += printedFact(bits.empty() ? "%u%s" : " %u%s", unsigned{level.bits}, level.inherited ? "i" : "");
+    perLevel += printedFact(perLevel.empty() ? "%u" : " %u", unsigned{level.subdivisions});
   }
 }
-
-std::string unitsText(const MapRect& b) { return printed("%d %d %d %d", b.west, b.south, b.east, b.north); }
 
 }  // namespace
 
@@ -32,11 +21,9 @@ void ImgMapFile::describe(MapFacts& facts) const {
   const MapRect& b = bounds_;
   facts.emplace_back("format", "img");
   facts.emplace_back("tile", tileName_);
-  facts.emplace_back("bounds_units", unitsText(b));
-  facts.emplace_back("bounds_deg", printed("%.6f %.6f %.6f %.6f", degrees(b.west), degrees(b.south),
-                                          degrees(b.east), degrees(b.north)));
+  addBoundsFacts(b, facts);
   facts.emplace_back("block_size", std::to_string(blockSize_));
-  facts.emplace_back("xor_key", printed("0x%02x", xorKey_));
+  facts.emplace_back("xor_key", printedFact("0x%02x", xorKey_));
 
   if (mapSet_) {
     facts.emplace_back("tiles", std::to_string(tiles_.size()));
@@ -48,14 +35,14 @@ void ImgMapFile::describe(MapFacts& facts) const {
   std::string perLevel;
   describeLevels(tile.levels(), bits, perLevel);
   facts.emplace_back("levels", std::to_string(tile.levels().size()) + (bits.empty() ? "" : " " + bits));
-  facts.emplace_back("subdivisions", printed("%zu (", tile.subdivisions().size()).append(perLevel).append(")"));
+  facts.emplace_back("subdivisions", printedFact("%zu (", tile.subdivisions().size()).append(perLevel).append(")"));
 
   facts.emplace_back("label_coding", std::to_string(tile.labelCoding()));
   facts.emplace_back("codepage", std::to_string(tile.codePage()));
   facts.emplace_back("label_shift", std::to_string(tile.labelShift()));
-  std::string subfiles = printed("tre 0x%x rgn 0x%x lbl 0x%x", subfileOffset(kSubfileTre),
+  std::string subfiles = printedFact("tre 0x%x rgn 0x%x lbl 0x%x", subfileOffset(kSubfileTre),
                                  subfileOffset(kSubfileRgn), subfileOffset(kSubfileLbl));
-  if (tile.hasNet()) subfiles.append(printed(" net 0x%x", subfileOffset(kSubfileNet)));
+  if (tile.hasNet()) subfiles.append(printedFact(" net 0x%x", subfileOffset(kSubfileNet)));
   facts.emplace_back("subfiles", subfiles);
   facts.emplace_back("rgn_data_bytes", std::to_string(tile.rgnData().size()));
   facts.emplace_back("label_data_bytes", std::to_string(tile.labelData().size()));
@@ -70,9 +57,9 @@ void ImgMapFile::describeTiles(MapFacts& facts) const {
     std::string perLevel;
     describeLevels(tile.levels(), bits, perLevel);
     facts.emplace_back("tile " + tile.name(),
-                       printed("bounds_units %s; ", unitsText(tile.bounds()).c_str()) +
-                           printed("levels %zu %s; ", tile.levels().size(), bits.c_str()) +
-                           printed("subdivisions %zu (%s)", tile.subdivisionCount(), perLevel.c_str()));
+                       printedFact("bounds_units %s; ", boundsUnitsText(tile.bounds()).c_str()) +
+                           printedFact("levels %zu %s; ", tile.levels().size(), bits.c_str()) +
+                           printedFact("subdivisions %zu (%s)", tile.subdivisionCount(), perLevel.c_str()));
   }
 }
 

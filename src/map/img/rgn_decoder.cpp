@@ -200,15 +200,4 @@ bool isDrawnObject(const MapObject& object) {
   return false;
 }
 
-MapRect pointBounds(std::span<const MapPoint> points) {
-  MapRect box;
-  for (const MapPoint& p : points) {
-    if (p.x < box.west) box.west = p.x;
-    if (p.x > box.east) box.east = p.x;
-    if (p.y < box.south) box.south = p.y;
-    if (p.y > box.north) box.north = p.y;
-  }
-  return box;
-}
-
 }  // namespace orvel

@@ -94,7 +94,4 @@ inline constexpr size_t kMinDrawnLinePoints = 2;
 // Type and point count allow drawing (culling against the view is left to drawing).
 bool isDrawnObject(const MapObject& object);
 
-// The bounding box of the points; the empty box for none.
-MapRect pointBounds(std::span<const MapPoint> points);
-
 }  // namespace orvel

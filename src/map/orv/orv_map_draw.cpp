@@ -5,6 +5,7 @@
 
 #include "map/catalogue/icons.h"
 #include "map/catalogue/map_styles.h"
+#include "map/img/rgn_decoder.h"  // which area types are never drawn, in either format
 #include "map/orv/orv_map_file.h"
 #include "view/text_draw.h"
 
@@ -15,23 +16,6 @@ namespace {
 constexpr int32_t kMinObjectPixels = 2;
 constexpr int32_t kMinLabelPixels = 10;
 constexpr int kPointLabelOffset = 3;
-
-bool isDrawnAreaType(uint32_t type) { return type != 0x4B && type != 0x4A && type != 0x01 && type != 0x02; }
-
-MapRect boundsOf(std::span<const MapPoint> points) {
-  MapRect box;
-  for (const MapPoint& p : points) {
-    box.west = std::min(box.west, p.x);
-    box.east = std::max(box.east, p.x);
-    box.south = std::min(box.south, p.y);
-    box.north = std::max(box.north, p.y);
-  }
-  return box;
-}
-
-bool contains(const MapRect& r, const MapPoint& p) {
-  return r.west <= p.x && p.x <= r.east && r.south <= p.y && p.y <= r.north;
-}
 
 class OrvDrawer final : public ObjectConsumer {
  public:
@@ -47,9 +31,9 @@ class OrvDrawer final : public ObjectConsumer {
     }
     const size_t n = object.points.size();
     if (n < 2) return;
-    const MapRect box = boundsOf(object.points);
+    const MapRect box = pointBounds(object.points);
     if (!intersects(box, visible_) || !view_.isLargeEnough(box, kMinObjectPixels)) return;
-    if (object.kind == ObjectKind::Polygon && !isDrawnAreaType(object.type)) return;
+    if (object.kind == ObjectKind::Polygon && !isDrawnPolygonType(object.type)) return;
     for (size_t i = 0; i < n; ++i) {
       screen_[i] = view_.mapToScreen(object.points[i]);
       qtPoints_[i] = QPoint(screen_[i].x, screen_[i].y);
