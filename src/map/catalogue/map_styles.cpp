@@ -24,14 +24,14 @@ QPen makePen(bool dashed, int width, QColor colour) {
   return pen;
 }
 
-struct PenSpec {
+struct PenRow {
   PenId id;
   bool dashed;
   int width;
   QRgb colour;
 };
 
-constexpr PenSpec kPens[] = {
+constexpr PenRow kPens[] = {
     {PenId::Tram, false, 2, qRgb(0, 0, 0)},
     {PenId::DepthMajor, false, 2, qRgb(0, 255, 255)},
     {PenId::DepthIntermediate, false, 1, qRgb(0, 255, 255)},
@@ -56,13 +56,13 @@ constexpr PenSpec kPens[] = {
 
 enum class FontId : uint8_t { A, P12, P14, P16, P18 };
 
-struct LabelSpec {
+struct LabelRow {
   LabelId id;
   FontId font;
   QRgb colour;
 };
 
-constexpr LabelSpec kLabels[] = {
+constexpr LabelRow kLabels[] = {
     {LabelId::None, FontId::A, qRgb(0, 0, 0)},
     {LabelId::ABlack, FontId::A, qRgb(0, 0, 0)},
     {LabelId::ANavy, FontId::A, qRgb(0, 0, 128)},
@@ -103,8 +103,8 @@ MapStyles::MapStyles() {
   static_assert(kDefaultFillPatternId - kFirstPatternId == 4);
 
   pens_[slot(PenId::None)] = QPen(Qt::NoPen);
-  for (const PenSpec& spec : kPens) {
-    pens_[slot(spec.id)] = makePen(spec.dashed, spec.width, QColor::fromRgb(spec.colour));
+  for (const PenRow& row : kPens) {
+    pens_[slot(row.id)] = makePen(row.dashed, row.width, QColor::fromRgb(row.colour));
   }
 
   // Label font A: the narrow bold face of map labels; point fonts as the point table names.
@@ -112,8 +112,8 @@ MapStyles::MapStyles() {
       makeGdiFont("Century Gothic", 16, 5, 700), makeGdiFont("Tahoma", 12, 0, 0),
       makeGdiFont("Tahoma", 14, 0, 700), makeGdiFont("Tahoma", 16, 0, 700),
       makeGdiFont("Tahoma", 18, 0, 700)};
-  for (const LabelSpec& spec : kLabels) {
-    labels_[slot(spec.id)] = {fonts[slot(spec.font)], QColor::fromRgb(spec.colour)};
+  for (const LabelRow& row : kLabels) {
+    labels_[slot(row.id)] = {fonts[slot(row.font)], QColor::fromRgb(row.colour)};
   }
 
   for (int id = kFirstPatternId; id <= kLastPatternId; ++id) {

@@ -53,7 +53,7 @@ struct EntrySpec {
   uint8_t partHigh = 0;
 };
 
-struct ImgSpec {
+struct ImgLayout {
   uint8_t e1 = 9;  // block size 512
   uint8_t e2 = 0;
   int32_t north = 1000, east = 2000, south = -1000, west = -2000;
@@ -86,19 +86,19 @@ struct BuiltImg {
 
 inline void padToBlock(ByteVector& b, size_t block) { b.resize((b.size() + block - 1) / block * block); }
 
-inline BuiltImg buildImg(const ImgSpec& spec) {
+inline BuiltImg buildImg(const ImgLayout& layout) {
   constexpr size_t kBlock = 512;
-  std::vector<EntrySpec> entries = spec.entries;
+  std::vector<EntrySpec> entries = layout.entries;
   if (entries.empty()) {
     const char* types[] = {"TRE", "RGN", "LBL", "NET"};
-    for (int i = 0; i < (spec.withNet ? 4 : 3); ++i) entries.push_back({"00000001", types[i], i});
+    for (int i = 0; i < (layout.withNet ? 4 : 3); ++i) entries.push_back({"00000001", types[i], i});
   }
   BuiltImg out;
   ByteVector& b = out.bytes;
   b.assign(0x600 + entries.size() * 512, 0);
   putText(b, 0x10, "DSKIMG");
-  putU8(b, 0x61, spec.e1);
-  putU8(b, 0x62, spec.e2);
+  putU8(b, 0x61, layout.e1);
+  putU8(b, 0x62, layout.e2);
   putLe(b, 0x40C, b.size(), 4);
   padToBlock(b, kBlock);
 
@@ -108,22 +108,22 @@ inline BuiltImg buildImg(const ImgSpec& spec) {
     ByteVector t(0xBC, 0);
     putLe(t, 0, 0xBC, 2);
     putText(t, 2, "GARMIN TRE");
-    putU8(t, 0x0D, spec.treFlags);
-    putLe(t, 0x15, static_cast<uint32_t>(spec.north), 3);
-    putLe(t, 0x18, static_cast<uint32_t>(spec.east), 3);
-    putLe(t, 0x1B, static_cast<uint32_t>(spec.south), 3);
-    putLe(t, 0x1E, static_cast<uint32_t>(spec.west), 3);
+    putU8(t, 0x0D, layout.treFlags);
+    putLe(t, 0x15, static_cast<uint32_t>(layout.north), 3);
+    putLe(t, 0x18, static_cast<uint32_t>(layout.east), 3);
+    putLe(t, 0x1B, static_cast<uint32_t>(layout.south), 3);
+    putLe(t, 0x1E, static_cast<uint32_t>(layout.west), 3);
     putLe(t, 0x21, 0xBC, 4);
-    putLe(t, 0x25, spec.levels.size() * 4, 4);
-    putLe(t, 0x29, 0xBC + spec.levels.size() * 4, 4);
-    putLe(t, 0x2D, spec.subdivisions.size(), 4);
-    for (const LevelSpec& level : spec.levels) {
+    putLe(t, 0x25, layout.levels.size() * 4, 4);
+    putLe(t, 0x29, 0xBC + layout.levels.size() * 4, 4);
+    putLe(t, 0x2D, layout.subdivisions.size(), 4);
+    for (const LevelSpec& level : layout.levels) {
       t.push_back(static_cast<uint8_t>(level.inherited ? 0x80 : 0));
       t.push_back(level.bits);
       t.push_back(static_cast<uint8_t>(level.count));
       t.push_back(static_cast<uint8_t>(level.count >> 8));
     }
-    append(t, spec.subdivisions);
+    append(t, layout.subdivisions);
     out.sizes[kBuiltTre] = static_cast<uint32_t>(t.size());
     append(b, t);
   }
@@ -135,8 +135,8 @@ inline BuiltImg buildImg(const ImgSpec& spec) {
     putLe(r, 0, 0x1D, 2);
     putText(r, 2, "GARMIN RGN");
     putLe(r, 0x15, 0x1D, 4);
-    putLe(r, 0x19, spec.rgnData.size(), 4);
-    append(r, spec.rgnData);
+    putLe(r, 0x19, layout.rgnData.size(), 4);
+    append(r, layout.rgnData);
     out.sizes[kBuiltRgn] = static_cast<uint32_t>(r.size());
     out.rgnDataOffset = out.offsets[kBuiltRgn] + 0x1D;
     append(b, r);
@@ -145,31 +145,31 @@ inline BuiltImg buildImg(const ImgSpec& spec) {
 
   out.offsets[kBuiltLbl] = static_cast<uint32_t>(b.size());
   {
-    const size_t header = spec.lblHeaderLength < 0xAC ? 0xAC : spec.lblHeaderLength;
+    const size_t header = layout.lblHeaderLength < 0xAC ? 0xAC : layout.lblHeaderLength;
     ByteVector l(header, 0);
-    putLe(l, 0, spec.lblHeaderLength, 2);
+    putLe(l, 0, layout.lblHeaderLength, 2);
     putText(l, 2, "GARMIN LBL");
     putLe(l, 0x15, header, 4);
-    putLe(l, 0x19, spec.labelData.size(), 4);
-    putU8(l, 0x1D, spec.labelShift);
-    putU8(l, 0x1E, spec.labelCoding);
-    putLe(l, 0x57, header + spec.labelData.size(), 4);
-    putLe(l, 0x5B, spec.poiProperties.size(), 4);
-    putLe(l, 0xAA, spec.codePage, 2);
-    append(l, spec.labelData);
-    append(l, spec.poiProperties);
+    putLe(l, 0x19, layout.labelData.size(), 4);
+    putU8(l, 0x1D, layout.labelShift);
+    putU8(l, 0x1E, layout.labelCoding);
+    putLe(l, 0x57, header + layout.labelData.size(), 4);
+    putLe(l, 0x5B, layout.poiProperties.size(), 4);
+    putLe(l, 0xAA, layout.codePage, 2);
+    append(l, layout.labelData);
+    append(l, layout.poiProperties);
     out.sizes[kBuiltLbl] = static_cast<uint32_t>(l.size());
     append(b, l);
   }
 
-  if (spec.withNet) {
+  if (layout.withNet) {
     padToBlock(b, kBlock);
     out.offsets[kBuiltNet] = static_cast<uint32_t>(b.size());
     ByteVector n(0x37, 0);
     putLe(n, 0, 0x37, 2);
     putLe(n, 0x15, 0x37, 4);
-    putLe(n, 0x19, spec.roadData.size(), 4);
-    append(n, spec.roadData);
+    putLe(n, 0x19, layout.roadData.size(), 4);
+    append(n, layout.roadData);
     out.sizes[kBuiltNet] = static_cast<uint32_t>(n.size());
     append(b, n);
   }

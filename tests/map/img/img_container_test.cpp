@@ -15,7 +15,7 @@ namespace {
 using test::buildImg;
 using test::ByteVector;
 using test::EntrySpec;
-using test::ImgSpec;
+using test::ImgLayout;
 
 const std::string kUnsupported = "Не поддерживаемый формат файла либо файл поврежден.";
 
@@ -64,13 +64,13 @@ TEST(ImgContainer, PlainFileIsReadInPlaceAndScrambledOneFromACopy) {
 }
 
 TEST(ImgContainer, BoundsAreSignExtended) {
-  ImgSpec spec;
-  spec.north = -5;
-  spec.south = -0x7FFFFF;
-  spec.west = -0x800000;
-  spec.east = 0x7FFFFF;
+  ImgLayout layout;
+  layout.north = -5;
+  layout.south = -0x7FFFFF;
+  layout.west = -0x800000;
+  layout.east = 0x7FFFFF;
   ImgMapFile map;
-  ASSERT_TRUE(load(map, buildImg(spec).bytes).ok);
+  ASSERT_TRUE(load(map, buildImg(layout).bytes).ok);
   EXPECT_EQ(map.bounds(), (MapRect{-0x800000, -0x7FFFFF, 0x7FFFFF, -5}));
 }
 
@@ -80,12 +80,12 @@ TEST(ImgContainer, BlockSizeIsSixteenBits) {
     uint16_t size;
   };
   for (const Case c : {Case{9, 0, 512}, Case{9, 1, 1024}, Case{8, 7, 32768}}) {
-    ImgSpec spec;
-    spec.e1 = c.e1;
-    spec.e2 = c.e2;
+    ImgLayout layout;
+    layout.e1 = c.e1;
+    layout.e2 = c.e2;
     // The builder lays subfiles out in 512-byte blocks; larger blocks land on block 0.
     ImgMapFile map;
-    load(map, buildImg(spec).bytes);
+    load(map, buildImg(layout).bytes);
     EXPECT_EQ(map.blockSize(), c.size) << +c.e1 << "+" << +c.e2;
   }
 }
@@ -133,9 +133,9 @@ TEST(ImgContainer, BlockSizeZeroPutsEverySubfileAtOffsetZero) {
 }
 
 TEST(ImgContainer, OnlyTheFirstInUseTileCounts) {
-  ImgSpec spec;
+  ImgLayout layout;
   // A second tile's entries, interleaved, pointing at blocks that hold no subfile headers.
-  spec.entries = {
+  layout.entries = {
       {"ZZZZZZZZ", "TRE", test::kBuiltNone, 1, 0},  // not in use: does not fix the tile name
       {"00000001", "TRE", test::kBuiltTre},
       {"00000002", "RGN", test::kBuiltNone, 1},
@@ -144,7 +144,7 @@ TEST(ImgContainer, OnlyTheFirstInUseTileCounts) {
       {"00000001", "LBL", test::kBuiltLbl},
       {"00000002", "TRE", test::kBuiltNone, 1},
   };
-  const test::BuiltImg built = buildImg(spec);
+  const test::BuiltImg built = buildImg(layout);
   ImgMapFile map;
   ASSERT_TRUE(load(map, built.bytes).ok);
   EXPECT_EQ(map.tileName(), "00000001");
@@ -155,14 +155,14 @@ TEST(ImgContainer, OnlyTheFirstInUseTileCounts) {
 }
 
 TEST(ImgContainer, LaterPartsAreSkippedButLaterFirstPartsReplace) {
-  ImgSpec spec;
-  spec.entries = {
+  ImgLayout layout;
+  layout.entries = {
       {"00000001", "TRE", test::kBuiltTre},
       {"00000001", "RGN", test::kBuiltRgn},
       {"00000001", "RGN", test::kBuiltNone, 1, 1, 1},  // part 1: skipped
       {"00000001", "LBL", test::kBuiltLbl},
   };
-  test::BuiltImg built = buildImg(spec);
+  test::BuiltImg built = buildImg(layout);
   ImgMapFile kept;
   ASSERT_TRUE(load(kept, built.bytes).ok);
   EXPECT_EQ(kept.subfileOffset(kSubfileRgn), built.offsets[test::kBuiltRgn]);
@@ -179,10 +179,10 @@ TEST(ImgContainer, LaterPartsAreSkippedButLaterFirstPartsReplace) {
 }
 
 TEST(ImgContainer, NetRoadDataRunsToTheEndOfNet) {
-  ImgSpec spec;
-  spec.withNet = true;
-  spec.roadData = {9, 8, 7, 6, 5};
-  const test::BuiltImg built = buildImg(spec);
+  ImgLayout layout;
+  layout.withNet = true;
+  layout.roadData = {9, 8, 7, 6, 5};
+  const test::BuiltImg built = buildImg(layout);
   ImgMapFile map;
   ASSERT_TRUE(load(map, built.bytes).ok);
   EXPECT_TRUE(map.hasNet());
@@ -195,15 +195,15 @@ TEST(ImgContainer, NetRoadDataRunsToTheEndOfNet) {
 }
 
 TEST(ImgContainer, EncryptedMapIsRefusedWithItsMessage) {
-  ImgSpec spec;
-  spec.treFlags = 0x80;
+  ImgLayout layout;
+  layout.treFlags = 0x80;
   ImgMapFile map;
-  const Loaded result = load(map, buildImg(spec).bytes);
+  const Loaded result = load(map, buildImg(layout).bytes);
   EXPECT_FALSE(result.ok);
   EXPECT_EQ(result.messages, std::vector<std::string>{
                                  "Карта зашифрована.\n (ПРИМЕЧАНИЕ: Зашифрованные карты не поддерживаются.)"});
-  spec.treFlags = 0x7F;
-  EXPECT_TRUE(load(map, buildImg(spec).bytes).ok);
+  layout.treFlags = 0x7F;
+  EXPECT_TRUE(load(map, buildImg(layout).bytes).ok);
 }
 
 TEST(ImgContainer, LabelSettings) {
@@ -222,12 +222,12 @@ TEST(ImgContainer, LabelSettings) {
       {0, 0xAC, false, 0, 0, "Unsupported label code schema: 0"},
   };
   for (const Case& c : cases) {
-    ImgSpec spec;
-    spec.labelCoding = c.coding;
-    spec.lblHeaderLength = c.headerLength;
-    spec.labelShift = 3;
+    ImgLayout layout;
+    layout.labelCoding = c.coding;
+    layout.lblHeaderLength = c.headerLength;
+    layout.labelShift = 3;
     ImgMapFile map;
-    const Loaded result = load(map, buildImg(spec).bytes);
+    const Loaded result = load(map, buildImg(layout).bytes);
     ASSERT_EQ(result.ok, c.ok) << +c.coding;
     if (!c.ok) {
       EXPECT_EQ(result.messages, std::vector<std::string>{c.message});
@@ -241,13 +241,13 @@ TEST(ImgContainer, LabelSettings) {
 }
 
 TEST(ImgContainer, PoiPropertiesOnlyWhenNotEmpty) {
-  ImgSpec spec;
+  ImgLayout layout;
   ImgMapFile none;
-  ASSERT_TRUE(load(none, buildImg(spec).bytes).ok);
+  ASSERT_TRUE(load(none, buildImg(layout).bytes).ok);
   EXPECT_TRUE(none.poiProperties().empty());
-  spec.poiProperties = {1, 2, 3};
+  layout.poiProperties = {1, 2, 3};
   ImgMapFile some;
-  ASSERT_TRUE(load(some, buildImg(spec).bytes).ok);
+  ASSERT_TRUE(load(some, buildImg(layout).bytes).ok);
   EXPECT_EQ(some.poiProperties().size(), 3u);
 }
 
@@ -271,10 +271,10 @@ TEST(ImgContainer, MissingOrOutsideSubfilesAreRefused) {
         {"00000001", "NET", test::kBuiltNone, 60000}}},
   };
   for (const Case& c : cases) {
-    ImgSpec spec;
-    spec.entries = c.entries;
+    ImgLayout layout;
+    layout.entries = c.entries;
     ImgMapFile map;
-    const Loaded result = load(map, buildImg(spec).bytes);
+    const Loaded result = load(map, buildImg(layout).bytes);
     EXPECT_FALSE(result.ok) << c.name;
     EXPECT_EQ(result.messages, std::vector<std::string>{kUnsupported}) << c.name;
   }
@@ -291,28 +291,28 @@ TEST(ImgContainer, DirectoryScanEndsWithTheFile) {
 
 TEST(ImgContainer, LevelBitsOutsideOneToTwentyFourAreRefused) {
   for (const uint8_t bits : {uint8_t{0}, uint8_t{25}, uint8_t{255}}) {
-    ImgSpec spec;
-    spec.levels = {{bits, false, 1}};
+    ImgLayout layout;
+    layout.levels = {{bits, false, 1}};
     ImgMapFile map;
-    const Loaded result = load(map, buildImg(spec).bytes);
+    const Loaded result = load(map, buildImg(layout).bytes);
     EXPECT_FALSE(result.ok) << +bits;
     EXPECT_EQ(result.messages, std::vector<std::string>{kUnsupported});
   }
 }
 
 // Three levels: 16-byte records for the first two, 14-byte records for the last.
-ImgSpec threeLevels(ByteVector rgnData) {
-  ImgSpec spec;
-  spec.levels = {{18, true, 1}, {20, false, 1}, {24, false, 2}};
+ImgLayout threeLevels(ByteVector rgnData) {
+  ImgLayout layout;
+  layout.levels = {{18, true, 1}, {20, false, 1}, {24, false, 2}};
   ByteVector s;
   test::append(s, test::subdivisionRecord(0, 0x00, 100, 200, 0x8003, 4, true));  // flags 0; last-marker bit set
   test::append(s, test::subdivisionRecord(0, 0xF0, -100, -200, 1, 0x8000, true));
   test::append(s, test::subdivisionRecord(20, 0x80, 0x7FFFFF, 0x800001, 2, 3, false));
   test::append(s, test::subdivisionRecord(28, 0x50, 0, 0, 0, 0, false));
   s.resize(s.size() + 4);
-  spec.subdivisions = s;
-  spec.rgnData = std::move(rgnData);
-  return spec;
+  layout.subdivisions = s;
+  layout.rgnData = std::move(rgnData);
+  return layout;
 }
 
 TEST(ImgIndex, LevelsRecordsAndAreas) {
@@ -385,27 +385,27 @@ TEST(ImgIndex, SectionsBeyondTheRgnDataAreCutOrDropped) {
 TEST(ImgIndex, LastLevelRecordsNeedOneByteToSpare) {
   // Without the section's closing 4 bytes the last 14-byte record is not read: offset + 14
   // must be less than the section size.
-  ImgSpec spec = threeLevels(ByteVector(40, 0));
-  spec.subdivisions.resize(spec.subdivisions.size() - 4);
+  ImgLayout layout = threeLevels(ByteVector(40, 0));
+  layout.subdivisions.resize(layout.subdivisions.size() - 4);
   ImgMapFile map;
-  ASSERT_TRUE(load(map, buildImg(spec).bytes).ok);
+  ASSERT_TRUE(load(map, buildImg(layout).bytes).ok);
   ASSERT_EQ(map.subdivisions().size(), 4u);
   EXPECT_EQ(map.subdivisions()[2].rgnOffset, 20u);
   EXPECT_EQ(map.subdivisions()[3].rgnOffset, 0u);  // never read
   EXPECT_EQ(map.subdivisions()[3].flags, 0u);
 
-  spec.subdivisions.resize(16 + 16 + 14 + 1);
+  layout.subdivisions.resize(16 + 16 + 14 + 1);
   ImgMapFile one;
-  ASSERT_TRUE(load(one, buildImg(spec).bytes).ok);
+  ASSERT_TRUE(load(one, buildImg(layout).bytes).ok);
   EXPECT_EQ(one.subdivisions()[3].flags, 0u);
   EXPECT_EQ(one.subdivisions()[2].flags, 0x80u);
 }
 
 TEST(ImgIndex, UpperLevelRecordsMustFitTheSection) {
-  ImgSpec spec = threeLevels(ByteVector(40, 0));
-  spec.subdivisions.resize(31);
+  ImgLayout layout = threeLevels(ByteVector(40, 0));
+  layout.subdivisions.resize(31);
   ImgMapFile map;
-  const Loaded result = load(map, buildImg(spec).bytes);
+  const Loaded result = load(map, buildImg(layout).bytes);
   EXPECT_FALSE(result.ok);
   EXPECT_EQ(result.messages, std::vector<std::string>{kUnsupported});
 }

@@ -16,7 +16,7 @@ namespace {
 
 using test::BuiltImg;
 using test::ByteVector;
-using test::ImgSpec;
+using test::ImgLayout;
 
 constexpr size_t kBlock = 512;
 constexpr const char* kUnsupported = "Не поддерживаемый формат файла либо файл поврежден.";
@@ -24,7 +24,7 @@ constexpr const char* kEncrypted = "Карта зашифрована.\n (ПРИ
 
 struct SetTile {
   std::string name;
-  ImgSpec spec;
+  ImgLayout layout;
   bool withLbl = true;
 };
 
@@ -43,7 +43,7 @@ ByteVector buildSet(const std::vector<SetTile>& tiles, const std::vector<SetEntr
   std::vector<SetEntry> entries{{"MAKEGMAP", "MPS", 1, 16}};
   entries.insert(entries.end(), extra.begin(), extra.end());
   std::vector<BuiltImg> built;
-  for (const SetTile& tile : tiles) built.push_back(test::buildImg(tile.spec));
+  for (const SetTile& tile : tiles) built.push_back(test::buildImg(tile.layout));
   for (size_t i = 0; i < tiles.size(); ++i) {
     const char* types[] = {"TRE", "RGN", "LBL"};
     for (int t = 0; t < (tiles[i].withLbl ? 3 : 2); ++t) entries.push_back({tiles[i].name, types[t]});
@@ -81,14 +81,14 @@ ByteVector buildSet(const std::vector<SetTile>& tiles, const std::vector<SetEntr
   return b;
 }
 
-ImgSpec tileAt(int32_t west, int32_t south, uint8_t treFlags = 0) {
-  ImgSpec spec;
-  spec.west = west;
-  spec.south = south;
-  spec.east = west + 1000;
-  spec.north = south + 1000;
-  spec.treFlags = treFlags;
-  return spec;
+ImgLayout tileAt(int32_t west, int32_t south, uint8_t treFlags = 0) {
+  ImgLayout layout;
+  layout.west = west;
+  layout.south = south;
+  layout.east = west + 1000;
+  layout.north = south + 1000;
+  layout.treFlags = treFlags;
+  return layout;
 }
 
 struct Loaded {
