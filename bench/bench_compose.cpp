@@ -16,6 +16,7 @@
 
 #include <QGuiApplication>
 
+#include "bench_support.h"
 #include "app/core/message.h"
 #include "map/catalogue/map_styles.h"
 #include "map/map_file.h"
@@ -29,23 +30,6 @@ using orvel::MapPoint;
 using orvel::MapRect;
 
 constexpr int kTownZoom = 8;
-
-std::filesystem::path dataDir() {
-  if (const char* env = std::getenv("ORVEL_TEST_DATA"); env && *env) return env;
-  return ORVEL_TEST_DATA_DEFAULT;
-}
-
-void ensureGui() {
-  if (QGuiApplication::instance() != nullptr) return;
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  static int argc = 1;
-  static char name[] = "orvel-bench";
-  static char* argv[] = {name, nullptr};
-  static QGuiApplication* app = new QGuiApplication(argc, argv);  // lives as long as the process
-  (void)app;
-  orvel::createDrawingObjects();
-  orvel::createMapStyles();
-}
 
 // Objects that drawing the view would put on the screen (their box meets the view).
 class VisibleCounter final : public orvel::ObjectConsumer {
@@ -79,7 +63,8 @@ const DenseView& denseView() {
     DenseView dense;
     orvel::MessageRecorder quiet;
     orvel::MapView view;
-    if (!orvel::openMapFile(dataDir() / "maps" / "liechtenstein_route_cp1252_bs512.img", view)) return dense;
+    const auto map = orvel::bench::dataDir() / "maps" / "liechtenstein_route_cp1252_bs512.img";
+    if (!orvel::openMapFile(map, view)) return dense;
     view.setScreenSize(800, 480);
     view.setZoomIndex(kTownZoom);
     const MapRect bounds = orvel::currentMap()->bounds();
@@ -106,7 +91,7 @@ const DenseView& denseView() {
 
 // Args: screen width, zoom step. The height is 320 for width 240, else 480.
 void BM_ComposeDensestView(benchmark::State& state) {
-  ensureGui();
+  orvel::bench::ensureGui();
   const DenseView& dense = denseView();
   if (!dense.ok) {
     state.SkipWithError("liechtenstein_route_cp1252_bs512.img not found or not loadable");

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <vector>
 
+#include "bench_support.h"
 #include "map/img/label_decoder.h"
 
 namespace {
@@ -31,8 +32,7 @@ uint32_t u32(const std::vector<uint8_t>& b, size_t at) {
 // 1 << shift). Empty when the map is missing or not of that kind.
 Labels loadLabels() {
   Labels labels;
-  const char* env = std::getenv("ORVEL_TEST_DATA");
-  const std::filesystem::path dir = env && *env ? env : ORVEL_TEST_DATA_DEFAULT;
+  const std::filesystem::path dir = orvel::bench::dataDir();
   std::ifstream in(dir / "maps/liechtenstein_route_cp1252_bs512.img", std::ios::binary);
   labels.file.assign(std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>());
   const auto& f = labels.file;

@@ -18,6 +18,7 @@
 
 #include <QGuiApplication>
 
+#include "bench_support.h"
 #include "map/catalogue/map_styles.h"
 #include "map/img/img_map_file.h"
 #include "map/map_file.h"
@@ -38,12 +39,7 @@ constexpr uint32_t kWholeSetZoom = 20;     // 80 km per 40 pixels: about 1,000 t
 constexpr float kMonacoLat = 43.7384f;
 constexpr float kMonacoLon = 7.4246f;
 
-std::filesystem::path dataDir() {
-  if (const char* env = std::getenv("ORVEL_TEST_DATA"); env && *env) return env;
-  return ORVEL_TEST_DATA_DEFAULT;
-}
-
-std::filesystem::path monaco() { return dataDir() / "maps" / "monaco_default_6bit.img"; }
+std::filesystem::path monaco() { return orvel::bench::dataDir() / "maps" / "monaco_default_6bit.img"; }
 
 struct GeneratedSet {
   std::filesystem::path path;
@@ -92,18 +88,6 @@ Resident resident() {
   }
   r.heapKiB = static_cast<long>(mallinfo2().uordblks / 1024);
   return r;
-}
-
-void ensureGui() {
-  if (QGuiApplication::instance() != nullptr) return;
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  static int argc = 1;
-  static char name[] = "orvel-bench";
-  static char* argv[] = {name, nullptr};
-  static QGuiApplication* app = new QGuiApplication(argc, argv);  // lives as long as the process
-  (void)app;
-  orvel::createDrawingObjects();
-  orvel::createMapStyles();
 }
 
 class Counter final : public orvel::ObjectConsumer {
@@ -170,7 +154,7 @@ void composeLoop(benchmark::State& state, orvel::MapView& view) {
 
 // range(0): 0 = the set's centre, 1 = its south-west corner; range(1): the zoom step.
 void BM_MapSetCompose(benchmark::State& state) {
-  ensureGui();
+  orvel::bench::ensureGui();
   const GeneratedSet& set = generatedSet();
   orvel::MapView view;
   if (set.path.empty() || !orvel::openMapFile(set.path, view)) {
@@ -197,7 +181,7 @@ BENCHMARK(BM_MapSetCompose)
 
 // The single-tile map at the centre of Monaco.
 void BM_OneTileCompose(benchmark::State& state) {
-  ensureGui();
+  orvel::bench::ensureGui();
   orvel::MapView view;
   if (!orvel::openMapFile(monaco(), view)) {
     state.SkipWithError("monaco_default_6bit.img not found");

@@ -8,15 +8,11 @@
 
 #include <unistd.h>
 
+#include "bench_support.h"
 #include "map/map_file.h"
 #include "view/map_view.h"
 
 namespace {
-
-std::filesystem::path dataDir() {
-  if (const char* env = std::getenv("ORVEL_TEST_DATA"); env && *env) return env;
-  return ORVEL_TEST_DATA_DEFAULT;
-}
 
 // Resident set size of this process in KiB.
 long residentKiB() {
@@ -30,7 +26,7 @@ long residentKiB() {
 }
 
 void BM_OpenLargestImgMap(benchmark::State& state) {
-  const auto path = dataDir() / "maps" / "liechtenstein_route_cp1252_bs512.img";
+  const auto path = orvel::bench::dataDir() / "maps" / "liechtenstein_route_cp1252_bs512.img";
   orvel::MapView view;
   orvel::closeMapFile();
   const long before = residentKiB();

@@ -13,6 +13,7 @@
 
 #include <QGuiApplication>
 
+#include "bench_support.h"
 #include "app/core/message.h"
 #include "map/catalogue/map_styles.h"
 #include "map/img/img_map_file.h"
@@ -24,23 +25,6 @@
 #include "view/map_view.h"
 
 namespace {
-
-std::filesystem::path dataDir() {
-  if (const char* env = std::getenv("ORVEL_TEST_DATA"); env && *env) return env;
-  return ORVEL_TEST_DATA_DEFAULT;
-}
-
-void ensureGui() {
-  if (QGuiApplication::instance() != nullptr) return;
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  static int argc = 1;
-  static char name[] = "orvel-bench";
-  static char* argv[] = {name, nullptr};
-  static QGuiApplication* app = new QGuiApplication(argc, argv);  // lives as long as the process
-  (void)app;
-  orvel::createDrawingObjects();
-  orvel::createMapStyles();
-}
 
 const char* const kMaps[] = {"monaco_default_6bit.img", "monaco_cp1252.img", "monaco_unicode.img",
                              "liechtenstein_route_cp1252_bs512.img"};
@@ -64,7 +48,7 @@ BothFormats& bothFormats(size_t index) {
   BothFormats& m = maps[index];
   if (m.ok || !m.imgBytes.empty()) return m;
   orvel::MessageRecorder quiet;
-  m.imgBytes = readAll(dataDir() / "maps" / kMaps[index]);
+  m.imgBytes = readAll(orvel::bench::dataDir() / "maps" / kMaps[index]);
   if (!m.img.probe(m.imgBytes) || !m.img.load(m.imgBytes)) return m;
   orvel::OrvMapIn model;
   std::string error;
@@ -100,7 +84,7 @@ BENCHMARK(BM_OrvConvert)->DenseRange(0, static_cast<int>(std::size(kMaps)) - 1)-
 
 // Args: format (0 IMG, 1 .orv), zoom step. 800x480 at the middle of the largest map.
 void BM_ComposeImgAgainstOrv(benchmark::State& state) {
-  ensureGui();
+  orvel::bench::ensureGui();
   BothFormats& m = bothFormats(std::size(kMaps) - 1);
   if (!m.ok) {
     state.SkipWithError("map not found or not convertible");

@@ -8,6 +8,7 @@
 #include <iterator>
 #include <vector>
 
+#include "bench_support.h"
 #include "app/core/message.h"
 #include "map/img/img_map_file.h"
 #include "map/img/rgn_decoder.h"
@@ -25,8 +26,7 @@ class CountingConsumer : public orvel::ObjectConsumer {
 };
 
 void BM_DecodeMostDetailedLevel(benchmark::State& state) {
-  const char* env = std::getenv("ORVEL_TEST_DATA");
-  const std::filesystem::path dir = env && *env ? env : ORVEL_TEST_DATA_DEFAULT;
+  const std::filesystem::path dir = orvel::bench::dataDir();
   std::ifstream in(dir / "maps/liechtenstein_route_cp1252_bs512.img", std::ios::binary);
   const std::vector<uint8_t> file{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   orvel::ImgMapFile map;

@@ -8,28 +8,13 @@
 #include <string>
 
 #include "common/test_data.h"
+#include "common/tool_run.h"
 #include "pty_support.h"
 
 namespace orvel {
 namespace {
 
-struct ToolRun {
-  int exitCode = -1;
-  std::string out;
-};
-
-ToolRun runTool(const std::string& arguments) {
-  ToolRun run;
-  const std::string command = std::string(ORVEL_TOOL_PATH) + " " + arguments + " 2>/dev/null";
-  FILE* pipe = ::popen(command.c_str(), "r");
-  if (!pipe) return run;
-  char chunk[4096];
-  size_t got = 0;
-  while ((got = std::fread(chunk, 1, sizeof chunk, pipe)) > 0) run.out.append(chunk, got);
-  const int status = ::pclose(pipe);
-  run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  return run;
-}
+test::ToolRun runTool(const std::string& args) { return test::runProgram(ORVEL_TOOL_PATH, args); }
 
 TEST(DecodeLive, ReadsAReceiverOnADeviceUntilItsTimeIsUp) {
   const auto path = test::dataFile("gps/nmea/bu353s4.log");
@@ -37,7 +22,7 @@ TEST(DecodeLive, ReadsAReceiverOnADeviceUntilItsTimeIsUp) {
   test::PtyPair pty;
   ASSERT_TRUE(pty.ok());
   test::ReceiverThread receiver(pty.master(), test::readFile(path), 150);
-  const ToolRun run = runTool("decode --protocol nmea --seconds 1.5 " + pty.slavePath());
+  const test::ToolRun run = runTool("decode --protocol nmea --seconds 1.5 " + pty.slavePath());
   EXPECT_EQ(run.exitCode, 0) << run.out;
   // The BU-353S4's own sentences: 3747.087x S, 17518.89xx E on 2014-12-31.
   EXPECT_NE(run.out.find("time=2014-12-31T03:07:"), std::string::npos) << run.out;

@@ -11,54 +11,20 @@
 #include <string>
 
 #include "common/test_data.h"
+#include "common/tool_run.h"
 
 namespace orvel {
 namespace {
 
-struct ToolRun {
-  int exitCode = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string slurp(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-ToolRun runTool(const std::string& args) {
-  const auto dir = test::scratchDir("orvel_tool");
-  const auto out = dir / "out.txt";
-  const auto err = dir / "err.txt";
-  const std::string command = std::string("'") + ORVEL_TOOL_PATH + "' " + args + " >'" + out.string() + "' 2>'" +
-                              err.string() + "'";
-  const int status = std::system(command.c_str());
-  ToolRun run;
-  run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  run.out = slurp(out);
-  run.err = slurp(err);
-  return run;
-}
-
-std::map<std::string, std::string> keyValues(const std::string& text) {
-  std::map<std::string, std::string> values;
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) {
-    const size_t colon = line.find(": ");
-    if (colon != std::string::npos) values[line.substr(0, colon)] = line.substr(colon + 2);
-  }
-  return values;
-}
+test::ToolRun runTool(const std::string& args) { return test::runProgram(ORVEL_TOOL_PATH, args); }
 
 TEST(OrvelToolInfo, PrintsTheMapAndTheViewAfterOpening) {
   const auto path = test::dataFile("maps/liechtenstein_route_cp1252_bs512.img");
   if (path.empty()) GTEST_SKIP();
-  const ToolRun run = runTool("info '" + path.string() + "'");
+  const test::ToolRun run = runTool("info '" + path.string() + "'");
   ASSERT_EQ(run.exitCode, 0) << run.err;
   EXPECT_EQ(run.err, "");
-  const auto values = keyValues(run.out);
+  const auto values = test::keyValues(run.out);
   EXPECT_EQ(values.at("format"), "img");
   EXPECT_EQ(values.at("tile"), "63240021");
   EXPECT_EQ(values.at("bounds_units"), "441384 2192584 449080 2203001");
@@ -88,7 +54,7 @@ TEST(OrvelToolInfo, FailuresAndUsage) {
       {"info --help", 0, ""},
   };
   for (const Case& c : cases) {
-    const ToolRun run = runTool(c.args);
+    const test::ToolRun run = runTool(c.args);
     EXPECT_EQ(run.exitCode, c.exitCode) << c.args;
     EXPECT_EQ(run.err.substr(0, c.err.size()), c.err) << c.args;
     if (c.exitCode == 2) {

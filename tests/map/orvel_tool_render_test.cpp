@@ -17,6 +17,7 @@
 #include "app/core/message.h"
 #include "common/recording_device.h"
 #include "common/test_data.h"
+#include "common/tool_run.h"
 #include "map/map_file.h"
 #include "view/compose.h"
 #include "view/map_view.h"
@@ -24,30 +25,7 @@
 namespace orvel {
 namespace {
 
-struct ToolRun {
-  int exitCode = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string slurp(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-ToolRun runTool(const std::string& args) {
-  const auto dir = test::scratchDir("orvel_tool_render");
-  const std::string command = std::string("'") + ORVEL_TOOL_PATH + "' " + args + " >'" + (dir / "out").string() +
-                              "' 2>'" + (dir / "err").string() + "'";
-  const int status = std::system(command.c_str());
-  ToolRun run;
-  run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  run.out = slurp(dir / "out");
-  run.err = slurp(dir / "err");
-  return run;
-}
+test::ToolRun runTool(const std::string& args) { return test::runProgram(ORVEL_TOOL_PATH, args); }
 
 std::string quoted(const std::filesystem::path& path) { return "'" + path.string() + "'"; }
 
@@ -109,7 +87,7 @@ TEST_F(RenderTool, WritesTheScreenTheViewerWouldShow) {
   };
   for (const Case& c : cases) {
     const auto png = test::scratchDir("render-png") / "out.png";
-    const ToolRun run = runTool("render " + quoted(path) + " -o " + quoted(png) + " " + c.options);
+    const test::ToolRun run = runTool("render " + quoted(path) + " -o " + quoted(png) + " " + c.options);
     ASSERT_EQ(run.exitCode, 0) << c.options << ": " << run.err;
     const QImage written(QString::fromStdString(png.string()));
     ASSERT_EQ(written.size(), QSize(c.width, c.height)) << c.options;
@@ -121,7 +99,7 @@ TEST_F(RenderTool, WritesTheScreenTheViewerWouldShow) {
 TEST_F(RenderTool, BenchPrintsMedianAndSlowest) {
   const auto path = test::dataFile("maps/monaco_cp1252.img");
   if (path.empty()) GTEST_SKIP();
-  const ToolRun run = runTool("render " + quoted(path) + " --bench 5 --zoom 8 --centre 43.735,7.42");
+  const test::ToolRun run = runTool("render " + quoted(path) + " --bench 5 --zoom 8 --centre 43.735,7.42");
   ASSERT_EQ(run.exitCode, 0) << run.err;
   std::map<std::string, double> values;
   std::istringstream in(run.out);
@@ -162,7 +140,7 @@ TEST_F(RenderTool, ObjectsListsWhatDrawingVisitsInDrawingOrder) {
   for (const Case& c : cases) {
     const auto path = test::dataFile(std::string("maps/") + c.map);
     if (path.empty()) continue;
-    const ToolRun run = runTool("objects " + quoted(path) + " " + c.options);
+    const test::ToolRun run = runTool("objects " + quoted(path) + " " + c.options);
     ASSERT_EQ(run.exitCode, 0) << c.map << ": " << run.err;
     const auto lines = tabLines(run.out);
 
@@ -205,7 +183,7 @@ TEST_F(RenderTool, ObjectsOfTheOpeningViewOfMonaco) {
   for (const char* name : {"monaco_cp1252.img", "monaco_default_6bit.img", "monaco_unicode.img"}) {
     const auto path = test::dataFile(std::string("maps/") + name);
     if (path.empty()) continue;
-    const ToolRun run = runTool("objects " + quoted(path));
+    const test::ToolRun run = runTool("objects " + quoted(path));
     ASSERT_EQ(run.exitCode, 0) << run.err;
     const auto lines = tabLines(run.out);
     ASSERT_FALSE(lines.empty());
@@ -246,7 +224,7 @@ TEST_F(RenderTool, FailuresAndUsage) {
       {"objects --help", 0, ""},
   };
   for (const Case& c : cases) {
-    const ToolRun run = runTool(c.args);
+    const test::ToolRun run = runTool(c.args);
     EXPECT_EQ(run.exitCode, c.exitCode) << c.args;
     EXPECT_EQ(run.err.substr(0, c.err.size()), c.err) << c.args << "\n" << run.err;
     if (c.exitCode == 0) {

@@ -6,35 +6,14 @@
 #include <sstream>
 
 #include "common/test_data.h"
+#include "common/tool_run.h"
 #include "gps/ole_date.h"
 #include "track/waypoint_file.h"
 
 namespace orvel::test {
 namespace {
 
-struct ToolRun {
-  int status = -1;
-  std::string out;
-  std::string err;
-};
-
-ToolRun runTool(const std::string& args) {
-  const auto dir = scratchDir("tool-waypoints-run");
-  const auto out = dir / "out";
-  const auto err = dir / "err";
-  std::string command = "'";
-  command.append(ORVEL_TOOL_PATH).append("' ").append(args);
-  command.append(" >'").append(out.string()).append("' 2>'").append(err.string()).append("'");
-  ToolRun run;
-  const int status = std::system(command.c_str());
-  run.status = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  std::stringstream o, e;
-  o << std::ifstream(out).rdbuf();
-  e << std::ifstream(err).rdbuf();
-  run.out = o.str();
-  run.err = e.str();
-  return run;
-}
+ToolRun runTool(const std::string& args) { return runProgram(ORVEL_TOOL_PATH, args); }
 
 std::string quoted(const char* command, const std::filesystem::path& file) {
   std::string args(command);
@@ -59,7 +38,7 @@ TEST(OrvelToolWaypoints, ListsTheFileInItsOrder) {
   std::ofstream(dir / "Waypoints.bin", std::ios::binary) << bytes;
 
   const ToolRun run = runTool(quoted("waypoints", dir / "Waypoints.bin"));
-  EXPECT_EQ(run.status, 0) << run.err;
+  EXPECT_EQ(run.exitCode, 0) << run.err;
   EXPECT_EQ(run.out,
             "Дом\t55.785198\t-37.198886\t152.4\t2004-07-05T12:00:00Z\tвход со двора\n"
             "002\t-33.902284\t0.000000\t0.0\t-\t\n");
@@ -74,15 +53,15 @@ TEST(OrvelToolWaypoints, DamagedAndMissingFilesFail) {
   appendWaypointRecord(bytes, a);
   std::ofstream(dir / "cut.bin", std::ios::binary) << bytes.substr(0, bytes.size() - 3);
   ToolRun run = runTool(quoted("waypoints", dir / "cut.bin"));
-  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.exitCode, 1);
   EXPECT_EQ(run.out, "A\t0.000000\t0.000000\t0.0\t-\t\n");
   EXPECT_NE(run.err.find("Waypoint data are damaged."), std::string::npos);
 
   run = runTool(quoted("waypoints", dir / "missing.bin"));
-  EXPECT_EQ(run.status, 1);
+  EXPECT_EQ(run.exitCode, 1);
   EXPECT_TRUE(run.out.empty());
   run = runTool("waypoints");
-  EXPECT_EQ(run.status, 2);
+  EXPECT_EQ(run.exitCode, 2);
 }
 
 }  // namespace

@@ -10,53 +10,19 @@
 #include <string>
 
 #include "common/test_data.h"
+#include "common/tool_run.h"
 #include "map/orv/orv_map_file.h"
 
 namespace orvel {
 namespace {
 
-struct ToolRun {
-  int exitCode = -1;
-  std::string out;
-  std::string err;
-};
-
-std::string slurp(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
-ToolRun runTool(const std::string& args) {
-  const auto dir = test::scratchDir("orv_tool");
-  const auto out = dir / "out.txt";
-  const auto err = dir / "err.txt";
-  const std::string command = std::string("QT_QPA_PLATFORM=offscreen '") + ORVEL_TOOL_PATH + "' " + args + " >'" +
-                              out.string() + "' 2>'" + err.string() + "'";
-  const int status = std::system(command.c_str());
-  ToolRun run;
-  run.exitCode = WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  run.out = slurp(out);
-  run.err = slurp(err);
-  return run;
-}
-
-std::map<std::string, std::string> keyValues(const std::string& text) {
-  std::map<std::string, std::string> values;
-  std::istringstream lines(text);
-  for (std::string line; std::getline(lines, line);) {
-    const size_t colon = line.find(": ");
-    if (colon != std::string::npos) values[line.substr(0, colon)] = line.substr(colon + 2);
-  }
-  return values;
-}
+test::ToolRun runTool(const std::string& args) { return test::runProgram(ORVEL_TOOL_PATH, args); }
 
 TEST(OrvTool, ConvertsQuietlyThenInfoAndRenderTakeTheOrvMapAsTheImg) {
   const auto img = test::dataFile("maps/monaco_unicode.img");
   if (img.empty()) GTEST_SKIP();
   const auto orv = test::scratchDir("orv_tool_out") / "monaco.orv";
-  const ToolRun made = runTool("mkorv '" + img.string() + "' -o '" + orv.string() + "'");
+  const test::ToolRun made = runTool("mkorv '" + img.string() + "' -o '" + orv.string() + "'");
   ASSERT_EQ(made.exitCode, 0) << made.err;
   EXPECT_EQ(made.out, "");
   EXPECT_EQ(made.err, "");
@@ -64,10 +30,10 @@ TEST(OrvTool, ConvertsQuietlyThenInfoAndRenderTakeTheOrvMapAsTheImg) {
   OrvMapFile probe;
   EXPECT_TRUE(probe.probe(bytes));
 
-  const auto fromImg = keyValues(runTool("info '" + img.string() + "'").out);
-  const ToolRun info = runTool("info '" + orv.string() + "'");
+  const auto fromImg = test::keyValues(runTool("info '" + img.string() + "'").out);
+  const test::ToolRun info = runTool("info '" + orv.string() + "'");
   ASSERT_EQ(info.exitCode, 0) << info.err;
-  const auto fromOrv = keyValues(info.out);
+  const auto fromOrv = test::keyValues(info.out);
   EXPECT_EQ(fromOrv.at("format"), "orv");
   for (const char* key : {"bounds_units", "bounds_deg", "zoom_index", "centre_units"}) {
     EXPECT_EQ(fromOrv.at(key), fromImg.at(key)) << key;
@@ -78,7 +44,7 @@ TEST(OrvTool, ConvertsQuietlyThenInfoAndRenderTakeTheOrvMapAsTheImg) {
   const std::string view = " --size 200x200 --zoom 4 --centre 43.7384,7.4246 -o ";
   ASSERT_EQ(runTool("render '" + orv.string() + "'" + view + "'" + (dir / "orv.png").string() + "'").exitCode, 0);
   ASSERT_EQ(runTool("render '" + img.string() + "'" + view + "'" + (dir / "img.png").string() + "'").exitCode, 0);
-  EXPECT_EQ(slurp(dir / "orv.png"), slurp(dir / "img.png"));
+  EXPECT_EQ(test::readText(dir / "orv.png"), test::readText(dir / "img.png"));
 }
 
 TEST(OrvTool, LevelsOptionKeepsTheLevelsAskedFor) {
@@ -86,13 +52,13 @@ TEST(OrvTool, LevelsOptionKeepsTheLevelsAskedFor) {
   if (img.empty()) GTEST_SKIP();
   const auto orv = test::scratchDir("orv_tool_levels") / "two.orv";
   ASSERT_EQ(runTool("mkorv '" + img.string() + "' --levels 20,24 -o '" + orv.string() + "'").exitCode, 0);
-  EXPECT_EQ(keyValues(runTool("info '" + orv.string() + "'").out).at("levels"), "2 20 24");
+  EXPECT_EQ(test::keyValues(runTool("info '" + orv.string() + "'").out).at("levels"), "2 20 24");
 }
 
 TEST(OrvTool, RefusesBadInputAndLeavesNoFile) {
   const auto dir = test::scratchDir("orv_tool_bad");
   std::ofstream(dir / "junk.img") << "not a map";
-  const ToolRun run = runTool("mkorv '" + (dir / "junk.img").string() + "' -o '" + (dir / "out.orv").string() + "'");
+  const test::ToolRun run = runTool("mkorv '" + (dir / "junk.img").string() + "' -o '" + (dir / "out.orv").string() + "'");
   EXPECT_EQ(run.exitCode, 1);
   EXPECT_FALSE(std::filesystem::exists(dir / "out.orv"));
   EXPECT_EQ(runTool("mkorv x.img").exitCode, 2);
