@@ -17,7 +17,7 @@
 #include <QGuiApplication>
 
 #include "bench_support.h"
-#include "app/core/message.h"
+#include "core/message.h"
 #include "map/catalogue/map_styles.h"
 #include "map/map_file.h"
 #include "view/compose.h"

@@ -14,7 +14,7 @@
 #include <QGuiApplication>
 
 #include "bench_support.h"
-#include "app/core/message.h"
+#include "core/message.h"
 #include "map/catalogue/map_styles.h"
 #include "map/img/img_map_file.h"
 #include "map/img/rgn_decoder.h"

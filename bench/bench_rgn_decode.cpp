@@ -9,7 +9,7 @@
 #include <vector>
 
 #include "bench_support.h"
-#include "app/core/message.h"
+#include "core/message.h"
 #include "map/img/img_map_file.h"
 #include "map/img/rgn_decoder.h"
 

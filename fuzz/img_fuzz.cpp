@@ -9,7 +9,7 @@
 
 #include <QGuiApplication>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "map/catalogue/map_styles.h"
 #include "map/map_file.h"
 #include "view/compose.h"

@@ -12,7 +12,7 @@
 #include <QImage>
 #include <QPainter>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "map/catalogue/map_styles.h"
 #include "map/map_file.h"
 #include "map/orv/orv_format.h"

@@ -8,7 +8,7 @@
 #include <QTimer>
 #include <cstdio>
 
-#include "app/core/settings.h"
+#include "core/settings.h"
 #include "app/desktop_entry.h"
 #include "app/dialogs.h"
 #include "app/gps_notification.h"

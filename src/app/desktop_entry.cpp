@@ -4,7 +4,7 @@
 #include <QFile>
 #include <QStandardPaths>
 
-#include "app/core/atomic_file.h"
+#include "core/atomic_file.h"
 
 namespace orvel {
 

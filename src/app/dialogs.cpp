@@ -13,7 +13,7 @@
 #include <QUrl>
 #include <QVBoxLayout>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "app/program_icon.h"
 
 namespace orvel {

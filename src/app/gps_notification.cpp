@@ -11,7 +11,7 @@
 #include <QStatusBar>
 #include <QSystemTrayIcon>
 
-#include "app/core/settings.h"
+#include "core/settings.h"
 #include "app/main_window.h"
 
 namespace orvel {

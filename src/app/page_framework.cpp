@@ -1,6 +1,6 @@
 #include "app/page_framework.h"
 
-#include "app/core/settings.h"
+#include "core/settings.h"
 #include "app/main_window.h"
 #include "pages/info_pages.h"
 #include "pages/commands.h"

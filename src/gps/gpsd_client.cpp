@@ -11,7 +11,7 @@
 #include <cstdio>
 #include <vector>
 
-#include "app/core/utf.h"
+#include "core/utf.h"
 #include "gps/gps_state.h"
 #include "gps/gpsd_json.h"
 #include "gps/ole_date.h"

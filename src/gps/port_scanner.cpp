@@ -10,7 +10,7 @@
 #include <string>
 #include <thread>
 
-#include "app/core/settings.h"
+#include "core/settings.h"
 #include "gps/fix_processing.h"
 #include "gps/garmin_protocol.h"
 #include "gps/gps_state.h"

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "map/img/img_map_file.h"
 #include "map/mapped_file.h"
 #include "map/orv/orv_map_file.h"

@@ -2,7 +2,7 @@
 
 #include <cstdio>
 
-#include "app/core/settings.h"
+#include "core/settings.h"
 #include "pages/gauges_page.h"
 
 namespace orvel {

@@ -2,8 +2,8 @@
 
 #include <QPainter>
 
-#include "app/core/message.h"
-#include "app/core/settings.h"
+#include "core/message.h"
+#include "core/settings.h"
 #include "gps/gps_state.h"
 #include "map/catalogue/map_styles.h"
 #include "map/map_file.h"

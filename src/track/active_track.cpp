@@ -13,8 +13,8 @@
 #include <QPainter>
 #include <QPoint>
 
-#include "app/core/message.h"
-#include "app/core/settings.h"
+#include "core/message.h"
+#include "core/settings.h"
 #include "track/data_folder.h"
 #include "track/le_bytes.h"
 #include "view/drawing_objects.h"

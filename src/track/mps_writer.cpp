@@ -7,7 +7,7 @@
 #include <mutex>
 #include <unistd.h>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "track/buffered_writer.h"
 #include "track/data_folder.h"
 

@@ -6,8 +6,8 @@
 #include <unistd.h>
 #include <vector>
 
-#include "app/core/atomic_file.h"
-#include "app/core/message.h"
+#include "core/atomic_file.h"
+#include "core/message.h"
 #include "track/data_folder.h"
 
 namespace orvel {

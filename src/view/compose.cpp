@@ -4,7 +4,7 @@
 #include <QPoint>
 #include <QRect>
 
-#include "app/core/settings.h"
+#include "core/settings.h"
 #include "map/map_file.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"

@@ -19,7 +19,7 @@
 #include <thread>
 #include <vector>
 
-#include "app/core/utf.h"
+#include "core/utf.h"
 #include "common/test_data.h"
 #include "gps/gps_state.h"
 #include "gps/gpsd_client.h"

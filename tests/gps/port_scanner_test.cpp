@@ -10,8 +10,8 @@
 #include <string>
 #include <vector>
 
-#include "app/core/settings.h"
-#include "app/core/utf.h"
+#include "core/settings.h"
+#include "core/utf.h"
 #include "common/test_data.h"
 #include "gps/fix_processing.h"
 #include "gps/gps_state.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "map/img/img_map_file.h"
 #include "map/map_file.h"
 #include "map/orv/orv_map_file.h"

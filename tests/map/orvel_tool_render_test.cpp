@@ -14,7 +14,7 @@
 #include <QImage>
 #include <QPainter>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "common/recording_device.h"
 #include "common/test_data.h"
 #include "common/tool_run.h"

@@ -12,7 +12,7 @@
 #include <QPainter>
 #include <QString>
 
-#include "app/core/settings.h"
+#include "core/settings.h"
 #include "common/recording_device.h"
 #include "common/test_data.h"
 #include "gps/gps_state.h"

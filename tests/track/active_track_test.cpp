@@ -12,7 +12,7 @@
 
 #include <QPainter>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "child_process.h"
 #include "common/recording_device.h"
 #include "data_dir_fixture.h"

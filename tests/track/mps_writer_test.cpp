@@ -11,7 +11,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "child_process.h"
 #include "common/test_data.h"
 #include "data_dir_fixture.h"

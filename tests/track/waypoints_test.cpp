@@ -11,8 +11,8 @@
 
 #include <QPainter>
 
-#include "app/core/atomic_file.h"
-#include "app/core/message.h"
+#include "core/atomic_file.h"
+#include "core/message.h"
 #include "child_process.h"
 #include "common/recording_device.h"
 #include "data_dir_fixture.h"

@@ -8,7 +8,7 @@
 
 #include <QPainter>
 
-#include "app/core/settings.h"
+#include "core/settings.h"
 #include "common/recording_device.h"
 #include "common/test_data.h"
 #include "map/map_file.h"

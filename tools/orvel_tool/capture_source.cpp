@@ -6,7 +6,7 @@
 #include <cstdio>
 #include <cstring>
 
-#include "app/core/utf.h"
+#include "core/utf.h"
 
 namespace orvel::tool {
 

@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include "app/core/utf.h"
+#include "core/utf.h"
 #include "capture_source.h"
 #include "commands.h"
 #include "decode_live.h"

@@ -10,7 +10,7 @@
 #include <thread>
 #include <vector>
 
-#include "app/core/utf.h"
+#include "core/utf.h"
 #include "commands.h"
 #include "decode_live.h"
 #include "gps/fix_processing.h"

@@ -2,7 +2,7 @@
 #include <cstdio>
 #include <string>
 
-#include "app/core/utf.h"
+#include "core/utf.h"
 #include "commands.h"
 #include "map/catalogue/catalogue.h"
 #include "map/map_file.h"

@@ -5,7 +5,7 @@
 #include <string>
 #include <vector>
 
-#include "app/core/utf.h"
+#include "core/utf.h"
 #include "commands.h"
 #include "gps/ole_date.h"
 #include "track/waypoint_file.h"

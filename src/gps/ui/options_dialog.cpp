@@ -7,7 +7,7 @@
 #include <QVBoxLayout>
 #include <string>
 
-#include "app/core/settings.h"
+#include "core/settings.h"
 #include "gps/port_scanner.h"
 
 namespace orvel {

@@ -2,7 +2,7 @@
 
 #include <new>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "map/img/img_container.h"
 
 namespace orvel {

@@ -9,7 +9,7 @@
 #include <QVBoxLayout>
 #include <atomic>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "track/waypoints.h"
 #include "view/coords.h"
 #include "view/units.h"

@@ -9,7 +9,7 @@
 #include <string>
 #include <vector>
 
-#include "app/core/settings.h"
+#include "core/settings.h"
 #include "common/test_data.h"
 #include "gps/gps_state.h"
 #include "gps/port_scanner.h"

@@ -10,7 +10,7 @@
 
 #include <QImage>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "common/recording_device.h"
 #include "common/test_data.h"
 #include "map/catalogue/catalogue.h"

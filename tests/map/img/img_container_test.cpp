@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "img_builder.h"
 #include "img_test_util.h"
 #include "map/img/img_map_file.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "img_builder.h"
 #include "map/img/img_container.h"
 #include "map/img/img_map_file.h"

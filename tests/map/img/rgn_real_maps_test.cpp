@@ -9,7 +9,7 @@
 #include <tuple>
 #include <vector>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "common/test_data.h"
 #include "map/img/img_map_file.h"
 #include "map/img/rgn_decoder.h"

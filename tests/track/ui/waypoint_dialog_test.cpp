@@ -5,7 +5,7 @@
 #include <cmath>
 #include <gtest/gtest.h>
 
-#include "app/core/message.h"
+#include "core/message.h"
 #include "track/ui/waypoint_dialog.h"
 #include "track/waypoints.h"
 #include "view/coords.h"

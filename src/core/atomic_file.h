@@ -6,14 +6,18 @@
 
 namespace orvel {
 
+// Called with the finished, synced temporary file just before it replaces the target.
+// Tests pass one that kills the process, to stand in for a crash at the worst moment.
+using BeforeReplaceHook = void (*)(const std::filesystem::path& temporary);
+
 // Writes `bytes` to a new temporary file beside `target`, syncs it, renames it over `target`
 // and syncs the folder. An existing target keeps its permission bits. Returns false, with
 // the target untouched and no temporary left behind, when any step before the rename fails.
-bool writeFileAtomically(const std::filesystem::path& target, std::string_view bytes);
+bool writeFileAtomically(const std::filesystem::path& target, std::string_view bytes,
+                         BeforeReplaceHook beforeReplace = nullptr);
 
-// Called with the finished, synced temporary file just before it replaces the target.
-// Tests install one that kills the process, to stand in for a crash at the worst moment.
-using BeforeReplaceHook = void (*)(const std::filesystem::path& temporary);
+// Transitional: a process-wide hook used when none is passed, for stores that do not yet
+// carry their own. Removed once every store does.
 void setBeforeReplaceHook(BeforeReplaceHook hook);
 
 }  // namespace orvel

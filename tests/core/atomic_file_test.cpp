@@ -1,4 +1,4 @@
-#include "app/core/atomic_file.h"
+#include "core/atomic_file.h"
 
 #include <csignal>
 #include <sys/stat.h>
@@ -55,8 +55,7 @@ TEST(AtomicFile, KilledBeforeReplaceLeavesOldContents) {
   const pid_t child = ::fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
-    setBeforeReplaceHook([](const fs::path&) { ::raise(SIGKILL); });
-    writeFileAtomically(target, "new");
+    writeFileAtomically(target, "new", [](const fs::path&) { ::raise(SIGKILL); });
     ::_exit(0);
   }
   int status = 0;

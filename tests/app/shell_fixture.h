@@ -15,8 +15,8 @@
 #include <QPoint>
 #include <gtest/gtest.h>
 
-#include "app/core/message.h"
-#include "app/core/settings.h"
+#include "core/message.h"
+#include "core/settings.h"
 #include "app/dialogs.h"
 #include "app/main_window.h"
 #include "app/page_framework.h"

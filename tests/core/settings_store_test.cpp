@@ -5,7 +5,7 @@
 #include <thread>
 #include <unistd.h>
 
-#include "app/core/atomic_file.h"
+#include "core/atomic_file.h"
 #include "settings_fixture.h"
 
 namespace orvel::test {
@@ -39,51 +39,54 @@ std::vector<fs::path> leftovers(const fs::path& dir, const fs::path& keep) {
 }
 
 TEST(SettingsPlace, ConfigFileVariableWins) {
+  Settings settings;
   const fs::path dir = scratchDir("settings-place-env");
   const fs::path file = dir / "nested" / "my.conf";
   ScopedEnv config("ORVEL_CONFIG_FILE", file.c_str());
   ScopedEnv xdg("XDG_CONFIG_HOME", dir.c_str());
-  EXPECT_EQ(openSettings(), 0);
-  EXPECT_EQ(settingsFile(), file);
+  EXPECT_EQ(settings.openSettings(), 0);
+  EXPECT_EQ(settings.settingsFile(), file);
   EXPECT_TRUE(fs::is_directory(dir / "nested"));
-  closeSettings();
+  settings.closeSettings();
 }
 
 TEST(SettingsPlace, FollowsXdgThenHome) {
+  Settings settings;
   const fs::path dir = scratchDir("settings-place-xdg");
   ScopedEnv config("ORVEL_CONFIG_FILE", nullptr);
   {
     ScopedEnv xdg("XDG_CONFIG_HOME", (dir / "xdg").c_str());
-    EXPECT_EQ(openSettings(), 0);
-    EXPECT_EQ(settingsFile(), dir / "xdg" / "Orvel" / "GisOrvel.conf");
+    EXPECT_EQ(settings.openSettings(), 0);
+    EXPECT_EQ(settings.settingsFile(), dir / "xdg" / "Orvel" / "GisOrvel.conf");
     EXPECT_TRUE(fs::is_directory(dir / "xdg" / "Orvel"));
   }
   for (const char* xdgValue : {static_cast<const char*>(nullptr), "", "relative/path"}) {
     ScopedEnv xdg("XDG_CONFIG_HOME", xdgValue);
     ScopedEnv home("HOME", (dir / "home").c_str());
-    EXPECT_EQ(openSettings(), 0);
-    EXPECT_EQ(settingsFile(), dir / "home" / ".config" / "Orvel" / "GisOrvel.conf");
+    EXPECT_EQ(settings.openSettings(), 0);
+    EXPECT_EQ(settings.settingsFile(), dir / "home" / ".config" / "Orvel" / "GisOrvel.conf");
   }
-  closeSettings();
+  settings.closeSettings();
 }
 
 TEST(SettingsPlace, UnusableStoreRunsOnDefaults) {
+  Settings settings;
   const fs::path dir = scratchDir("settings-unusable");
   writeText(dir / "plain", "a regular file, not a folder\n");
   const fs::path file = dir / "plain" / "Orvel" / "GisOrvel.conf";
   ScopedEnv config("ORVEL_CONFIG_FILE", file.c_str());
-  EXPECT_NE(openSettings(), 0);
-  EXPECT_TRUE(settingsFile().empty());
+  EXPECT_NE(settings.openSettings(), 0);
+  EXPECT_TRUE(settings.settingsFile().empty());
 
-  writeSettingInt("Page", 2);
-  writeSettingBool("ShowTrack", false);
-  writeSettingString("Gauge_0", u"elev");
-  EXPECT_EQ(readSettingInt("Page", 0), 0);
-  EXPECT_TRUE(readSettingBool("ShowTrack", true));
-  EXPECT_TRUE(readSettingBool("ShowWaypoints", true));
-  EXPECT_TRUE(readSettingBool("ScanCOMPorts", true));
-  EXPECT_TRUE(readSettingBool("Enable_COM19", true));
-  EXPECT_EQ(readSettingString("Gauge_0", u"speed", 32), u"speed");
+  settings.writeSettingInt("Page", 2);
+  settings.writeSettingBool("ShowTrack", false);
+  settings.writeSettingString("Gauge_0", u"elev");
+  EXPECT_EQ(settings.readSettingInt("Page", 0), 0);
+  EXPECT_TRUE(settings.readSettingBool("ShowTrack", true));
+  EXPECT_TRUE(settings.readSettingBool("ShowWaypoints", true));
+  EXPECT_TRUE(settings.readSettingBool("ScanCOMPorts", true));
+  EXPECT_TRUE(settings.readSettingBool("Enable_COM19", true));
+  EXPECT_EQ(settings.readSettingString("Gauge_0", u"speed", 32), u"speed");
   EXPECT_EQ(readText(dir / "plain"), "a regular file, not a folder\n");
 }
 
@@ -166,7 +169,7 @@ TEST_F(SettingsStore, CrashBeforeReplaceLeavesPreviousFile) {
   const pid_t child = ::fork();
   ASSERT_GE(child, 0);
   if (child == 0) {
-    setBeforeReplaceHook([](const fs::path&) { ::raise(SIGKILL); });
+    settings_.setBeforeReplaceHook([](const fs::path&) { ::raise(SIGKILL); });
     writeSettingInt("Page", 1);
     ::_exit(0);
   }
@@ -187,7 +190,7 @@ TEST_F(SettingsStore, CrashBeforeReplaceLeavesPreviousFile) {
 
 TEST_F(SettingsStore, ConcurrentWritersLoseNothing) {
   constexpr int kEach = 40;
-  auto writer = [](const char* prefix) {
+  auto writer = [this](const char* prefix) {
     for (int i = 0; i < kEach; ++i) {
       writeSettingInt(std::string(prefix) + std::to_string(i), i);
       readSettingBool("ShowTrack", true);
@@ -202,6 +205,24 @@ TEST_F(SettingsStore, ConcurrentWritersLoseNothing) {
     EXPECT_EQ(readSettingInt("Gauge_" + std::to_string(i), -1), i);
   }
   EXPECT_EQ(leftovers(file_.parent_path(), file_), std::vector<fs::path>{});
+}
+
+// Reads cost a check of the file, not a read of it, until the file changes; then the change
+// made outside the program is what the next read gives.
+TEST_F(SettingsStore, ReadsFollowOutsideChangesWithoutRereadingAnUnchangedFile) {
+  writeSettingInt("Page", 2);
+  EXPECT_EQ(readSettingInt("Page", 0), 2);
+  const uint64_t reads = settings_.fileReads();
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(readSettingInt("Page", 0), 2);
+  EXPECT_EQ(settings_.fileReads(), reads);
+  const std::pair<const char*, int32_t> outside[] = {
+      {"Page dword 1\n", 1}, {"Page dword 0\n", 0}, {"Page string 0\n", 5}};
+  for (const auto& [text, expected] : outside) {
+    store(text);  // rewritten in place: same file, often the same size
+    EXPECT_EQ(readSettingInt("Page", 5), expected) << text;
+  }
+  std::filesystem::remove(file_);
+  EXPECT_EQ(readSettingInt("Page", 7), 7);
 }
 
 }  // namespace

@@ -8,7 +8,7 @@
 #include <string>
 #include <string_view>
 
-#include "app/core/settings.h"
+#include "core/settings.h"
 #include "common/test_data.h"
 
 namespace orvel::test {
@@ -29,14 +29,25 @@ class SettingsStore : public ::testing::Test {
     static int serial = 0;
     dir_ = scratchDir("settings-" + std::to_string(serial++));
     file_ = dir_ / "Orvel" / "GisOrvel.conf";
-    ASSERT_EQ(openSettingsAt(file_), 0);
+    ASSERT_EQ(settings_.openSettingsAt(file_), 0);
   }
-  void TearDown() override { closeSettings(); }
+
+  // The store under test, by the names the program calls it with.
+  void closeSettings() { settings_.closeSettings(); }
+  int32_t readSettingInt(std::string_view name, int32_t fallback) { return settings_.readSettingInt(name, fallback); }
+  bool readSettingBool(std::string_view name, bool fallback) { return settings_.readSettingBool(name, fallback); }
+  std::u16string readSettingString(std::string_view name, std::u16string_view fallback, size_t capacity = 256) {
+    return settings_.readSettingString(name, fallback, capacity);
+  }
+  void writeSettingInt(std::string_view name, int32_t value) { settings_.writeSettingInt(name, value); }
+  void writeSettingBool(std::string_view name, bool value) { settings_.writeSettingBool(name, value); }
+  void writeSettingString(std::string_view name, std::u16string_view text) { settings_.writeSettingString(name, text); }
 
   void store(std::string_view bytes) { writeText(file_, bytes); }
   std::string stored() const { return readText(file_); }
   std::filesystem::path badCopy() const { return std::filesystem::path(file_) += ".bad"; }
 
+  Settings settings_;
   std::filesystem::path dir_;
   std::filesystem::path file_;
 };

@@ -1,8 +1,8 @@
-#include "app/core/atomic_file.h"
+#include "core/atomic_file.h"
 
-#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
+#include <random>
 #include <string>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -10,8 +10,10 @@
 namespace orvel {
 namespace {
 
-std::atomic<BeforeReplaceHook> beforeReplace{nullptr};
-std::atomic<unsigned> temporarySerial{0};
+BeforeReplaceHook& processHook() {
+  static BeforeReplaceHook hook = nullptr;
+  return hook;
+}
 
 bool writeAll(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
@@ -25,11 +27,13 @@ bool writeAll(int fd, std::string_view bytes) {
   return true;
 }
 
-// A name no other writer (thread or process) uses: <target>.tmp-<pid>-<serial>.
+// A name no other writer (thread or process) uses: <target>.tmp-<pid>-<random>, created
+// exclusively so that a clash is noticed and another name tried.
 int createTemporary(const std::filesystem::path& target, std::filesystem::path& temporary) {
+  std::random_device random;
   for (int attempt = 0; attempt < 16; ++attempt) {
     temporary = target;
-    temporary += ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(temporarySerial++);
+    temporary += ".tmp-" + std::to_string(::getpid()) + "-" + std::to_string(random());
     const int fd = ::open(temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (fd >= 0 || errno != EEXIST) return fd;
   }
@@ -47,7 +51,8 @@ void syncFolder(const std::filesystem::path& folder) {
 
 }  // namespace
 
-bool writeFileAtomically(const std::filesystem::path& target, std::string_view bytes) {
+bool writeFileAtomically(const std::filesystem::path& target, std::string_view bytes,
+                         BeforeReplaceHook beforeReplace) {
   std::filesystem::path temporary;
   const int fd = createTemporary(target, temporary);
   if (fd < 0) return false;
@@ -59,7 +64,8 @@ bool writeFileAtomically(const std::filesystem::path& target, std::string_view b
   bool ok = writeAll(fd, bytes) && ::fsync(fd) == 0;
   ok = ::close(fd) == 0 && ok;
   if (ok) {
-    if (const BeforeReplaceHook hook = beforeReplace.load()) hook(temporary);
+    if (!beforeReplace) beforeReplace = processHook();
+    if (beforeReplace) beforeReplace(temporary);
     ok = ::rename(temporary.c_str(), target.c_str()) == 0;
   }
   if (!ok) {
@@ -70,6 +76,8 @@ bool writeFileAtomically(const std::filesystem::path& target, std::string_view b
   return true;
 }
 
-void setBeforeReplaceHook(BeforeReplaceHook hook) { beforeReplace.store(hook); }
+}  // namespace orvel
 
+namespace orvel {
+void setBeforeReplaceHook(BeforeReplaceHook hook) { processHook() = hook; }
 }  // namespace orvel

@@ -1,4 +1,4 @@
-#include "app/core/utf.h"
+#include "core/utf.h"
 
 #include <cstdint>
 

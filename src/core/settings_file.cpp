@@ -1,8 +1,8 @@
-#include "app/core/settings_file.h"
+#include "core/settings_file.h"
 
 #include <algorithm>
 
-#include "app/core/utf.h"
+#include "core/utf.h"
 
 namespace orvel {
 namespace {
