@@ -5,7 +5,7 @@
 #include <filesystem>
 #include <string>
 
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel::bench {
 

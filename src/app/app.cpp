@@ -30,7 +30,7 @@
 #include "track/waypoints.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
-#include "view/units.h"
+#include "geo/units.h"
 
 #ifndef ORVEL_DEMO_DIR
 #define ORVEL_DEMO_DIR ""

@@ -6,7 +6,7 @@
 #include <mutex>
 
 #include "gps/gps_state.h"
-#include "view/trig.h"
+#include "geo/trig.h"
 
 namespace orvel {
 namespace {

@@ -11,7 +11,7 @@
 #include <vector>
 
 #include "view/map_view.h"
-#include "view/units.h"
+#include "geo/units.h"
 
 class QPainter;
 

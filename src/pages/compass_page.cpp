@@ -7,7 +7,7 @@
 #include "gps/gps_state.h"
 #include "pages/page_host.h"
 #include "view/text_draw.h"
-#include "view/trig.h"
+#include "geo/trig.h"
 
 namespace orvel {
 

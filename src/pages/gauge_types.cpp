@@ -14,7 +14,7 @@
 
 #include "gps/ole_date.h"
 #include "pages/gauge.h"
-#include "view/coords.h"
+#include "geo/coords.h"
 
 namespace orvel {
 

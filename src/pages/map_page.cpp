@@ -12,7 +12,7 @@
 #include "track/active_track.h"
 #include "track/waypoints.h"
 #include "view/map_view.h"
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel {
 

@@ -8,10 +8,10 @@
 
 #include "gps/gps_state.h"
 #include "pages/page_host.h"
-#include "view/coords.h"
+#include "geo/coords.h"
 #include "view/fonts.h"
 #include "view/text_draw.h"
-#include "view/trig.h"
+#include "geo/trig.h"
 
 namespace orvel {
 

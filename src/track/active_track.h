@@ -12,7 +12,7 @@
 #include <filesystem>
 #include <vector>
 
-#include "view/units.h"
+#include "geo/units.h"
 
 class QPainter;
 

@@ -7,7 +7,7 @@
 #include <string_view>
 
 #include "gps/gps_fix.h"
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel {
 

@@ -13,7 +13,7 @@
 #include <string_view>
 #include <vector>
 
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel {
 

@@ -11,7 +11,7 @@
 #include <string_view>
 
 #include "track/waypoint_file.h"
-#include "view/units.h"
+#include "geo/units.h"
 
 class QImage;
 class QPainter;

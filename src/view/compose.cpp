@@ -10,7 +10,7 @@
 #include "view/map_view.h"
 #include "view/scale_bar.h"
 #include "view/text_draw.h"
-#include "view/trig.h"
+#include "geo/trig.h"
 
 namespace orvel {
 

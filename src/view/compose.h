@@ -10,7 +10,7 @@
 
 #include <QImage>
 
-#include "view/units.h"
+#include "geo/units.h"
 
 class QPainter;
 

@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "view/trig.h"
+#include "geo/trig.h"
 
 namespace orvel {
 namespace {

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <string_view>
 
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel {
 

@@ -7,8 +7,8 @@
 
 #include "view/drawing_objects.h"
 #include "view/text_measure.h"
-#include "view/trig.h"
-#include "view/units.h"
+#include "geo/trig.h"
+#include "geo/units.h"
 
 namespace orvel {
 

@@ -2,7 +2,7 @@
 
 #include "pages/satellites_page.h"
 #include "pages_fixture.h"
-#include "view/coords.h"
+#include "geo/coords.h"
 
 namespace orvel::test {
 namespace {

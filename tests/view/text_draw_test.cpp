@@ -7,7 +7,7 @@
 
 #include "common/recording_device.h"
 #include "view/drawing_objects.h"
-#include "view/trig.h"
+#include "geo/trig.h"
 
 namespace orvel {
 namespace {

@@ -9,7 +9,7 @@
 
 #include "commands.h"
 #include "map/map_file.h"
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel::tool {
 namespace {

@@ -20,7 +20,7 @@
 #include <QPoint>
 
 #include "map/map_file.h"
-#include "view/units.h"
+#include "geo/units.h"
 
 class QBrush;
 class QFont;

@@ -4,7 +4,7 @@
 #include <array>
 
 #include "map/img/byte_reader.h"
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel {
 namespace {

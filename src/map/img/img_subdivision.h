@@ -4,7 +4,7 @@
 #include <array>
 #include <cstdint>
 
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel {
 

@@ -28,7 +28,7 @@
 #include "map/img/img_map_file.h"
 #include "map/img/img_subdivision.h"
 #include "map/map_file.h"
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel {
 

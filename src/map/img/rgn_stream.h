@@ -5,7 +5,7 @@
 #include <cstdint>
 
 #include "map/map_file.h"
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel {
 

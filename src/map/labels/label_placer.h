@@ -14,7 +14,7 @@
 #include <QFont>
 #include <QImage>
 
-#include "view/units.h"
+#include "geo/units.h"
 
 class QPainter;
 

@@ -14,7 +14,7 @@
 #include <vector>
 
 #include "map/map_file.h"
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel {
 

@@ -8,8 +8,8 @@
 #include "core/message.h"
 #include "track/ui/waypoint_dialog.h"
 #include "track/waypoints.h"
-#include "view/coords.h"
-#include "view/units.h"
+#include "geo/coords.h"
+#include "geo/units.h"
 
 namespace orvel {
 namespace {

@@ -1,4 +1,4 @@
-#include "view/trig.h"
+#include "geo/trig.h"
 
 #include <gtest/gtest.h>
 

@@ -1,9 +1,9 @@
-#include "view/trig.h"
+#include "geo/trig.h"
 
 #include <array>
 #include <cstddef>
 
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel {
 namespace {

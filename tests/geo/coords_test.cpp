@@ -1,4 +1,4 @@
-#include "view/coords.h"
+#include "geo/coords.h"
 
 #include <gtest/gtest.h>
 

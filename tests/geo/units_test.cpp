@@ -1,4 +1,4 @@
-#include "view/units.h"
+#include "geo/units.h"
 
 #include <gtest/gtest.h>
 

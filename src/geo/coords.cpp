@@ -1,8 +1,8 @@
-#include "view/coords.h"
+#include "geo/coords.h"
 
 #include <cstdio>
 
-#include "view/units.h"
+#include "geo/units.h"
 
 namespace orvel {
 namespace {
