@@ -5,7 +5,7 @@
 
 #include "map/catalogue/icons.h"
 #include "map/catalogue/map_styles.h"
-#include "map/img/rgn_decoder.h"  // which area types are never drawn, in either format
+#include "map/catalogue/catalogue.h"
 #include "map/orv/orv_map_file.h"
 #include "view/text_draw.h"
 
