@@ -10,6 +10,7 @@
 
 #include <QImage>
 
+#include "map/draw/draw_map.h"
 #include "view/units.h"
 
 class QPainter;
@@ -61,6 +62,7 @@ class ViewComposer {
                           const PositionSnapshot& fix) const;
 
   QImage picture_;
+  MapDrawContext mapDrawing_;  // labels and scratch kept from one composition to the next
   ViewLayer trackLayer_;
   ViewLayer waypointLayer_;
   PositionSource positionSource_;

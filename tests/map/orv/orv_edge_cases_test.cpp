@@ -6,6 +6,7 @@
 #include <QPainter>
 
 #include "common/recording_device.h"
+#include "map/draw/draw_map.h"
 #include "map/orv/orv_bit_writer.h"
 #include "map/orv/orv_code_table.h"
 #include "map/orv/orv_map_file.h"
@@ -249,7 +250,8 @@ TEST_F(HandMade, AreaOfType0x4BIsDecodedButNotDrawn) {
   test::RecordingDevice device(100, 100);
   {
     QPainter painter(&device);
-    orv_.draw(painter, view, view.visibleRect());
+    MapDrawContext drawing;
+    drawMap(painter, orv_, view, view.visibleRect(), drawing);
   }
   // Both come out of decode; only the 0x4C one is filled.
   const auto polygons = device.callsOf(test::DrawCall::Kind::Polygon);
