@@ -7,7 +7,7 @@
 
 #include "common/recording_device.h"
 #include "map/draw/draw_map.h"
-#include "map/orv/orv_bit_writer.h"
+#include "map/orv/convert/orv_bit_writer.h"
 #include "map/orv/orv_code_table.h"
 #include "map/orv/orv_map_file.h"
 #include "orv_test_util.h"

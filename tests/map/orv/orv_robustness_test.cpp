@@ -9,8 +9,8 @@
 #include "common/test_data.h"
 #include "map/draw/draw_map.h"
 #include "map/img/img_map_file.h"
+#include "map/orv/convert/orv_writer.h"
 #include "map/orv/orv_map_file.h"
-#include "map/orv/orv_writer.h"
 #include "orv_test_util.h"
 #include "view/map_view.h"
 
