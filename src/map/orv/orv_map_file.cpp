@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "map/img/byte_reader.h"
+#include "map/byte_reader.h"
 
 namespace orvel {
 namespace {

@@ -1,8 +1,8 @@
 // Walking the object data of one level: blocks, their sections, and the objects in them.
 #include <algorithm>
 
+#include "map/byte_reader.h"
 #include "map/catalogue/catalogue.h"
-#include "map/img/byte_reader.h"
 #include "map/orv/orv_map_file.h"
 
 namespace orvel {
