@@ -20,21 +20,20 @@ namespace {
 using test::DrawCall;
 using test::RecordingDevice;
 
-// A map of one grey area over the screen's top-left 10x10 pixels that remembers how it was
-// asked to decode and how the painter drawing into the picture was set up.
+// A map of one grey area in the screen's top-left corner that remembers how it was asked to
+// decode and how the painter drawing into the picture was set up.
 class FakeMap : public MapFile {
  public:
-  FakeMap(MapRect bounds, const QImage& picture) : picture_(picture) { bounds_ = bounds; }
+  FakeMap(MapRect bounds, const QImage& drawnInto) : picture(drawnInto) { bounds_ = bounds; }
   bool probe(Bytes) override { return true; }
   bool load(Bytes) override { return true; }
   void decode(const MapView& view, const MapRect& visible, ObjectConsumer& consumer) override {
     ++draws;
-    const QPainter& painter = *picture_.paintEngine()->painter();
+    const QPainter& painter = *picture.paintEngine()->painter();
     brushOrigin = painter.brushOrigin();
     antialiased = painter.testRenderHint(QPainter::Antialiasing);
     lastVisible = visible;
-    const MapPoint area[] = {view.screenToMap(0, 0), view.screenToMap(10, 0), view.screenToMap(10, 10),
-                             view.screenToMap(0, 10)};
+    const MapPoint area[] = {view.screenToMap(0, 0), view.screenToMap(20, 0), view.screenToMap(0, 20)};
     consumer.onObject(MapObject{ObjectKind::Polygon, 0x03, area, 0});  // City: solid (192, 192, 192)
   }
   bool isDrawn(const MapObject&) const override { return true; }
@@ -48,9 +47,7 @@ class FakeMap : public MapFile {
   QPointF brushOrigin;
   bool antialiased = true;
   MapRect lastVisible;
-
- private:
-  const QImage& picture_;
+  const QImage& picture;
 };
 
 class Compose : public ::testing::Test {
