@@ -14,6 +14,7 @@
 
 #include "core/message.h"
 #include "map/catalogue/map_styles.h"
+#include "map/draw/draw_map.h"
 #include "map/map_file.h"
 #include "map/orv/orv_format.h"
 #include "view/drawing_objects.h"
@@ -50,11 +51,12 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   view.setScreenSize(96, 96);
   view.fitNewMap(map->bounds());
   QImage image(96, 96, QImage::Format_RGB32);
+  orvel::MapDrawContext drawing;
   for (uint32_t zoom : {0u, 8u, 16u, 26u}) {
     view.setZoomIndex(zoom);
     image.fill(Qt::white);
     QPainter painter(&image);
-    map->draw(painter, view, view.visibleRect());
+    orvel::drawMap(painter, *map, view, view.visibleRect(), drawing);
   }
   return 0;
 }

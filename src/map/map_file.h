@@ -1,7 +1,7 @@
 #pragma once
 // The map shown: one file, memory-mapped read-only and read in place by a format object.
-// Readers decode objects and hand them to a consumer; drawing is one such consumer, the
-// command-line tool's object listing another.
+// Readers only decode: they hand objects to a consumer. Drawing (map/draw, the same for
+// every format) is one such consumer, the command-line tool's object listing another.
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -12,8 +12,6 @@
 
 #include "view/map_view.h"
 #include "geo/units.h"
-
-class QPainter;
 
 namespace orvel {
 
@@ -51,8 +49,10 @@ class MapFile {
   virtual bool load(Bytes file) = 0;
   // Hands every object that drawing this view would visit to the consumer, in drawing order.
   virtual void decode(const MapView& view, const MapRect& visible, ObjectConsumer& consumer) = 0;
-  // Draws the view's objects and labels with the painter (client size = view's screen size).
-  virtual void draw(QPainter& painter, const MapView& view, const MapRect& visible) = 0;
+  // The format's own test of whether a decoded object is drawn at all (its types that are
+  // never drawn, the fewest points of an area or a line). Culling against the view, sizes on
+  // screen and labels are the same for every format and left to drawing.
+  virtual bool isDrawn(const MapObject& object) const = 0;
   // Writes the label's text and a terminating zero into out[kLabelCapacity + 1]; returns its length.
   virtual int getLabel(uint32_t labelRef, char16_t* out) = 0;
   // Format-specific facts for `orvel-tool info` (format, bounds, levels, ...).

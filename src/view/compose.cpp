@@ -5,6 +5,7 @@
 #include <QRect>
 
 #include "core/settings.h"
+#include "map/draw/draw_map.h"
 #include "map/map_file.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
@@ -45,7 +46,7 @@ void ViewComposer::composeView(MapFile* map, const MapView& view) {
                             int32_t((int64_t(bounds.south) + bounds.north) / 2)};
       const MapPoint origin = view.mapToScreen(middle);
       painter.setBrushOrigin(QPoint(origin.x, origin.y));
-      map->draw(painter, view, visible);
+      drawMap(painter, *map, view, visible, mapDrawing_);
     }
     if (trackLayer_ && readSettingBool("ShowTrack", true)) trackLayer_(painter, view, visible);
     if (waypointLayer_ && readSettingBool("ShowWaypoints", true)) {

@@ -11,6 +11,7 @@
 #include <QImage>
 
 #include "geo/units.h"
+#include "map/draw/draw_map.h"
 
 class QPainter;
 
@@ -61,6 +62,7 @@ class ViewComposer {
                           const PositionSnapshot& fix) const;
 
   QImage picture_;
+  MapDrawContext mapDrawing_;  // labels and scratch kept from one composition to the next
   ViewLayer trackLayer_;
   ViewLayer waypointLayer_;
   PositionSource positionSource_;

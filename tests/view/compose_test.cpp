@@ -20,20 +20,23 @@ namespace {
 using test::DrawCall;
 using test::RecordingDevice;
 
-// A map that paints one grey square and remembers how it was asked to draw.
+// A map of one grey area in the screen's top-left corner that remembers how it was asked to
+// decode and how the painter drawing into the picture was set up.
 class FakeMap : public MapFile {
  public:
-  explicit FakeMap(MapRect bounds) { bounds_ = bounds; }
+  FakeMap(MapRect bounds, const QImage& drawnInto) : picture(drawnInto) { bounds_ = bounds; }
   bool probe(Bytes) override { return true; }
   bool load(Bytes) override { return true; }
-  void decode(const MapView&, const MapRect&, ObjectConsumer&) override {}
-  void draw(QPainter& painter, const MapView&, const MapRect& visible) override {
+  void decode(const MapView& view, const MapRect& visible, ObjectConsumer& consumer) override {
     ++draws;
+    const QPainter& painter = *picture.paintEngine()->painter();
     brushOrigin = painter.brushOrigin();
     antialiased = painter.testRenderHint(QPainter::Antialiasing);
     lastVisible = visible;
-    painter.fillRect(QRect(0, 0, 10, 10), QColor(128, 128, 128));
+    const MapPoint area[] = {view.screenToMap(0, 0), view.screenToMap(20, 0), view.screenToMap(0, 20)};
+    consumer.onObject(MapObject{ObjectKind::Polygon, 0x03, area, 0});  // City: solid (192, 192, 192)
   }
+  bool isDrawn(const MapObject&) const override { return true; }
   int getLabel(uint32_t, char16_t* out) override {
     out[0] = 0;
     return 0;
@@ -44,6 +47,7 @@ class FakeMap : public MapFile {
   QPointF brushOrigin;
   bool antialiased = true;
   MapRect lastVisible;
+  const QImage& picture;
 };
 
 class Compose : public ::testing::Test {
@@ -142,14 +146,14 @@ TEST_F(Compose, WithoutMapThePictureIsWhiteUnderTheLayers) {
 
 TEST_F(Compose, MapThenTrackThenWaypoints) {
   const MapRect bounds{1990000, 990000, 2010000, 1030000};
-  FakeMap map(bounds);
+  FakeMap map(bounds, composer_.picture());
   composer_.composeView(&map, view_);
   EXPECT_EQ(map.draws, 1);
   EXPECT_FALSE(map.antialiased);
   EXPECT_EQ(map.lastVisible, view_.visibleRect());
   const MapPoint middle = view_.mapToScreen({2000000, 1010000});
   EXPECT_EQ(map.brushOrigin, QPointF(middle.x, middle.y));
-  EXPECT_EQ(composer_.picture().pixel(5, 5), qRgb(128, 128, 128));
+  EXPECT_EQ(composer_.picture().pixel(5, 5), qRgb(192, 192, 192));
   EXPECT_EQ(composer_.picture().pixel(20, 20), qRgb(255, 0, 0));  // track over the map
   EXPECT_EQ(composer_.picture().pixel(30, 30), qRgb(255, 255, 255));
   EXPECT_EQ(trackDraws_, 1);

@@ -8,7 +8,7 @@
 #include "commands.h"
 #include "map/img/img_map_file.h"
 #include "map/mapped_file.h"
-#include "map/orv/orv_writer.h"
+#include "map/orv/convert/orv_writer.h"
 
 namespace orvel::tool {
 namespace {

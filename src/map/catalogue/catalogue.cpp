@@ -47,4 +47,6 @@ const TypeStyle* findPointType(uint32_t code) {
 
 const char* typeName(const TypeStyle* row) { return row != nullptr ? row->name : "Unknown"; }
 
+bool isDrawnPolygonType(uint32_t type) { return type != 0x01 && type != 0x02 && type != 0x4A && type != 0x4B; }
+
 }  // namespace orvel

@@ -30,4 +30,8 @@ const TypeStyle* findPointType(uint32_t code);
 // The row's English name, or "Unknown" for a code that was not found (row == nullptr).
 const char* typeName(const TypeStyle* row);
 
+// Polygon types 0x01, 0x02, 0x4A and 0x4B describe the map itself (its coverage and
+// background) and are never drawn, whatever the map's format; 0x03 is drawn.
+bool isDrawnPolygonType(uint32_t type);
+
 }  // namespace orvel

@@ -16,26 +16,20 @@
 
 namespace orvel {
 MapPainter::MapPainter(QPainter& painter, const MapView& view, const MapRect& visible, MapFile& map,
-                       LabelPlacer& labels, DrawnTest drawn)
-    : painter_(painter),
-      view_(view),
-      visible_(visible),
-      map_(map),
-      labels_(labels),
-      styles_(mapStyles()),
-      drawn_(drawn) {}
+                       MapDrawContext& context)
+    : painter_(painter), view_(view), visible_(visible), map_(map), context_(context), styles_(mapStyles()) {}
 
 void MapPainter::begin() {
-  labels_.resetLabels(view_.screenWidth(), view_.screenHeight());
+  context_.labels.resetLabels(view_.screenWidth(), view_.screenHeight());
   painter_.setPen(Qt::NoPen);
   pen_ = nullptr;
   brush_ = nullptr;
 }
 
-void MapPainter::finish() { labels_.drawLabels(painter_, map_); }
+void MapPainter::finish() { context_.labels.drawLabels(painter_, map_); }
 
 void MapPainter::onObject(const MapObject& object) {
-  if (object.points.empty() || (drawn_ != nullptr && !drawn_(object))) return;
+  if (object.points.empty() || !map_.isDrawn(object)) return;
   switch (object.kind) {
     case ObjectKind::Polygon: drawArea(object); break;
     case ObjectKind::Line: drawLine(object); break;
@@ -44,12 +38,20 @@ void MapPainter::onObject(const MapObject& object) {
 }
 
 int MapPainter::project(std::span<const MapPoint> points) {
-  const int count = static_cast<int>(std::min<size_t>(points.size(), kMaxDrawnPoints));
-  for (int i = 0; i < count; ++i) {
-    screen_[i] = view_.mapToScreen(points[static_cast<size_t>(i)]);
-    qtScreen_[i] = QPoint(screen_[i].x, screen_[i].y);
+  if (context_.screen.size() < points.size()) {
+    context_.screen.resize(points.size());
+    context_.qtScreen.resize(points.size());
   }
-  return count;
+  for (size_t i = 0; i < points.size(); ++i) {
+    const MapPoint at = view_.mapToScreen(points[i]);
+    context_.screen[i] = at;
+    context_.qtScreen[i] = QPoint(at.x, at.y);
+  }
+  return static_cast<int>(points.size());
+}
+
+std::span<const MapPoint> MapPainter::projected(int count) const {
+  return std::span<const MapPoint>(context_.screen.data(), static_cast<size_t>(count));
 }
 
 int MapPainter::fetchLabel(uint32_t labelRef) {
@@ -81,15 +83,14 @@ void MapPainter::drawArea(const MapObject& object) {
   const TypeStyle* row = findPolygonType(object.type);
   usePen(nullptr);
   useBrush(&styles_.polygonBrush(row));
-  painter_.drawPolygon(qtScreen_, count);
+  painter_.drawPolygon(context_.qtScreen.data(), count);
 
   if (object.labelRef == 0 || !view_.isLargeEnough(box, kMinLabelledPixels)) return;
   const int length = fetchLabel(object.labelRef);
   if (length == 0) return;
   const LabelStyle& style = styles_.polygonLabel(row);
   if (!view_.isLargeEnough(box, textWidth(style.font, length))) return;
-  labels_.addAreaLabel(object.labelRef, std::span<const MapPoint>(screen_, static_cast<size_t>(count)),
-                       style.font, style.colour);
+  context_.labels.addAreaLabel(object.labelRef, projected(count), style.font, style.colour);
 }
 
 void MapPainter::drawLine(const MapObject& object) {
@@ -98,10 +99,10 @@ void MapPainter::drawLine(const MapObject& object) {
   const int count = project(object.points);
   const TypeStyle* row = findLineType(object.type);
   usePen(&styles_.lineMainPen(row));
-  painter_.drawPolyline(qtScreen_, count);
+  painter_.drawPolyline(context_.qtScreen.data(), count);
   if (const QPen* second = styles_.lineSecondPen(row)) {
     usePen(second);
-    painter_.drawPolyline(qtScreen_, count);
+    painter_.drawPolyline(context_.qtScreen.data(), count);
   }
 
   if (object.labelRef == 0 || !view_.isLargeEnough(box, kMinLabelledPixels)) return;
@@ -110,8 +111,8 @@ void MapPainter::drawLine(const MapObject& object) {
   const LabelStyle& style = styles_.lineLabel(row);
   const QSize extent = textExtent(style.font, std::u16string_view(text_, static_cast<size_t>(length)));
   if (!view_.isLargeEnough(box, extent.width())) return;
-  labels_.addLineLabel(object.labelRef, std::span<const MapPoint>(screen_, static_cast<size_t>(count)),
-                       style.font, style.colour, extent.height(), extent.width());
+  context_.labels.addLineLabel(object.labelRef, projected(count), style.font, style.colour, extent.height(),
+                               extent.width());
 }
 
 void MapPainter::drawPoint(const MapObject& object) {
@@ -125,8 +126,9 @@ void MapPainter::drawPoint(const MapObject& object) {
   const int length = fetchLabel(object.labelRef);
   if (length == 0) return;
   const LabelStyle& style = styles_.pointLabel(row);
-  labels_.addPointLabel(std::u16string_view(text_, static_cast<size_t>(length)), object.labelRef,
-                        screen.x + kPointLabelOffset, screen.y + kPointLabelOffset, style.font, style.colour);
+  context_.labels.addPointLabel(std::u16string_view(text_, static_cast<size_t>(length)), object.labelRef,
+                                screen.x + kPointLabelOffset, screen.y + kPointLabelOffset, style.font,
+                                style.colour);
 }
 
 }  // namespace orvel

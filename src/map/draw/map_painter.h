@@ -1,8 +1,10 @@
 #pragma once
-// Drawing of decoded map objects, shared by the map formats: a consumer that a reader hands
-// its objects to, in drawing order (areas, then lines, then points), while it walks one view.
+// Drawing of decoded map objects, the same for every map format: a consumer that a reader
+// hands its objects to, in drawing order (areas, then lines, then points), while it walks
+// one view (drawMap in draw_map.h sets this up).
 //
-// For each object it applies the rules every map is drawn by:
+// An object the map's own test (MapFile::isDrawn) leaves out is skipped. For each other
+// object it applies the rules every map is drawn by:
 //   areas   culled by their box (it must meet the visible area and span 2 pixels across or
 //           down), filled with the type's brush and no outline; an area label when the
 //           object has one, the box spans 10 pixels and at least the text's width;
@@ -12,13 +14,13 @@
 //           the point, the label below right of it, kept off other point labels.
 // Labels are collected while drawing and drawn over everything by finish().
 //
-// Nothing is allocated per object: points are projected into fixed scratch arrays, texts
-// decoded into one buffer, and the label placer's lists are reused from draw to draw.
+// Nothing is allocated per object: points are projected into the drawing context's arrays
+// (they grow only for an object larger than any before), texts decoded into one buffer, and
+// the label placer's lists are reused from draw to draw.
 #include <cstdint>
 #include <span>
 
-#include <QPoint>
-
+#include "map/draw/draw_map.h"
 #include "map/map_file.h"
 #include "geo/units.h"
 
@@ -30,12 +32,8 @@ class QPen;
 
 namespace orvel {
 
-class LabelPlacer;
 class MapStyles;
 class MapView;
-
-// At most this many points of an object are drawn; the decoders never hand over more.
-inline constexpr int kMaxDrawnPoints = 256;
 
 // Sizes on screen that decide what is drawn and labelled.
 inline constexpr int kMinDrawnPixels = 2;
@@ -46,12 +44,8 @@ inline constexpr int kPointLabelOffset = 3;
 
 class MapPainter final : public ObjectConsumer {
  public:
-  // Objects the format never draws (polygon types that only describe the map, objects with
-  // too few points) are left out by `drawn`; nullptr draws everything.
-  using DrawnTest = bool (*)(const MapObject&);
-
   MapPainter(QPainter& painter, const MapView& view, const MapRect& visible, MapFile& map,
-             LabelPlacer& labels, DrawnTest drawn = nullptr);
+             MapDrawContext& context);
 
   // Empties the label store and selects no outline. Call before the first object.
   void begin();
@@ -63,8 +57,9 @@ class MapPainter final : public ObjectConsumer {
   void drawArea(const MapObject& object);
   void drawLine(const MapObject& object);
   void drawPoint(const MapObject& object);
-  // Projects the object's points into screen_ and qtScreen_; returns how many.
+  // Projects the object's points into the context's arrays; returns how many.
   int project(std::span<const MapPoint> points);
+  std::span<const MapPoint> projected(int count) const;
   // Decodes the label into text_; its length (0 for none).
   int fetchLabel(uint32_t labelRef);
   int textWidth(const QFont& font, int length) const;
@@ -75,13 +70,10 @@ class MapPainter final : public ObjectConsumer {
   const MapView& view_;
   const MapRect visible_;
   MapFile& map_;
-  LabelPlacer& labels_;
+  MapDrawContext& context_;
   const MapStyles& styles_;
-  DrawnTest drawn_;
   const QPen* pen_ = nullptr;      // the pen selected last; nullptr = no pen
   const QBrush* brush_ = nullptr;  // the brush selected last
-  MapPoint screen_[kMaxDrawnPoints];
-  QPoint qtScreen_[kMaxDrawnPoints];
   char16_t text_[kLabelCapacity + 1];
 };
 

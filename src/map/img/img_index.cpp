@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "map/img/byte_reader.h"
+#include "map/byte_reader.h"
 #include "geo/units.h"
 
 namespace orvel {

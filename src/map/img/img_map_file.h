@@ -3,8 +3,8 @@
 // tile named by the first directory entry are used. When that tile lacks TRE, RGN or LBL
 // the container is read as a map set: every tile of the directory that has all three and
 // is not locked is shown, side by side. Loading builds only the index (for a map set, a
-// table of tiles whose subdivision indexes are built when a tile is first drawn); objects
-// are decoded from the RGN data while drawing, labels from the LBL data when drawn.
+// table of tiles whose subdivision indexes are built when a tile is first decoded); objects
+// are decoded from the RGN data for each view, labels from the LBL data when asked for.
 #include <array>
 #include <cstdint>
 #include <span>
@@ -15,7 +15,6 @@
 #include "map/img/img_subdivision.h"
 #include "map/img/img_tile.h"
 #include "map/img/label_decoder.h"
-#include "map/labels/label_placer.h"
 #include "map/map_file.h"
 
 namespace orvel {
@@ -35,9 +34,10 @@ class ImgMapFile final : public MapFile {
   bool probe(Bytes file) override;
   bool load(Bytes file) override;
   void decode(const MapView& view, const MapRect& visible, ObjectConsumer& consumer) override;
-  void draw(QPainter& painter, const MapView& view, const MapRect& visible) override;
+  // isDrawnObject (rgn_decoder.h).
+  bool isDrawn(const MapObject& object) const override;
   // One tile: labelRef as stored in the map; the text starts at byte labelRef << labelShift()
-  // of the label data. A map set: valid until the next decode or draw (see kImgTileSlotShift).
+  // of the label data. A map set: valid until the next decode (see kImgTileSlotShift).
   int getLabel(uint32_t labelRef, char16_t* out) override;
   void describe(MapFacts& facts) const override;
   // For a map set, one fact per tile: "tile NAME" and "bounds_units W S E N; levels N
@@ -52,7 +52,7 @@ class ImgMapFile final : public MapFile {
   void tilesMeeting(const MapRect& area, std::vector<uint32_t>& out) const;
 
   // The first tile's data; for a single-tile map, valid after a successful load for the
-  // object's life. A map set's tile has these only after it was first drawn.
+  // object's life. A map set's tile has these only after it was first decoded.
   std::span<const ImgLevel> levels() const { return first().levels(); }
   std::span<const ImgSubdivision> subdivisions() const { return first().subdivisions(); }
   // Every section range of every subdivision lies inside rgnData().
@@ -91,7 +91,6 @@ class ImgMapFile final : public MapFile {
   std::vector<MapRect> tileBounds_;  // tiles_[i].bounds(), packed for culling
   std::vector<uint32_t> visited_;    // tiles the last decode visited; label slots index it
   ImgTile empty_;
-  LabelPlacer labels_;  // reused by every draw
 };
 
 }  // namespace orvel

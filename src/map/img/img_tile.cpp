@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <new>
 
-#include "map/img/byte_reader.h"
+#include "map/byte_reader.h"
 #include "map/img/img_index.h"
 
 namespace orvel {

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "map/catalogue/catalogue.h"
 #include "map/img/rgn_stream.h"
 
 namespace orvel {
@@ -184,10 +185,6 @@ void decodeImgView(const ImgDecodeInput& in, const MapRect& visible, int zoomLev
                    ObjectConsumer& consumer) {
   const int level = selectLevel(in.levels, zoomLevelThreshold);
   if (level >= 0) decodeImgLevel(in, level, visible, consumer);
-}
-
-bool isDrawnPolygonType(uint32_t type) {
-  return type != 0x01 && type != 0x02 && type != 0x4A && type != 0x4B;
 }
 
 bool isDrawnObject(const MapObject& object) {

@@ -87,11 +87,11 @@ void decodeImgLevel(const ImgDecodeInput& in, int level, const MapRect& visible,
 void decodeImgView(const ImgDecodeInput& in, const MapRect& visible, int zoomLevelThreshold,
                    ObjectConsumer& consumer);
 
-// Drawing's own rules. Polygon types 0x01, 0x02, 0x4A and 0x4B are never drawn.
-bool isDrawnPolygonType(uint32_t type);
+// The IMG map's own test of what is drawn at all: polygons of the drawn types
+// (isDrawnPolygonType) with at least 3 points, lines of at least 2 points, every point.
+// Culling against the view is left to drawing.
 inline constexpr size_t kMinDrawnPolygonPoints = 3;
 inline constexpr size_t kMinDrawnLinePoints = 2;
-// Type and point count allow drawing (culling against the view is left to drawing).
 bool isDrawnObject(const MapObject& object);
 
 }  // namespace orvel

@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "map/img/byte_reader.h"
+#include "map/byte_reader.h"
 
 namespace orvel {
 namespace {
@@ -39,8 +39,6 @@ bool OrvMapFile::load(Bytes file) {
 
   const size_t maxPoints = size_t{tables_[kTablePointCount].largestSymbol()} + 1;
   mapPoints_.assign(maxPoints, MapPoint{});
-  screenPoints_.assign(maxPoints, MapPoint{});
-  qtPoints_.assign(maxPoints, QPoint{});
   return true;
 }
 

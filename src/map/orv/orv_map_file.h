@@ -1,23 +1,23 @@
 #pragma once
 // The program's own compact map format (*.orv). Labels and object fields are prefix-coded
 // with code tables stored in the file; load turns the ten tables into lookup tables, the
-// object records are decoded while drawing, a label when it is asked for.
+// object records are decoded for each view, a label when it is asked for.
 //
-// Objects lie in blocks, the blocks in levels of detail. decode and draw walk the level
-// chosen for the zoom: the blocks whose box meets the visible area, areas of all of them
-// first, then lines, then points.
+// Objects lie in blocks, the blocks in levels of detail. decode walks the level chosen for
+// the zoom: the blocks whose box meets the visible area, areas of all of them first, then
+// lines, then points.
 #include <array>
 #include <cstdint>
 #include <vector>
 
-#include <QPoint>
-
-#include "map/labels/label_placer.h"
 #include "map/map_file.h"
 #include "map/orv/orv_code_table.h"
 #include "map/orv/orv_format.h"
 
 namespace orvel {
+
+// Areas and lines of fewer points are not drawn.
+inline constexpr size_t kOrvMinDrawnPoints = 2;
 
 // One entry of the level table.
 struct OrvLevel {
@@ -36,7 +36,9 @@ class OrvMapFile final : public MapFile {
   bool probe(Bytes file) override;
   bool load(Bytes file) override;
   void decode(const MapView& view, const MapRect& visible, ObjectConsumer& consumer) override;
-  void draw(QPainter& painter, const MapView& view, const MapRect& visible) override;
+  // Areas of the drawn types (isDrawnPolygonType) and lines of kOrvMinDrawnPoints points or
+  // more, every point. An area of 2 points is drawn here, unlike in an IMG map.
+  bool isDrawn(const MapObject& object) const override;
   // labelRef is a byte offset in the file: an object with an inline label or a shared label.
   int getLabel(uint32_t labelRef, char16_t* out) override;
   void describe(MapFacts& facts) const override;
@@ -69,12 +71,9 @@ class OrvMapFile final : public MapFile {
   uint32_t levelCount_ = 0;
   int32_t biasX_ = 0;
   int32_t biasY_ = 0;
-  // The points of one line or area in map units and on the screen, as many as the largest
-  // point count the map can code.
+  // The points of one line or area in map units, as many as the largest point count the
+  // map can code.
   std::vector<MapPoint> mapPoints_;
-  std::vector<MapPoint> screenPoints_;
-  std::vector<QPoint> qtPoints_;
-  LabelPlacer labels_;
 };
 
 }  // namespace orvel

@@ -1,7 +1,8 @@
 // Walking the object data of one level: blocks, their sections, and the objects in them.
 #include <algorithm>
 
-#include "map/img/byte_reader.h"
+#include "map/byte_reader.h"
+#include "map/catalogue/catalogue.h"
 #include "map/orv/orv_map_file.h"
 
 namespace orvel {
@@ -23,6 +24,15 @@ int32_t toUnits(uint32_t value, unsigned shift) { return static_cast<int32_t>(va
 
 void OrvMapFile::decode(const MapView& view, const MapRect& visible, ObjectConsumer& consumer) {
   decodeLevel(chooseLevel(view.zoomLevel()), visible, consumer);
+}
+
+bool OrvMapFile::isDrawn(const MapObject& object) const {
+  switch (object.kind) {
+    case ObjectKind::Polygon: return isDrawnPolygonType(object.type) && object.points.size() >= kOrvMinDrawnPoints;
+    case ObjectKind::Line: return object.points.size() >= kOrvMinDrawnPoints;
+    case ObjectKind::Point: return true;
+  }
+  return false;
 }
 
 void OrvMapFile::decodeLevel(int levelIndex, const MapRect& visible, ObjectConsumer& consumer) {

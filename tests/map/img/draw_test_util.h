@@ -15,6 +15,7 @@
 #include "common/test_data.h"
 #include "map/catalogue/catalogue.h"
 #include "map/catalogue/map_styles.h"
+#include "map/draw/draw_map.h"
 #include "map/img/img_map_file.h"
 #include "view/compose.h"
 #include "view/map_view.h"
@@ -86,7 +87,8 @@ inline int inkPixels(const QImage& image) {
 inline std::unique_ptr<RecordingDevice> record(MapFile& map, const MapView& view) {
   auto device = std::make_unique<RecordingDevice>(view.screenWidth(), view.screenHeight());
   QPainter painter(device.get());
-  map.draw(painter, view, view.visibleRect());
+  MapDrawContext drawing;
+  drawMap(painter, map, view, view.visibleRect(), drawing);
   return device;
 }
 

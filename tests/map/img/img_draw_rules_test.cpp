@@ -16,7 +16,6 @@
 #include "map/catalogue/map_styles.h"
 #include "map/draw/map_painter.h"
 #include "map/img/rgn_decoder.h"
-#include "map/labels/label_placer.h"
 #include "view/map_view.h"
 
 namespace orvel {
@@ -30,7 +29,7 @@ class LabelledMap final : public MapFile {
   bool probe(Bytes) override { return true; }
   bool load(Bytes) override { return true; }
   void decode(const MapView&, const MapRect&, ObjectConsumer&) override {}
-  void draw(QPainter&, const MapView&, const MapRect&) override {}
+  bool isDrawn(const MapObject& object) const override { return isDrawnObject(object); }
   int getLabel(uint32_t ref, char16_t* out) override {
     const auto it = texts.find(ref);
     const std::u16string text = it != texts.end() ? it->second : std::u16string();
@@ -83,7 +82,7 @@ class DrawRules : public ::testing::Test {
   template <typename Device>
   void paint(Device& device, const std::vector<Shape>& shapes) {
     QPainter painter(&device);
-    MapPainter mapPainter(painter, view_, view_.visibleRect(), map_, labels_, isDrawnObject);
+    MapPainter mapPainter(painter, view_, view_.visibleRect(), map_, drawing_);
     mapPainter.begin();
     for (const Shape& s : shapes) {
       const std::vector<MapPoint> points = toMap(s.screen);
@@ -104,7 +103,7 @@ class DrawRules : public ::testing::Test {
 
   MapView view_;
   LabelledMap map_;
-  LabelPlacer labels_;
+  MapDrawContext drawing_;
 };
 
 TEST_F(DrawRules, PolygonTypesThatDescribeTheMapAreNeverDrawn) {
@@ -182,7 +181,7 @@ TEST_F(DrawRules, PointsOnTheViewsEdgeAreDrawnThoseBeyondAreNot) {
   RecordingDevice device(240, 320);
   {
     QPainter painter(&device);
-    MapPainter mapPainter(painter, view_, visible, map_, labels_, isDrawnObject);
+    MapPainter mapPainter(painter, view_, visible, map_, drawing_);
     mapPainter.begin();
     const MapPoint inside[] = {{visible.west, visible.south}, {visible.east, visible.north}};
     const MapPoint outside[] = {{visible.west - 1, visible.south}, {visible.east, visible.north + 1}};

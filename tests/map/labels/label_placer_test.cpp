@@ -23,7 +23,7 @@ class LabelMap : public MapFile {
   bool probe(Bytes) override { return true; }
   bool load(Bytes) override { return true; }
   void decode(const MapView&, const MapRect&, ObjectConsumer&) override {}
-  void draw(QPainter&, const MapView&, const MapRect&) override {}
+  bool isDrawn(const MapObject&) const override { return true; }
   int getLabel(uint32_t ref, char16_t* out) override {
     const auto found = texts.find(ref);
     const std::u16string text = found == texts.end() ? u"" : found->second;

@@ -2,11 +2,8 @@
 // control characters in labels, empty blocks, shared labels out of the file.
 #include <gtest/gtest.h>
 
-#include <QImage>
-#include <QPainter>
-
-#include "common/recording_device.h"
-#include "map/orv/orv_bit_writer.h"
+#include "map/img/draw_test_util.h"
+#include "map/orv/convert/orv_bit_writer.h"
 #include "map/orv/orv_code_table.h"
 #include "map/orv/orv_map_file.h"
 #include "orv_test_util.h"
@@ -246,13 +243,8 @@ TEST_F(HandMade, AreaOfType0x4BIsDecodedButNotDrawn) {
   view.setScreenSize(100, 100);
   view.setZoomIndex(0);
   view.setCentre(256, 0);
-  test::RecordingDevice device(100, 100);
-  {
-    QPainter painter(&device);
-    orv_.draw(painter, view, view.visibleRect());
-  }
   // Both come out of decode; only the 0x4C one is filled.
-  const auto polygons = device.callsOf(test::DrawCall::Kind::Polygon);
+  const auto polygons = test::record(orv_, view)->callsOf(test::DrawCall::Kind::Polygon);
   ASSERT_EQ(polygons.size(), 1u);
   EXPECT_EQ(polygons[0].points.size(), 3);
 }

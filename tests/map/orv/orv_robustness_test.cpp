@@ -7,9 +7,10 @@
 
 #include "common/recording_device.h"
 #include "common/test_data.h"
+#include "map/draw/draw_map.h"
 #include "map/img/img_map_file.h"
+#include "map/orv/convert/orv_writer.h"
 #include "map/orv/orv_map_file.h"
-#include "map/orv/orv_writer.h"
 #include "orv_test_util.h"
 #include "view/map_view.h"
 
@@ -60,10 +61,11 @@ void exercise(const std::vector<uint8_t>& bytes) {
   mapView.setScreenSize(120, 120);
   mapView.fitNewMap(orv.bounds());
   QImage image(120, 120, QImage::Format_RGB32);
+  MapDrawContext drawing;
   for (uint32_t zoom : {2u, 9u, 20u}) {
     mapView.setZoomIndex(zoom);
     QPainter painter(&image);
-    orv.draw(painter, mapView, mapView.visibleRect());
+    drawMap(painter, orv, mapView, mapView.visibleRect(), drawing);
   }
 }
 

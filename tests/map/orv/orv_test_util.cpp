@@ -3,7 +3,7 @@
 #include <cstring>
 
 #include "map/img/label_decoder.h"
-#include "map/orv/orv_writer.h"
+#include "map/orv/convert/orv_writer.h"
 
 namespace orvel::test {
 

@@ -8,8 +8,8 @@
 
 #include "map/img/img_map_file.h"
 #include "map/map_file.h"
+#include "map/orv/convert/orv_prefix_code.h"
 #include "map/orv/orv_format.h"
-#include "map/orv/orv_prefix_code.h"
 
 namespace orvel::test {
 

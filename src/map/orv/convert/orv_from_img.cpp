@@ -4,7 +4,7 @@
 #include "map/img/img_map_file.h"
 #include "map/img/label_decoder.h"
 #include "map/img/rgn_decoder.h"
-#include "map/orv/orv_writer.h"
+#include "map/orv/convert/orv_writer.h"
 
 namespace orvel {
 namespace {

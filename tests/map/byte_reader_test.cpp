@@ -1,4 +1,4 @@
-#include "map/img/byte_reader.h"
+#include "map/byte_reader.h"
 
 #include <gtest/gtest.h>
 

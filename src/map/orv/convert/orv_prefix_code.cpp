@@ -1,4 +1,4 @@
-#include "map/orv/orv_prefix_code.h"
+#include "map/orv/convert/orv_prefix_code.h"
 
 #include <algorithm>
 #include <queue>

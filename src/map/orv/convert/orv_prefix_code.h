@@ -7,7 +7,7 @@
 #include <unordered_map>
 #include <vector>
 
-#include "map/orv/orv_bit_writer.h"
+#include "map/orv/convert/orv_bit_writer.h"
 
 namespace orvel {
 

@@ -1,4 +1,4 @@
-#include "map/orv/orv_writer.h"
+#include "map/orv/convert/orv_prefix_code.h"
 
 #include <algorithm>
 #include <array>
@@ -6,8 +6,8 @@
 #include <cstring>
 #include <unordered_map>
 
+#include "map/orv/convert/orv_writer.h"
 #include "map/orv/orv_format.h"
-#include "map/orv/orv_prefix_code.h"
 
 namespace orvel {
 namespace {

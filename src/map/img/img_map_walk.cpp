@@ -1,7 +1,4 @@
-// Walking a view of an IMG map: decoding its objects for a consumer, and drawing them.
-#include <QPainter>
-
-#include "map/draw/map_painter.h"
+// Walking a view of an IMG map: decoding its objects for a consumer (drawing or a listing).
 #include "map/img/img_map_file.h"
 #include "map/img/rgn_decoder.h"
 
@@ -64,11 +61,6 @@ void ImgMapFile::decodeSet(const MapView& view, const MapRect& visible, ObjectCo
   }
 }
 
-void ImgMapFile::draw(QPainter& painter, const MapView& view, const MapRect& visible) {
-  MapPainter mapPainter(painter, view, visible, *this, labels_, isDrawnObject);
-  mapPainter.begin();
-  decode(view, visible, mapPainter);
-  mapPainter.finish();
-}
+bool ImgMapFile::isDrawn(const MapObject& object) const { return isDrawnObject(object); }
 
 }  // namespace orvel
