@@ -98,11 +98,6 @@ std::u16string nextWaypointName() {
   return u"999";
 }
 
-void setWaypointString(Waypoint& waypoint, size_t slot, std::u16string_view text) {
-  if (slot >= kWaypointStrings) return;
-  waypoint.strings[slot] = std::u16string(text.substr(0, text.find(u'\0')));
-}
-
 void setWaypointEditor(WaypointEditor editor) { waypointStore().editor = std::move(editor); }
 
 Waypoint& addWaypoint(float lonDegrees, float latDegrees, double time, float altitude) {

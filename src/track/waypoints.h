@@ -38,9 +38,6 @@ const std::forward_list<Waypoint>& waypoints();
 // "001" ... "999": the first number no waypoint's name equals; "999" when all are taken.
 std::u16string nextWaypointName();
 
-// Replaces one of the four strings by a copy of `text` up to its first zero character.
-void setWaypointString(Waypoint& waypoint, size_t slot, std::u16string_view text);
-
 // Lets the user edit a new waypoint before it is saved (the waypoint dialog).
 using WaypointEditor = std::function<void(Waypoint& waypoint)>;
 void setWaypointEditor(WaypointEditor editor);
