@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <cstdio>
 
+#include "core/message.h"
 #include "core/settings.h"
 #include "app/desktop_entry.h"
 #include "app/dialogs.h"
@@ -219,8 +220,9 @@ int appMain(const QStringList& arguments) {
 
   // "Сохранить точку...", the map's pop-up menu and the action-key hold all end in the
   // waypoint dialog.
-  setWaypointEditor([owner = window.get()](Waypoint& waypoint) {
-    editWaypoint(waypoint, owner, runDialog);
+  const LengthFormat lengths;
+  setWaypointEditor([&lengths, owner = window.get()](Waypoint& waypoint) {
+    editWaypoint(waypoint, lengths, processMessages(), owner, runDialog);
   });
   loadWaypoints();
   composeMapView();
