@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <cstdio>
 
+#include "core/message.h"
 #include "core/settings.h"
 #include "app/desktop_entry.h"
 #include "app/dialogs.h"
@@ -24,6 +25,7 @@
 #include "pages/map_page.h"
 #include "pages/page_host.h"
 #include "track/active_track.h"
+#include "track/data_folder.h"
 #include "track/mps_writer.h"
 #include "track/track_recording.h"
 #include "track/ui/waypoint_dialog.h"
@@ -74,19 +76,19 @@ void scheduleDemoReplay(QObject* context) {
   });
 }
 
-void runOptions(MainWindow& window) {
+void runOptions(MainWindow& window, ActiveTrack& activeTrack, TrackExport& trackExport) {
   OptionsActions actions;
   actions.resetRotation = [] {
     mapView().setRotation(0);
     composeMapView();
   };
-  actions.setTrackRecording = [](bool on) {
+  actions.setTrackRecording = [&activeTrack, &trackExport](bool on) {
     if (on) {
-      openTrackFile();
-      startRecording();
+      trackExport.openTrackFile();
+      activeTrack.startRecording();
     } else {
-      closeTrackFile();
-      stopRecording();
+      trackExport.closeTrackFile();
+      activeTrack.stopRecording();
     }
   };
   actions.redrawMap = [] { composeMapView(); };
@@ -203,26 +205,37 @@ int appMain(const QStringList& arguments) {
     if (demoMap && currentMap()) mapView().setZoomIndex(kDemoZoomIndex);
   }
 
-  if (readSettingBool("RecordTrack", false)) openTrackFile();
-  openTrackStore();
+  // The track and waypoint stores live for the run; the pages reach them through the map page.
+  const std::filesystem::path dataFolder = ensureDataFolder();
+  ActiveTrack activeTrack(dataFolder, processSettings(), processMessages());
+  TrackExport trackExport(dataFolder, processMessages());
+  WaypointStore waypointStore(dataFolder, processMessages());
+  const LengthFormat lengths;
+  mapPage().setTrackData(&activeTrack, &waypointStore);
+
+  if (readSettingBool("RecordTrack", false)) trackExport.openTrackFile();
+  activeTrack.openTrackStore();
 
   FixObserver observer;
-  connectTrackRecorders(observer);
+  connectTrackRecorders(observer, activeTrack, trackExport);
   observer.showReception = [](uint32_t satellitesUsed) { showSatellites(satellitesUsed); };
   setFixObserver(std::move(observer));
   preparePortScanning();
   // Sets the status text, and scans unless "ScanCOMPorts" is off.
   startScanning();
   if (commandLine.demo) scheduleDemoReplay(window.get());
-  window->setOptionsHandler([&window] { runOptions(*window); });
+  window->setOptionsHandler([&window, &activeTrack, &trackExport] { runOptions(*window, activeTrack, trackExport); });
   setGaugeDialogRunner([](QDialog& dialog) { return runDialog(dialog); });
 
   // "Сохранить точку...", the map's pop-up menu and the action-key hold all end in the
   // waypoint dialog.
-  setWaypointEditor([owner = window.get()](Waypoint& waypoint) {
-    editWaypoint(waypoint, owner, runDialog);
+  waypointStore.setWaypointEditor([&lengths, owner = window.get()](Waypoint& waypoint) {
+    editWaypoint(waypoint, lengths, processMessages(), owner, runDialog);
   });
-  loadWaypoints();
+  setWaypointDialog([&waypointStore](float lon, float lat, double time, float altitude) {
+    waypointStore.addWaypoint(lon, lat, time, altitude);
+  });
+  waypointStore.loadWaypoints();
   composeMapView();
 
   const int status = QApplication::exec();
@@ -230,10 +243,12 @@ int appMain(const QStringList& arguments) {
 
   stopPortScanning();
   setFixObserver(FixObserver{});
-  closeTrackFile();
-  closeTrackStore();
-  freeWaypoints();
-  setWaypointEditor(nullptr);
+  trackExport.closeTrackFile();
+  activeTrack.closeTrackStore();
+  waypointStore.freeWaypoints();
+  waypointStore.setWaypointEditor(nullptr);
+  setWaypointDialog(nullptr);
+  mapPage().setTrackData(nullptr, nullptr);
   setGaugeDialogRunner(nullptr);
   removeGpsNotification();
   shutdownPages();

@@ -45,10 +45,12 @@ MapPage& mapPage() {
 void composeMapView() { mapPage().compose(); }
 
 void MapPage::installComposerHooks() {
-  composer_.setTrackLayer([](QPainter& painter, const MapView& view, const MapRect&) {
-    drawActiveTrack(painter, view);
+  composer_.setTrackLayer([this](QPainter& painter, const MapView& view, const MapRect&) {
+    if (track_) track_->drawActiveTrack(painter, view);
   });
-  composer_.setWaypointLayer(drawWaypoints);
+  composer_.setWaypointLayer([this](QPainter& painter, const MapView& view, const MapRect& visible) {
+    if (waypoints_) waypoints_->drawWaypoints(painter, view, visible);
+  });
   composer_.setPositionSource(currentPosition);
   composer_.setRepaintRequest(invalidateMainWindow);
 }

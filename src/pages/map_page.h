@@ -9,6 +9,9 @@
 
 namespace orvel {
 
+class ActiveTrack;
+class WaypointStore;
+
 inline constexpr int kActionTimerId = 10;
 inline constexpr int kActionHoldMs = 1000;
 
@@ -39,6 +42,12 @@ class MapPage : public Page {
   bool panning() const { return panning_; }
   bool actionPending() const { return actionPending_; }
   const ViewComposer& composer() const { return composer_; }
+  // The trail and the waypoints drawn over the map; null ones are not drawn. The program
+  // owns them and clears them here before they go.
+  void setTrackData(const ActiveTrack* track, const WaypointStore* waypoints) {
+    track_ = track;
+    waypoints_ = waypoints;
+  }
 
  private:
   struct PendingWaypoint {
@@ -54,6 +63,8 @@ class MapPage : public Page {
   void installComposerHooks();
 
   ViewComposer composer_;
+  const ActiveTrack* track_ = nullptr;
+  const WaypointStore* waypoints_ = nullptr;
   uint64_t compositions_ = 0;
   bool composedSinceStart_ = false;
   bool panning_ = false;

@@ -3,8 +3,6 @@
 #include <chrono>
 #include <utility>
 
-#include "track/waypoints.h"
-
 namespace orvel {
 
 namespace {
@@ -56,11 +54,7 @@ WaypointDialog setWaypointDialog(WaypointDialog dialog) {
 }
 
 void openWaypointDialog(float lon, float lat, double time, float altitude) {
-  if (waypointDialog()) {
-    waypointDialog()(lon, lat, time, altitude);
-  } else {
-    addWaypoint(lon, lat, time, altitude);
-  }
+  if (waypointDialog()) waypointDialog()(lon, lat, time, altitude);
 }
 
 void setGpsReadingActive(std::function<bool()> query) { readingQuery() = std::move(query); }

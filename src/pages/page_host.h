@@ -35,7 +35,7 @@ void capturePointer(bool captured);
 void showPopupMenu(int menuId, int x, int y);
 
 // The waypoint dialog for a new waypoint (position in degrees, time as an automation date
-// or 0, altitude in metres or 0). By default the waypoint is added to the store.
+// or 0, altitude in metres or 0), installed by the program; without one nothing happens.
 using WaypointDialog = std::function<void(float lon, float lat, double time, float altitude)>;
 WaypointDialog setWaypointDialog(WaypointDialog dialog);
 void openWaypointDialog(float lon, float lat, double time, float altitude);

@@ -15,7 +15,6 @@
 
 #include "core/message.h"
 #include "core/settings.h"
-#include "track/data_folder.h"
 #include "track/le_bytes.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
@@ -26,19 +25,6 @@ namespace {
 constexpr size_t kNextIndexOffset = 0;
 constexpr size_t kWrappedOffset = 4;
 constexpr size_t kPointsOffset = 8;
-
-struct TrackStore {
-  std::mutex ring;          // guards the header and the slots, and `base` changing
-  uint8_t* base = nullptr;  // the mapped file, null while closed
-  int fd = -1;              // held for the lock that keeps a second writer out
-  std::atomic<bool> recording{false};
-  std::atomic<bool> pendingBreak{false};
-};
-
-TrackStore& store() {
-  static TrackStore s;
-  return s;
-}
 
 uint8_t* slot(uint8_t* base, uint32_t index) { return base + kPointsOffset + 8 * size_t{index}; }
 
@@ -71,18 +57,6 @@ void forEachPoint(const uint8_t* base, Visit visit) {
   for (uint32_t i = 0; i < range.end; ++i) visit(readSlot(base, i));
 }
 
-void unmapLocked(TrackStore& s) {
-  if (s.base) {
-    ::msync(s.base, kTrackFileSize, MS_SYNC);
-    ::munmap(s.base, kTrackFileSize);
-    s.base = nullptr;
-  }
-  if (s.fd >= 0) {
-    ::close(s.fd);  // releases the lock
-    s.fd = -1;
-  }
-}
-
 // The polyline being gathered for drawActiveTrack, drawn in batches.
 class PolylineBatch {
  public:
@@ -110,10 +84,26 @@ class PolylineBatch {
 
 }  // namespace
 
-std::filesystem::path trackStorePath() { return ensureDataFolder() / "Tracks.bin"; }
+ActiveTrack::ActiveTrack(std::filesystem::path dataFolder, Settings& settings, Messages& messages)
+    : folder_(std::move(dataFolder)), settings_(settings), messages_(messages) {}
 
-void openTrackStore() {
-  TrackStore& s = store();
+ActiveTrack::~ActiveTrack() { closeTrackStore(); }
+
+std::filesystem::path ActiveTrack::trackStorePath() const { return folder_ / "Tracks.bin"; }
+
+void ActiveTrack::unmapLocked() {
+  if (base_) {
+    ::msync(base_, kTrackFileSize, MS_SYNC);
+    ::munmap(base_, kTrackFileSize);
+    base_ = nullptr;
+  }
+  if (fd_ >= 0) {
+    ::close(fd_);  // releases the lock
+    fd_ = -1;
+  }
+}
+
+void ActiveTrack::openTrackStore() {
   if (isTrackStoreOpen()) return;
   const std::filesystem::path path = trackStorePath();
 
@@ -123,7 +113,7 @@ void openTrackStore() {
   struct stat info {};
   if (fd < 0 || ::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode) || ::flock(fd, LOCK_EX | LOCK_NB) != 0) {
     if (fd >= 0) ::close(fd);
-    showMessage("Can't create file to write tracks:\n %s", path.c_str());
+    showMessage(messages_, "Can't create file to write tracks:\n %s", path.c_str());
     return;
   }
   // A new file, and one of any other size, become 80008 bytes; a new one's zero header is
@@ -132,88 +122,83 @@ void openTrackStore() {
       ::ftruncate(fd, static_cast<off_t>(kTrackFileSize)) != 0) {
     const int error = errno;
     ::close(fd);
-    showMessage("Can't read/write active track file. (Error %d.)", error);
+    showMessage(messages_, "Can't read/write active track file. (Error %d.)", error);
     return;
   }
   void* mapped = ::mmap(nullptr, kTrackFileSize, PROT_READ | PROT_WRITE, MAP_SHARED, fd, 0);
   if (mapped == MAP_FAILED) {
     const int error = errno;
     ::close(fd);
-    showMessage("Can't read/write active track file. (Error %d.)", error);
+    showMessage(messages_, "Can't read/write active track file. (Error %d.)", error);
     return;
   }
   {
-    std::lock_guard guard(s.ring);
-    s.base = static_cast<uint8_t*>(mapped);
-    s.fd = fd;
+    std::lock_guard guard(ring_);
+    base_ = static_cast<uint8_t*>(mapped);
+    fd_ = fd;
   }
-  if (readSettingInt("RecordTrack", 0) != 0) startRecording();
+  if (settings_.readSettingInt("RecordTrack", 0) != 0) startRecording();
 }
 
-void closeTrackStore() {
-  TrackStore& s = store();
-  std::lock_guard guard(s.ring);
-  unmapLocked(s);
+void ActiveTrack::closeTrackStore() {
+  std::lock_guard guard(ring_);
+  unmapLocked();
 }
 
-bool isTrackStoreOpen() {
-  TrackStore& s = store();
-  std::lock_guard guard(s.ring);
-  return s.base != nullptr;
+bool ActiveTrack::isTrackStoreOpen() const {
+  std::lock_guard guard(ring_);
+  return base_ != nullptr;
 }
 
-void startRecording() { store().recording.store(true); }
+void ActiveTrack::startRecording() { recording_.store(true); }
 
-void stopRecording() {
-  TrackStore& s = store();
-  s.recording.store(false);
-  s.pendingBreak.store(true);
+void ActiveTrack::stopRecording() {
+  recording_.store(false);
+  pendingBreak_.store(true);
 }
 
-bool isRecording() { return store().recording.load(); }
+bool ActiveTrack::isRecording() const { return recording_.load(); }
 
-void markSegmentStart() { store().pendingBreak.store(true); }
+void ActiveTrack::markSegmentStart() { pendingBreak_.store(true); }
 
-void appendActivePoint(float longitude, float latitude) {
-  TrackStore& s = store();
-  if (!s.recording.load()) return;
+void ActiveTrack::appendActivePoint(float longitude, float latitude) {
+  if (!recording_.load()) return;
   const Semicircles lon = degreesToSemicircles(longitude);
   const Semicircles lat = degreesToSemicircles(latitude);
 
-  std::lock_guard guard(s.ring);
-  if (!s.base) return;
+  std::lock_guard guard(ring_);
+  if (!base_) return;
   RingRange range;
-  const bool valid = ringRange(s.base, range);
+  const bool valid = ringRange(base_, range);
   const uint32_t next = valid ? range.end : 0;  // an impossible header starts an empty ring
-  const uint32_t breakBit = s.pendingBreak.exchange(false) ? kTrackBreakFlag : 0;
+  const uint32_t breakBit = pendingBreak_.exchange(false) ? kTrackBreakFlag : 0;
   const uint32_t after = next + 1 == kTrackSlots ? 0 : next + 1;
   if ((valid && range.wrappedFrom != kTrackSlots) || after == 0) {
     // The ring is full once this point is in: the slot after it becomes the oldest. Marking
     // that point as a segment start changes nothing drawn (nothing comes before the oldest),
     // but while the slot below is rewritten, the half-written point that the header still
     // counts as the oldest is cut off from the rest instead of joined to it by a false line.
-    uint8_t* oldest = slot(s.base, after) + 4;
+    uint8_t* oldest = slot(base_, after) + 4;
     le::store32(oldest, le::load32(oldest) | kTrackBreakFlag);
   }
-  uint8_t* p = slot(s.base, next);
+  uint8_t* p = slot(base_, next);
   le::store32(p, static_cast<uint32_t>(lon));
   le::store32(p + 4, (static_cast<uint32_t>(lat) & ~kTrackBreakFlag) | breakBit);
   // The header last, one word at a time, so that a process killed at any moment leaves a
   // ring that reads as valid. At the wrap `wrapped` goes first: the full ring then stays
   // visible (its newest point, cut off, standing first) rather than reading as empty.
   if (next + 1 == kTrackSlots) {
-    le::store32(s.base + kWrappedOffset, 1);
-    le::store32(s.base + kNextIndexOffset, 0);
+    le::store32(base_ + kWrappedOffset, 1);
+    le::store32(base_ + kNextIndexOffset, 0);
   } else {
-    if (!valid) le::store32(s.base + kWrappedOffset, 0);
-    le::store32(s.base + kNextIndexOffset, next + 1);
+    if (!valid) le::store32(base_ + kWrappedOffset, 0);
+    le::store32(base_ + kNextIndexOffset, next + 1);
   }
 }
 
-void drawActiveTrack(QPainter& painter, const MapView& view) {
-  TrackStore& s = store();
-  std::lock_guard guard(s.ring);
-  if (!s.base) return;
+void ActiveTrack::drawActiveTrack(QPainter& painter, const MapView& view) const {
+  std::lock_guard guard(ring_);
+  if (!base_) return;
   painter.save();
   painter.setPen(makeSolidPen(colorRefColor(kTrackPenColorRef), kTrackPenWidth));
   painter.setBrush(Qt::NoBrush);
@@ -224,7 +209,7 @@ void drawActiveTrack(QPainter& painter, const MapView& view) {
   const int64_t right = 2 * int64_t{width};
   const int64_t bottom = 2 * int64_t{height};
   PolylineBatch line(painter);
-  forEachPoint(s.base, [&](const TrackPoint& point) {
+  forEachPoint(base_, [&](const TrackPoint& point) {
     if (point.startsSegment()) line.drawIfLine();
     const MapPoint screen = view.semicirclesToScreen({point.lon, point.latitude()});
     const bool usable = screen.x > -int64_t{width} && screen.x < right && screen.y > -int64_t{height} &&
@@ -239,12 +224,11 @@ void drawActiveTrack(QPainter& painter, const MapView& view) {
   painter.restore();
 }
 
-std::vector<TrackPoint> activeTrackPoints() {
+std::vector<TrackPoint> ActiveTrack::activeTrackPoints() const {
   std::vector<TrackPoint> points;
   points.reserve(kTrackSlots);
-  TrackStore& s = store();
-  std::lock_guard guard(s.ring);
-  if (s.base) forEachPoint(s.base, [&](const TrackPoint& p) { points.push_back(p); });
+  std::lock_guard guard(ring_);
+  if (base_) forEachPoint(base_, [&](const TrackPoint& p) { points.push_back(p); });
   return points;
 }
 

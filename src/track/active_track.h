@@ -7,9 +7,11 @@
 // goes to), wrapped (u32, 1 once the ring has been filled), then 10000 points of 8 bytes:
 // longitude in semicircles (i32) and a word holding the latitude in its low 31 bits with the
 // segment-break flag in bit 31.
+#include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
+#include <mutex>
 #include <vector>
 
 #include "geo/units.h"
@@ -19,6 +21,8 @@ class QPainter;
 namespace orvel {
 
 class MapView;
+class Messages;
+class Settings;
 
 inline constexpr uint32_t kTrackSlots = 10000;
 inline constexpr size_t kTrackFileSize = 8 + 8 * size_t{kTrackSlots};  // 80008
@@ -37,32 +41,57 @@ struct TrackPoint {
   friend bool operator==(const TrackPoint&, const TrackPoint&) = default;
 };
 
-// Opens (creating or resizing it to 80008 bytes) and maps data folder/Tracks.bin, and starts
-// recording when the setting "RecordTrack" is on. Failures are shown with showMessage and
-// leave the store closed; appending and drawing then do nothing.
-void openTrackStore();
-// Writes the ring to storage and unmaps it. Nothing happens when it is not open.
-void closeTrackStore();
-bool isTrackStoreOpen();
-std::filesystem::path trackStorePath();  // data folder/Tracks.bin
+// One Tracks.bin ring: opened at start-up, appended to by fix processing on the reading
+// thread and drawn by the interface thread. The header and the slots are guarded by the
+// ring's own lock, which is never taken while the GPS state's is held.
+class ActiveTrack {
+ public:
+  // `dataFolder` holds Tracks.bin; "RecordTrack" is read from `settings` when the store
+  // opens; failures to open are told through `messages`.
+  ActiveTrack(std::filesystem::path dataFolder, Settings& settings, Messages& messages);
+  ~ActiveTrack();  // closes the store
+  ActiveTrack(const ActiveTrack&) = delete;
+  ActiveTrack& operator=(const ActiveTrack&) = delete;
 
-void startRecording();
-// Stops; the first point recorded after the next start begins a new segment.
-void stopRecording();
-bool isRecording();
+  // Opens (creating or resizing it to 80008 bytes) and maps Tracks.bin, and starts recording
+  // when the setting "RecordTrack" is on. Failures are shown and leave the store closed;
+  // appending and drawing then do nothing.
+  void openTrackStore();
+  // Writes the ring to storage and unmaps it. Nothing happens when it is not open.
+  void closeTrackStore();
+  bool isTrackStoreOpen() const;
+  std::filesystem::path trackStorePath() const;  // data folder/Tracks.bin
 
-// The next point stored begins a new segment.
-void markSegmentStart();
+  void startRecording();
+  // Stops; the first point recorded after the next start begins a new segment.
+  void stopRecording();
+  bool isRecording() const;
 
-// Stores a position (degrees) in the next slot while recording and open. No distance or
-// time filter: fix processing decides what is worth a point.
-void appendActivePoint(float longitude, float latitude);
+  // The next point stored begins a new segment.
+  void markSegmentStart();
 
-// Draws the ring, oldest point first, as polylines with the track pen. Points more than one
-// screen beyond any edge are left out and split the line.
-void drawActiveTrack(QPainter& painter, const MapView& view);
+  // Stores a position (degrees) in the next slot while recording and open. No distance or
+  // time filter: fix processing decides what is worth a point.
+  void appendActivePoint(float longitude, float latitude);
 
-// The valid points, oldest first; empty when the store is closed or its header impossible.
-std::vector<TrackPoint> activeTrackPoints();
+  // Draws the ring, oldest point first, as polylines with the track pen. Points more than
+  // one screen beyond any edge are left out and split the line.
+  void drawActiveTrack(QPainter& painter, const MapView& view) const;
+
+  // The valid points, oldest first; empty when the store is closed or its header impossible.
+  std::vector<TrackPoint> activeTrackPoints() const;
+
+ private:
+  void unmapLocked();
+
+  const std::filesystem::path folder_;
+  Settings& settings_;
+  Messages& messages_;
+  mutable std::mutex ring_;  // guards the header and the slots, and `base_` changing
+  uint8_t* base_ = nullptr;  // the mapped file, null while closed
+  int fd_ = -1;              // held for the lock that keeps a second writer out
+  std::atomic<bool> recording_{false};
+  std::atomic<bool> pendingBreak_{false};
+};
 
 }  // namespace orvel

@@ -5,11 +5,13 @@
 
 namespace orvel {
 
-void connectTrackRecorders(FixObserver& observer) {
-  observer.beginRecordedTrack = [] { beginRecordedTrack(); };
-  observer.markSegmentStart = [] { markSegmentStart(); };
-  observer.appendRecordedPoint = [](const GpsFix& fix) { appendRecordedPoint(fix); };
-  observer.appendActivePoint = [](float longitude, float latitude) { appendActivePoint(longitude, latitude); };
+void connectTrackRecorders(FixObserver& observer, ActiveTrack& activeTrack, TrackExport& trackExport) {
+  observer.beginRecordedTrack = [&trackExport] { trackExport.beginRecordedTrack(); };
+  observer.markSegmentStart = [&activeTrack] { activeTrack.markSegmentStart(); };
+  observer.appendRecordedPoint = [&trackExport](const GpsFix& fix) { trackExport.appendRecordedPoint(fix); };
+  observer.appendActivePoint = [&activeTrack](float longitude, float latitude) {
+    activeTrack.appendActivePoint(longitude, latitude);
+  };
 }
 
 }  // namespace orvel

@@ -3,15 +3,19 @@
 // code and reaches it only through the FixObserver the program installs at start-up:
 //
 //   FixObserver observer;
-//   connectTrackRecorders(observer);
+//   connectTrackRecorders(observer, activeTrack, trackExport);
 //   observer.showReception = ...;  // the reception indicator
 //   setFixObserver(std::move(observer));
 #include "gps/fix_processing.h"
 
 namespace orvel {
 
-// Fills the observer's track members: the export file's beginRecordedTrack and
-// appendRecordedPoint, the active track's markSegmentStart and appendActivePoint.
-void connectTrackRecorders(FixObserver& observer);
+class ActiveTrack;
+class TrackExport;
+
+// Fills the observer's track members: the export's beginRecordedTrack and
+// appendRecordedPoint, the active track's markSegmentStart and appendActivePoint. Both
+// objects must outlive the observer's use.
+void connectTrackRecorders(FixObserver& observer, ActiveTrack& activeTrack, TrackExport& trackExport);
 
 }  // namespace orvel

@@ -14,9 +14,11 @@ namespace {
 // The icon's top left corner lies this far up and left of the waypoint.
 constexpr int kIconOffset = 15;
 
+}  // namespace
+
 // A small flag: a dark pole standing on the point, a red pennant at its top, and a ring
 // around the foot so the exact place stays visible on busy maps.
-QImage makeWaypointIcon() {
+QImage drawWaypointIcon() {
   QImage icon(32, 32, QImage::Format_ARGB32_Premultiplied);
   icon.fill(Qt::transparent);
   QPainter p(&icon);
@@ -39,25 +41,17 @@ QImage makeWaypointIcon() {
   return icon;
 }
 
-}  // namespace
-
-const QImage& waypointIcon() {
-  static const QImage icon = makeWaypointIcon();
-  return icon;
-}
-
-void drawWaypoints(QPainter& painter, const MapView& view, const MapRect& visible) {
-  const QImage& icon = waypointIcon();
+void WaypointStore::drawWaypoints(QPainter& painter, const MapView& view, const MapRect& visible) const {
   painter.save();
   painter.setFont(drawingObjects().smallFont);
   painter.setPen(Qt::black);
   painter.setBackgroundMode(Qt::TransparentMode);
-  for (const Waypoint& w : waypoints()) {
+  for (const Waypoint& w : list_) {
     const int32_t x = w.lon >> 8;  // map units
     const int32_t y = w.lat >> 8;
     if (x < visible.west || x > visible.east || y < visible.south || y > visible.north) continue;
     const MapPoint screen = view.semicirclesToScreen({w.lon, w.lat});
-    painter.drawImage(QPoint(screen.x - kIconOffset, screen.y - kIconOffset), icon);
+    painter.drawImage(QPoint(screen.x - kIconOffset, screen.y - kIconOffset), icon_);
     drawTextAt(painter, screen.x + 5, screen.y + 3, w.name(), 0);
   }
   painter.restore();

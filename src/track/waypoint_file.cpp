@@ -36,6 +36,11 @@ std::u16string_view Waypoint::name() const {
   return text.substr(0, text.find(u'\0'));
 }
 
+void setWaypointString(Waypoint& waypoint, size_t slot, std::u16string_view text) {
+  if (slot >= kWaypointStrings) return;
+  waypoint.strings[slot] = std::u16string(text.substr(0, text.find(u'\0')));
+}
+
 bool parseWaypointFile(std::span<const uint8_t> bytes, std::vector<Waypoint>& out) {
   const size_t size = bytes.size();
   if (size < 5 || bytes[0] != 'W' || bytes[1] != 'O') return false;

@@ -43,6 +43,10 @@ struct Waypoint {
   friend bool operator==(const Waypoint&, const Waypoint&) = default;
 };
 
+// Replaces one of the four strings by a copy of `text` up to its first zero character; a
+// slot beyond the four does nothing.
+void setWaypointString(Waypoint& waypoint, size_t slot, std::u16string_view text);
+
 // Reads the records of a Waypoints.bin in file order into `out`. Returns false when the file
 // is damaged: no "WO" or header, or a record that runs past the end; `out` then holds the
 // whole records before the damage. Strings beyond the fourth are dropped; a record shorter

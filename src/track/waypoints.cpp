@@ -8,20 +8,9 @@
 
 #include "core/atomic_file.h"
 #include "core/message.h"
-#include "track/data_folder.h"
 
 namespace orvel {
 namespace {
-
-struct WaypointStore {
-  std::forward_list<Waypoint> list;
-  WaypointEditor editor;
-};
-
-WaypointStore& waypointStore() {
-  static WaypointStore s;
-  return s;
-}
 
 // The whole file, or false with errno set.
 bool readWholeFile(int fd, std::vector<uint8_t>& bytes) {
@@ -37,9 +26,12 @@ bool readWholeFile(int fd, std::vector<uint8_t>& bytes) {
 
 }  // namespace
 
-std::filesystem::path waypointsPath() { return ensureDataFolder() / "Waypoints.bin"; }
+WaypointStore::WaypointStore(std::filesystem::path dataFolder, Messages& messages)
+    : folder_(std::move(dataFolder)), messages_(messages), icon_(drawWaypointIcon()) {}
 
-void loadWaypoints() {
+std::filesystem::path WaypointStore::waypointsPath() const { return folder_ / "Waypoints.bin"; }
+
+void WaypointStore::loadWaypoints() {
   const std::filesystem::path path = waypointsPath();
   struct stat info {};
   if (::stat(path.c_str(), &info) != 0) return;  // no file yet: nothing to load
@@ -47,7 +39,7 @@ void loadWaypoints() {
   const int fd = ::open(path.c_str(), O_RDONLY | O_CLOEXEC | O_NONBLOCK);
   if (fd < 0 || ::fstat(fd, &info) != 0 || !S_ISREG(info.st_mode)) {
     if (fd >= 0) ::close(fd);
-    showMessage("Can't read file:\n %s", path.c_str());
+    showMessage(messages_, "Can't read file:\n %s", path.c_str());
     return;
   }
   std::vector<uint8_t> bytes;
@@ -56,38 +48,34 @@ void loadWaypoints() {
   const int error = errno;
   ::close(fd);
   if (!read) {
-    showMessage("Can't read/write active track file. (Error %d.)", error);
+    showMessage(messages_, "Can't read/write active track file. (Error %d.)", error);
     return;
   }
 
   std::vector<Waypoint> records;
   const bool whole = parseWaypointFile(bytes, records);
-  auto& list = waypointStore().list;
-  for (Waypoint& w : records) list.push_front(std::move(w));
-  if (!whole) showMessage("Waypoint data are damaged.");
+  for (Waypoint& w : records) list_.push_front(std::move(w));
+  if (!whole) showMessage(messages_, "Waypoint data are damaged.");
 }
 
-bool saveWaypoints() {
+bool WaypointStore::saveWaypoints() {
   std::string bytes = waypointFileHeader();
-  for (const Waypoint& w : waypointStore().list) appendWaypointRecord(bytes, w);
+  for (const Waypoint& w : list_) appendWaypointRecord(bytes, w);
   const std::filesystem::path path = waypointsPath();
   errno = 0;
-  if (writeFileAtomically(path, bytes)) return true;
-  showMessage("Не удается открыть файл %s. (Ошибка %d).", path.c_str(), errno);
+  if (writeFileAtomically(path, bytes, beforeReplace_)) return true;
+  showMessage(messages_, "Не удается открыть файл %s. (Ошибка %d).", path.c_str(), errno);
   return false;
 }
 
-void freeWaypoints() { waypointStore().list.clear(); }
+void WaypointStore::freeWaypoints() { list_.clear(); }
 
-const std::forward_list<Waypoint>& waypoints() { return waypointStore().list; }
-
-std::u16string nextWaypointName() {
-  const auto& list = waypointStore().list;
+std::u16string WaypointStore::nextWaypointName() const {
   for (int n = 1; n <= 999; ++n) {
     const std::u16string candidate{static_cast<char16_t>(u'0' + n / 100), static_cast<char16_t>(u'0' + n / 10 % 10),
                                    static_cast<char16_t>(u'0' + n % 10)};
     bool taken = false;
-    for (const Waypoint& w : list) {
+    for (const Waypoint& w : list_) {
       if (!w.name().empty() && w.name() == candidate) {
         taken = true;
         break;
@@ -98,14 +86,9 @@ std::u16string nextWaypointName() {
   return u"999";
 }
 
-void setWaypointString(Waypoint& waypoint, size_t slot, std::u16string_view text) {
-  if (slot >= kWaypointStrings) return;
-  waypoint.strings[slot] = std::u16string(text.substr(0, text.find(u'\0')));
-}
+void WaypointStore::setWaypointEditor(WaypointEditor editor) { editor_ = std::move(editor); }
 
-void setWaypointEditor(WaypointEditor editor) { waypointStore().editor = std::move(editor); }
-
-Waypoint& addWaypoint(float lonDegrees, float latDegrees, double time, float altitude) {
+Waypoint& WaypointStore::addWaypoint(float lonDegrees, float latDegrees, double time, float altitude) {
   Waypoint w;
   w.lon = degreesToSemicircles(lonDegrees);
   w.lat = degreesToSemicircles(latDegrees);
@@ -114,9 +97,8 @@ Waypoint& addWaypoint(float lonDegrees, float latDegrees, double time, float alt
   w.attributeA = kNewWaypointAttributeA;
   w.attributeB = kNewWaypointAttributeB;
   w.strings[kWaypointName] = nextWaypointName();
-  WaypointStore& s = waypointStore();
-  Waypoint& added = s.list.emplace_front(std::move(w));
-  if (s.editor) s.editor(added);
+  Waypoint& added = list_.emplace_front(std::move(w));
+  if (editor_) editor_(added);
   saveWaypoints();
   return added;
 }

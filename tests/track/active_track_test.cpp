@@ -57,24 +57,29 @@ TrackPoint point(Semicircles lon, Semicircles lat, bool startsSegment = false) {
 class ActiveTrackTest : public DataDirTest {
  protected:
   std::filesystem::path ring() const { return dir / "Tracks.bin"; }
-  // Open, recording, and the next point begins a segment whatever earlier tests left.
+  // Open, recording, and the next point begins a segment.
   void openRecording() {
-    openTrackStore();
-    ASSERT_TRUE(isTrackStoreOpen());
-    startRecording();
-    markSegmentStart();
+    track.openTrackStore();
+    ASSERT_TRUE(track.isTrackStoreOpen());
+    track.startRecording();
+    track.markSegmentStart();
   }
+  ActiveTrack track{dir, settings, messages};
 };
 
 TEST_F(ActiveTrackTest, MissingFileIsCreatedEmpty) {
-  openTrackStore();
-  ASSERT_TRUE(isTrackStoreOpen());
+  track.openTrackStore();
+  ASSERT_TRUE(track.isTrackStoreOpen());
   EXPECT_EQ(std::filesystem::file_size(ring()), kTrackFileSize);
-  EXPECT_TRUE(activeTrackPoints().empty());
-  EXPECT_FALSE(isRecording());  // "RecordTrack" is off by default
-  closeTrackStore();
-  EXPECT_FALSE(isTrackStoreOpen());
-  closeTrackStore();  // a second close does nothing
+  EXPECT_TRUE(track.activeTrackPoints().empty());
+  EXPECT_FALSE(track.isRecording());  // "RecordTrack" is off by default
+  ActiveTrack second(dir, settings, messages);  // a second writer of the same ring is kept out
+  second.openTrackStore();
+  EXPECT_FALSE(second.isTrackStoreOpen());
+  EXPECT_EQ(recorded.last(), "Can't create file to write tracks:\n " + ring().string());
+  track.closeTrackStore();
+  EXPECT_FALSE(track.isTrackStoreOpen());
+  track.closeTrackStore();  // a second close does nothing
 }
 
 TEST_F(ActiveTrackTest, FileOfAnotherSizeIsResized) {
@@ -87,46 +92,45 @@ TEST_F(ActiveTrackTest, FileOfAnotherSizeIsResized) {
     }
     std::ofstream(ring(), std::ios::binary | std::ios::trunc)
         .write(reinterpret_cast<const char*>(bytes.data()), std::streamsize(bytes.size()));
-    openTrackStore();
-    ASSERT_TRUE(isTrackStoreOpen()) << size;
+    track.openTrackStore();
+    ASSERT_TRUE(track.isTrackStoreOpen()) << size;
     EXPECT_EQ(std::filesystem::file_size(ring()), kTrackFileSize) << size;
-    EXPECT_EQ(activeTrackPoints().size(), size >= 16 ? 1u : 0u) << size;
-    closeTrackStore();
+    EXPECT_EQ(track.activeTrackPoints().size(), size >= 16 ? 1u : 0u) << size;
+    track.closeTrackStore();
   }
 }
 
 TEST_F(ActiveTrackTest, UnopenableFileIsReported) {
   std::filesystem::create_directories(ring());  // a folder where the file should be
-  MessageRecorder messages;
-  openTrackStore();
-  EXPECT_FALSE(isTrackStoreOpen());
-  EXPECT_EQ(messages.last(), "Can't create file to write tracks:\n " + ring().string());
-  startRecording();
-  appendActivePoint(1, 2);  // closed: nothing happens
-  EXPECT_TRUE(activeTrackPoints().empty());
+  track.openTrackStore();
+  EXPECT_FALSE(track.isTrackStoreOpen());
+  EXPECT_EQ(recorded.last(), "Can't create file to write tracks:\n " + ring().string());
+  track.startRecording();
+  track.appendActivePoint(1, 2);  // closed: nothing happens
+  EXPECT_TRUE(track.activeTrackPoints().empty());
 }
 
 TEST_F(ActiveTrackTest, WrapsAfterTenThousandPoints) {
   openRecording();
-  for (uint32_t i = 0; i < kTrackSlots - 1; ++i) appendActivePoint(static_cast<float>(i) * 0.001f, 1.0f);
-  EXPECT_EQ(activeTrackPoints().size(), kTrackSlots - 1);
-  closeTrackStore();
+  for (uint32_t i = 0; i < kTrackSlots - 1; ++i) track.appendActivePoint(static_cast<float>(i) * 0.001f, 1.0f);
+  EXPECT_EQ(track.activeTrackPoints().size(), kTrackSlots - 1);
+  track.closeTrackStore();
   EXPECT_EQ(readHeader(ring()).next, kTrackSlots - 1);
   EXPECT_EQ(readHeader(ring()).wrapped, 0u);
 
-  openTrackStore();
-  appendActivePoint(9.999f, 1.0f);  // the 10000th
-  closeTrackStore();
+  track.openTrackStore();
+  track.appendActivePoint(9.999f, 1.0f);  // the 10000th
+  track.closeTrackStore();
   EXPECT_EQ(readHeader(ring()).next, 0u);
   EXPECT_EQ(readHeader(ring()).wrapped, 1u);
 
-  openTrackStore();
-  appendActivePoint(-5.0f, -5.0f);  // the 10001st overwrites slot 0
-  const auto points = activeTrackPoints();
+  track.openTrackStore();
+  track.appendActivePoint(-5.0f, -5.0f);  // the 10001st overwrites slot 0
+  const auto points = track.activeTrackPoints();
   ASSERT_EQ(points.size(), kTrackSlots);
   EXPECT_EQ(points.front().lon, degreesToSemicircles(0.001f));  // slot 1 is now the oldest
   EXPECT_EQ(points.back().lon, degreesToSemicircles(-5.0f));
-  closeTrackStore();
+  track.closeTrackStore();
   EXPECT_EQ(readHeader(ring()).next, 1u);
   EXPECT_EQ(readHeader(ring()).wrapped, 1u);
 }
@@ -135,14 +139,14 @@ TEST_F(ActiveTrackTest, OldestPointOfAFullRingBeginsASegment) {
   std::vector<TrackPoint> ringSlots(kTrackSlots, point(5, 5));
   writeRing(ring(), {9999, 0}, ringSlots);
   openRecording();
-  appendActivePoint(1, 1);  // fills the ring: slot 0 is the oldest
-  auto points = activeTrackPoints();
+  track.appendActivePoint(1, 1);  // fills the ring: slot 0 is the oldest
+  auto points = track.activeTrackPoints();
   ASSERT_EQ(points.size(), kTrackSlots);
   EXPECT_TRUE(points[0].startsSegment());
   EXPECT_FALSE(points[1].startsSegment());
   EXPECT_EQ(points[0].lon, 5);
-  appendActivePoint(2, 2);  // overwrites slot 0: slot 1 is the oldest now
-  points = activeTrackPoints();
+  track.appendActivePoint(2, 2);  // overwrites slot 0: slot 1 is the oldest now
+  points = track.activeTrackPoints();
   EXPECT_TRUE(points[0].startsSegment());
   EXPECT_FALSE(points[1].startsSegment());
   EXPECT_EQ(points.back().lon, degreesToSemicircles(2.0f));
@@ -151,21 +155,27 @@ TEST_F(ActiveTrackTest, OldestPointOfAFullRingBeginsASegment) {
 
 TEST_F(ActiveTrackTest, StoresSemicirclesAndBreakFlags) {
   openRecording();
-  appendActivePoint(30.5f, -45.0f);  // begins a segment
-  appendActivePoint(30.6f, -45.0f);
-  appendActivePoint(-179.9f, 89.9f);
-  markSegmentStart();
-  appendActivePoint(0.0f, -89.9f);
-  closeTrackStore();
+  track.appendActivePoint(30.5f, -45.0f);  // begins a segment
+  track.appendActivePoint(30.6f, -45.0f);
+  track.stopRecording();
+  track.appendActivePoint(3, 3);  // not recording: nothing, and the pending break stays
+  track.startRecording();
+  track.appendActivePoint(-179.9f, 89.9f);  // the restart begins a segment
+  track.appendActivePoint(-179.8f, 89.9f);
+  track.markSegmentStart();
+  track.appendActivePoint(0.0f, -89.9f);
+  track.closeTrackStore();
   const auto bytes = readFile(ring());
   ASSERT_EQ(bytes.size(), kTrackFileSize);
+  EXPECT_EQ(readHeader(ring()).next, 5u);
   const TrackPoint expected[] = {
       point(degreesToSemicircles(30.5f), degreesToSemicircles(-45.0f), true),
       point(degreesToSemicircles(30.6f), degreesToSemicircles(-45.0f)),
-      point(degreesToSemicircles(-179.9f), degreesToSemicircles(89.9f)),
+      point(degreesToSemicircles(-179.9f), degreesToSemicircles(89.9f), true),
+      point(degreesToSemicircles(-179.8f), degreesToSemicircles(89.9f)),
       point(0, degreesToSemicircles(-89.9f), true),
   };
-  for (uint32_t i = 0; i < 4; ++i) {
+  for (uint32_t i = 0; i < 5; ++i) {
     const TrackPoint stored = readSlotFromFile(bytes, i);
     EXPECT_EQ(stored, expected[i]) << i;
     EXPECT_EQ(stored.latitude(), expected[i].latitude()) << i;
@@ -173,22 +183,6 @@ TEST_F(ActiveTrackTest, StoresSemicirclesAndBreakFlags) {
   EXPECT_EQ(readSlotFromFile(bytes, 1).latAndBreak >> 31, 0u);  // -45 degrees, bit 31 clear
   EXPECT_EQ(readSlotFromFile(bytes, 1).latitude(), degreesToSemicircles(-45.0f));
   EXPECT_EQ(readSlotFromFile(bytes, 1).latitude(), -536870912);
-}
-
-TEST_F(ActiveTrackTest, RestartedRecordingBeginsASegment) {
-  openRecording();
-  appendActivePoint(1, 1);
-  appendActivePoint(2, 2);
-  stopRecording();
-  appendActivePoint(3, 3);  // not recording: nothing, and the pending break stays
-  startRecording();
-  appendActivePoint(4, 4);
-  appendActivePoint(5, 5);
-  const auto points = activeTrackPoints();
-  ASSERT_EQ(points.size(), 4u);
-  const bool breaks[] = {true, false, true, false};
-  for (size_t i = 0; i < 4; ++i) EXPECT_EQ(points[i].startsSegment(), breaks[i]) << i;
-  EXPECT_EQ(points[2].lon, degreesToSemicircles(4.0f));
 }
 
 TEST_F(ActiveTrackTest, ImpossibleHeaderReadsAsEmptyAndKeepsOtherSlots) {
@@ -199,23 +193,23 @@ TEST_F(ActiveTrackTest, ImpossibleHeaderReadsAsEmptyAndKeepsOtherSlots) {
   for (const Header& header : headers) {
     SCOPED_TRACE(::testing::Message() << header.next << "/" << header.wrapped);
     writeRing(ring(), header, ringSlots);
-    openTrackStore();
-    ASSERT_TRUE(isTrackStoreOpen());
-    EXPECT_TRUE(activeTrackPoints().empty());
+    track.openTrackStore();
+    ASSERT_TRUE(track.isTrackStoreOpen());
+    EXPECT_TRUE(track.activeTrackPoints().empty());
     RecordingDevice device(240, 320);
     {
       QPainter painter(&device);
       MapView view;
       view.setScreenSize(240, 320);
-      drawActiveTrack(painter, view);
+      track.drawActiveTrack(painter, view);
     }
     EXPECT_TRUE(device.calls().empty());
 
-    startRecording();
-    markSegmentStart();
-    appendActivePoint(10.0f, 20.0f);  // an empty ring's first point
-    ASSERT_EQ(activeTrackPoints().size(), 1u);
-    closeTrackStore();
+    track.startRecording();
+    track.markSegmentStart();
+    track.appendActivePoint(10.0f, 20.0f);  // an empty ring's first point
+    ASSERT_EQ(track.activeTrackPoints().size(), 1u);
+    track.closeTrackStore();
     const auto bytes = readFile(ring());
     ASSERT_EQ(bytes.size(), kTrackFileSize);
     EXPECT_EQ(readHeader(ring()).next, 1u);
@@ -259,13 +253,13 @@ class ActiveTrackDrawTest : public ActiveTrackTest {
   // The polylines drawn for a ring holding `points` (oldest first from slot 0).
   std::vector<QPolygonF> draw(const std::vector<TrackPoint>& points, Header header) {
     writeRing(ring(), header, points);
-    openTrackStore();
+    track.openTrackStore();
     RecordingDevice device(240, 320);
     {
       QPainter painter(&device);
-      drawActiveTrack(painter, view);
+      track.drawActiveTrack(painter, view);
     }
-    closeTrackStore();
+    track.closeTrackStore();
     std::vector<QPolygonF> lines;
     for (const DrawCall& call : device.calls()) {
       EXPECT_EQ(call.kind, DrawCall::Kind::Polyline);
@@ -330,7 +324,7 @@ TEST_F(ActiveTrackDrawTest, WrappedRingIsDrawnOldestFirst) {
 TEST_F(ActiveTrackDrawTest, ClosedStoreDrawsNothing) {
   RecordingDevice device(240, 320);
   QPainter painter(&device);
-  drawActiveTrack(painter, view);
+  track.drawActiveTrack(painter, view);
   painter.end();
   EXPECT_TRUE(device.calls().empty());
 }
@@ -339,14 +333,14 @@ TEST_F(ActiveTrackDrawTest, ClosedStoreDrawsNothing) {
 // longitude (k mod kNumbering) / 1000 - 50 degrees and begins a segment when k is a multiple of
 // 37. The numbering is a multiple of 37, so the breaks stay recognisable from lap to lap.
 constexpr uint32_t kNumbering = 37 * 2700;
-TEST(ActiveTrackChild, DISABLED_AppendUntilKilled) {
+TEST_F(ActiveTrackTest, DISABLED_AppendUntilKilled) {
   if (!inChildTest()) GTEST_SKIP();
-  openTrackStore();
-  if (!isTrackStoreOpen()) ::_exit(3);
-  startRecording();
+  track.openTrackStore();
+  if (!track.isTrackStoreOpen()) ::_exit(3);
+  track.startRecording();
   for (uint32_t k = 0;; ++k) {
-    if (k % 37 == 0) markSegmentStart();
-    appendActivePoint(static_cast<float>(k % kNumbering) * 0.001f - 50.0f, 10.0f);
+    if (k % 37 == 0) track.markSegmentStart();
+    track.appendActivePoint(static_cast<float>(k % kNumbering) * 0.001f - 50.0f, 10.0f);
   }
 }
 
@@ -359,7 +353,7 @@ TEST_F(ActiveTrackTest, RingStaysConsistentWhenTheWriterIsKilled) {
   for (int round = 0; round < 3; ++round) {
     SCOPED_TRACE(round);
     std::filesystem::remove(ring());
-    const pid_t child = startChildTest("ActiveTrackChild.DISABLED_AppendUntilKilled");
+    const pid_t child = startChildTest("ActiveTrackTest.DISABLED_AppendUntilKilled", dir);
     ASSERT_GT(child, 0);
     // Let it fill the ring at least once, then stop it at a moment of its choosing.
     bool wrapped = false;
@@ -375,9 +369,9 @@ TEST_F(ActiveTrackTest, RingStaysConsistentWhenTheWriterIsKilled) {
     ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
     ASSERT_TRUE(wrapped);
 
-    openTrackStore();
-    ASSERT_TRUE(isTrackStoreOpen());
-    const auto points = activeTrackPoints();
+    track.openTrackStore();
+    ASSERT_TRUE(track.isTrackStoreOpen());
+    const auto points = track.activeTrackPoints();
     ASSERT_EQ(points.size(), kTrackSlots);
     // Consecutive numbers, oldest first, with the breaks where the writer put them. The one
     // exception is the point the writer died in: the header still counts its slot as the
@@ -397,14 +391,14 @@ TEST_F(ActiveTrackTest, RingStaysConsistentWhenTheWriterIsKilled) {
       }
     }
     // The reopened ring takes new points after the newest.
-    startRecording();
-    appendActivePoint(static_cast<float>((numberOf(points.back()) + 1) % kNumbering) * 0.001f - 50.0f, 10.0f);
-    const auto after = activeTrackPoints();
+    track.startRecording();
+    track.appendActivePoint(static_cast<float>((numberOf(points.back()) + 1) % kNumbering) * 0.001f - 50.0f, 10.0f);
+    const auto after = track.activeTrackPoints();
     ASSERT_EQ(after.size(), kTrackSlots);
     EXPECT_EQ(numberOf(after.back()), (numberOf(points.back()) + 1) % kNumbering);
     EXPECT_EQ(after.front().lon, points[1].lon);
-    closeTrackStore();
-    stopRecording();
+    track.closeTrackStore();
+    track.stopRecording();
   }
 }
 

@@ -1,35 +1,26 @@
 #pragma once
-// Points the data folder at a fresh scratch folder for each test and leaves the track
-// stores closed behind it.
+// A fresh scratch data folder for each test, with settings that have no file (every read
+// gives its default) and messages that are recorded. Each test makes the track objects it
+// needs over them; nothing outlives the test.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <filesystem>
-#include <string>
 
+#include "child_process.h"
 #include "common/test_data.h"
-#include "track/active_track.h"
-#include "track/mps_writer.h"
-#include "track/waypoints.h"
+#include "core/message.h"
+#include "core/settings.h"
 
 namespace orvel::test {
 
 class DataDirTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    const auto* info = ::testing::UnitTest::GetInstance()->current_test_info();
-    dir = scratchDir(std::string(info->test_suite_name()) + "-" + info->name());
-    ::setenv("ORVEL_DATA_DIR", dir.c_str(), 1);
-  }
-  void TearDown() override {
-    closeTrackFile();
-    closeTrackStore();
-    stopRecording();
-    freeWaypoints();
-    setWaypointEditor(nullptr);
-    ::unsetenv("ORVEL_DATA_DIR");
-  }
-  std::filesystem::path dir;
+  // A child test works in the folder its parent gave it.
+  const std::filesystem::path dir =
+      inChildTest() ? childFolder() : scratchDir(::testing::UnitTest::GetInstance()->current_test_info()->name());
+  Settings settings;
+  Messages messages;
+  MessageRecorder recorded{messages};
 };
 
 }  // namespace orvel::test

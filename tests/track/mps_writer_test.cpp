@@ -62,7 +62,10 @@ std::tm localTime(int year, int month, int day, int hour, int minute, int second
   return t;
 }
 
-class MpsWriterTest : public DataDirTest {};
+class MpsWriterTest : public DataDirTest {
+ protected:
+  TrackExport trackExport{dir, messages};
+};
 
 TEST(MpsFormat, PointsOfTheRealFileEncodeToItsBytes) {
   const auto mpsPath = dataFile("gps/mps/mps-track.mps");
@@ -157,15 +160,15 @@ TEST_F(MpsWriterTest, WritesTheRealTrackBackByteForByte) {
   const auto real = readMpsFile(bytesOf(mpsPath));
   ASSERT_TRUE(real);
 
-  openTrackFileAt(localTime(2002, 5, 25, 19, 6, 21));
-  ASSERT_TRUE(isTrackFileOpen());
-  const auto path = trackFilePath();
+  trackExport.openTrackFileAt(localTime(2002, 5, 25, 19, 6, 21));
+  ASSERT_TRUE(trackExport.isTrackFileOpen());
+  const auto path = trackExport.trackFilePath();
   EXPECT_EQ(path, dir / "2002-05-25_19-06-21.mps");
   for (const CsvPoint& p : readPointsCsv(csvPath)) {
-    appendMpsPoint({p.lat, p.lon, true, p.altitude, true, p.time, false, 0.0});
+    trackExport.appendMpsPoint({p.lat, p.lon, true, p.altitude, true, p.time, false, 0.0});
   }
-  closeTrackFile();
-  EXPECT_FALSE(isTrackFileOpen());
+  trackExport.closeTrackFile();
+  EXPECT_FALSE(trackExport.isTrackFileOpen());
 
   const auto bytes = bytesOf(path);
   const auto ours = readMpsFile(bytes);
@@ -182,12 +185,12 @@ TEST_F(MpsWriterTest, WritesTheRealTrackBackByteForByte) {
 }
 
 TEST_F(MpsWriterTest, RunWithoutFixesHasOneEmptyTrack) {
-  openTrackFileAt(localTime(2024, 3, 7, 8, 5, 9));
-  const auto path = trackFilePath();
+  trackExport.openTrackFileAt(localTime(2024, 3, 7, 8, 5, 9));
+  const auto path = trackExport.trackFilePath();
   EXPECT_EQ(path.filename(), "2024-03-07_08-05-09.mps");
-  beginRecordedTrack();
-  beginRecordedTrack();  // losing the fix twice does not repeat the empty track
-  closeTrackFile();
+  trackExport.beginRecordedTrack();
+  trackExport.beginRecordedTrack();  // losing the fix twice does not repeat the empty track
+  trackExport.closeTrackFile();
   const auto bytes = bytesOf(path);
   EXPECT_EQ(bytes.size(), 44u + 5 + 19 + 7);
   const auto file = readMpsFile(bytes);
@@ -222,18 +225,18 @@ TEST_F(MpsWriterTest, FixesRoundTripThroughTheFile) {
   inputs.push_back({false, fix(12.0f, 13.0f, kFixTime, 7, 45001.0)});  // no position: not written
   inputs.push_back({true, fix(-71.676f, 44.4352f, all, 1e6f, 43814.86594)});
 
-  openTrackFileAt(localTime(2023, 1, 2, 3, 4, 5));
-  const auto path = trackFilePath();
+  trackExport.openTrackFileAt(localTime(2023, 1, 2, 3, 4, 5));
+  const auto path = trackExport.trackFilePath();
   std::vector<std::vector<GpsFix>> expected(1);
   for (const Input& input : inputs) {
     if (input.breakBefore) {
-      beginRecordedTrack();
+      trackExport.beginRecordedTrack();
       expected.emplace_back();
     }
-    appendRecordedPoint(input.fix);
+    trackExport.appendRecordedPoint(input.fix);
     if (input.fix.has(kFixPosition)) expected.back().push_back(input.fix);
   }
-  closeTrackFile();
+  trackExport.closeTrackFile();
 
   const auto file = readMpsFile(bytesOf(path));
   ASSERT_TRUE(file);
@@ -266,15 +269,15 @@ TEST_F(MpsWriterTest, FixesRoundTripThroughTheFile) {
 }
 
 TEST_F(MpsWriterTest, ManyPointsGoThroughTheBufferAndPatchesLandRight) {
-  openTrackFileAt(localTime(2023, 1, 2, 3, 4, 6));
-  const auto path = trackFilePath();
+  trackExport.openTrackFileAt(localTime(2023, 1, 2, 3, 4, 6));
+  const auto path = trackExport.trackFilePath();
   for (int track = 0; track < 3; ++track) {
     for (int i = 0; i < 500 * (track + 1); ++i) {
-      appendMpsPoint({track, i, false, 0.0, true, static_cast<uint32_t>(i), false, 0.0});
+      trackExport.appendMpsPoint({track, i, false, 0.0, true, static_cast<uint32_t>(i), false, 0.0});
     }
-    beginRecordedTrack();
+    trackExport.beginRecordedTrack();
   }
-  closeTrackFile();
+  trackExport.closeTrackFile();
   const auto file = readMpsFile(bytesOf(path));
   ASSERT_TRUE(file);
   ASSERT_EQ(file->tracks.size(), 4u);  // the last, empty one stays with count 0
@@ -288,40 +291,34 @@ TEST_F(MpsWriterTest, ManyPointsGoThroughTheBufferAndPatchesLandRight) {
 }
 
 TEST_F(MpsWriterTest, NewRunEndsTheOpenOne) {
-  openTrackFileAt(localTime(2023, 1, 2, 3, 4, 7));
-  const auto first = trackFilePath();
-  appendMpsPoint({1, 2, false, 0, false, 0, false, 0});
-  openTrackFileAt(localTime(2023, 1, 2, 3, 4, 8));
-  const auto second = trackFilePath();
+  trackExport.openTrackFileAt(localTime(2023, 1, 2, 3, 4, 7));
+  const auto first = trackExport.trackFilePath();
+  trackExport.appendMpsPoint({1, 2, false, 0, false, 0, false, 0});
+  trackExport.openTrackFileAt(localTime(2023, 1, 2, 3, 4, 8));
+  const auto second = trackExport.trackFilePath();
   EXPECT_NE(first, second);
   const auto file = readMpsFile(bytesOf(first));
   ASSERT_TRUE(file);
   EXPECT_TRUE(file->ended);
   ASSERT_EQ(file->tracks.size(), 1u);
   EXPECT_EQ(file->tracks[0].points.size(), 1u);
-  closeTrackFile();
-  closeTrackFile();  // nothing open: no effect
-  appendMpsPoint({1, 2, false, 0, false, 0, false, 0});
-  beginRecordedTrack();
+  trackExport.closeTrackFile();
+  trackExport.closeTrackFile();  // nothing open: no effect
+  trackExport.appendMpsPoint({1, 2, false, 0, false, 0, false, 0});
+  trackExport.beginRecordedTrack();
   EXPECT_TRUE(readMpsFile(bytesOf(second)));
 }
 
 // Run in a child by the next test: a run that is never ended.
-TEST(MpsWriterChild, DISABLED_Crash) {
+TEST_F(MpsWriterTest, DISABLED_Crash) {
   if (!inChildTest()) GTEST_SKIP();
-  ::setenv("ORVEL_DATA_DIR", std::getenv("ORVEL_CRASH_DIR"), 1);
-  openTrackFileAt(localTime(2023, 1, 2, 3, 4, 9));
-  for (int i = 0; i < 200; ++i) appendMpsPoint({i, i, false, 0, false, 0, false, 0});
+  trackExport.openTrackFileAt(localTime(2023, 1, 2, 3, 4, 9));
+  for (int i = 0; i < 200; ++i) trackExport.appendMpsPoint({i, i, false, 0, false, 0, false, 0});
   ::raise(SIGKILL);
 }
 
 TEST_F(MpsWriterTest, CrashLeavesThePlaceholders) {
-  ::setenv("ORVEL_CRASH_DIR", dir.c_str(), 1);
-  const pid_t child = startChildTest("MpsWriterChild.DISABLED_Crash");
-  ::unsetenv("ORVEL_CRASH_DIR");
-  ASSERT_GT(child, 0);
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  const int status = runChildTest("MpsWriterTest.DISABLED_Crash", dir);
   ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
   const auto bytes = bytesOf(dir / "2023-01-02_03-04-09.mps");
   ASSERT_GE(bytes.size(), 44u + 5 + 14u);  // the first buffers reached the file
@@ -333,13 +330,12 @@ TEST_F(MpsWriterTest, CrashLeavesThePlaceholders) {
 
 TEST_F(MpsWriterTest, FileThatCannotBeCreatedIsReported) {
   std::ofstream(dir / "blocker") << "x";
-  ::setenv("ORVEL_DATA_DIR", (dir / "blocker" / "inside").c_str(), 1);
-  MessageRecorder messages;
-  openTrackFileAt(localTime(2023, 1, 2, 3, 4, 10));
-  EXPECT_FALSE(isTrackFileOpen());
-  ASSERT_EQ(messages.messages().size(), 1u);
-  EXPECT_EQ(messages.last().rfind("Не удается создать файл для записи треков:\n ", 0), 0u);
-  EXPECT_NE(messages.last().find("2023-01-02_03-04-10.mps"), std::string::npos);
+  TrackExport blocked(dir / "blocker" / "inside", messages);
+  blocked.openTrackFileAt(localTime(2023, 1, 2, 3, 4, 10));
+  EXPECT_FALSE(blocked.isTrackFileOpen());
+  ASSERT_EQ(recorded.messages().size(), 1u);
+  EXPECT_EQ(recorded.last(), "Не удается создать файл для записи треков:\n " +
+                                 (dir / "blocker" / "inside" / "2023-01-02_03-04-10.mps").string());
 }
 
 TEST(BufferedWriter, BuffersWritesLargeBlocksAndSeeks) {

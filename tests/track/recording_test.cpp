@@ -6,6 +6,8 @@
 #include "gps/fix_processing.h"
 #include "gps/gps_state.h"
 #include "mps_test_reader.h"
+#include "track/active_track.h"
+#include "track/mps_writer.h"
 #include "track/track_recording.h"
 
 namespace orvel::test {
@@ -14,17 +16,17 @@ namespace {
 class RecordingTest : public DataDirTest {
  protected:
   void SetUp() override {
-    DataDirTest::SetUp();
     resetGpsState();
     FixObserver observer;
-    connectTrackRecorders(observer);
+    connectTrackRecorders(observer, track, trackExport);
     setFixObserver(std::move(observer));
   }
   void TearDown() override {
     setFixObserver({});
     resetGpsState();
-    DataDirTest::TearDown();
   }
+  ActiveTrack track{dir, settings, messages};
+  TrackExport trackExport{dir, messages};
 };
 
 GpsFix fixAt(float lon, float lat, double time) {
@@ -38,13 +40,13 @@ GpsFix fixAt(float lon, float lat, double time) {
 }
 
 TEST_F(RecordingTest, FixesBecomeTrackPointsAndSegments) {
-  openTrackStore();
-  startRecording();
+  track.openTrackStore();
+  track.startRecording();
   std::tm start{};
   start.tm_year = 124;
   start.tm_mday = 1;
-  openTrackFileAt(start);
-  const auto mps = trackFilePath();
+  trackExport.openTrackFileAt(start);
+  const auto mps = trackExport.trackFilePath();
 
   GpsFix noFix;
   noFix.flags = kFixType;
@@ -57,9 +59,9 @@ TEST_F(RecordingTest, FixesBecomeTrackPointsAndSegments) {
   fixLost();
   fixLost();                                      // no second empty track
   updateFix(fixAt(10.005f, 50.005f, 45000.005));  // moved from the kept fix, after a loss
-  closeTrackFile();
+  trackExport.closeTrackFile();
 
-  const auto points = activeTrackPoints();
+  const auto points = track.activeTrackPoints();
   ASSERT_EQ(points.size(), 5u);
   const bool breaks[] = {true, false, true, false, true};
   const float lons[] = {10.0f, 10.001f, 10.003f, 10.004f, 10.005f};
@@ -80,12 +82,12 @@ TEST_F(RecordingTest, FixesBecomeTrackPointsAndSegments) {
 }
 
 TEST_F(RecordingTest, NothingIsStoredWhileRecordingIsOff) {
-  openTrackStore();
-  stopRecording();
+  track.openTrackStore();
+  track.stopRecording();
   updateFix(fixAt(1, 1, 45000));
   updateFix(fixAt(2, 2, 45000));
-  EXPECT_TRUE(activeTrackPoints().empty());
-  EXPECT_FALSE(isTrackFileOpen());
+  EXPECT_TRUE(track.activeTrackPoints().empty());
+  EXPECT_FALSE(trackExport.isTrackFileOpen());
 }
 
 }  // namespace

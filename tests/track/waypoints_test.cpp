@@ -53,22 +53,21 @@ std::string header(uint8_t fixedSize = 32, uint8_t strings = 4) {
   return std::string{'W', 'O', 2, static_cast<char>(fixedSize), static_cast<char>(strings)};
 }
 
-std::vector<std::u16string> names() {
-  std::vector<std::u16string> result;
-  for (const Waypoint& w : waypoints()) result.emplace_back(w.name());
-  return result;
-}
-
 class WaypointsTest : public DataDirTest {
  protected:
   std::filesystem::path file() const { return dir / "Waypoints.bin"; }
+  std::vector<std::u16string> names() const {
+    std::vector<std::u16string> result;
+    for (const Waypoint& w : store.waypoints()) result.emplace_back(w.name());
+    return result;
+  }
+  WaypointStore store{dir, messages};
 };
 
 TEST_F(WaypointsTest, MissingFileLoadsNothingQuietly) {
-  MessageRecorder messages;
-  loadWaypoints();
-  EXPECT_TRUE(waypoints().empty());
-  EXPECT_TRUE(messages.messages().empty());
+  store.loadWaypoints();
+  EXPECT_TRUE(store.waypoints().empty());
+  EXPECT_TRUE(recorded.messages().empty());
   EXPECT_FALSE(std::filesystem::exists(file()));
 }
 
@@ -76,10 +75,10 @@ TEST_F(WaypointsTest, OtherMagicIsDamaged) {
   for (const std::string& bytes : {std::string("XO\x02\x20\x04"), std::string("W"), std::string(),
                                    std::string("WO\x02\x20")}) {
     writeText(file(), bytes);
-    MessageRecorder messages;
-    loadWaypoints();
-    EXPECT_TRUE(waypoints().empty());
-    EXPECT_EQ(messages.messages(), std::vector<std::string>{"Waypoint data are damaged."});
+    recorded.clear();
+    store.loadWaypoints();
+    EXPECT_TRUE(store.waypoints().empty());
+    EXPECT_EQ(recorded.messages(), std::vector<std::string>{"Waypoint data are damaged."});
   }
 }
 
@@ -88,9 +87,9 @@ TEST_F(WaypointsTest, LoadReversesAndSaveKeepsRecordsExactly) {
   const std::string b = record(2, {u"B", u"", u"", u""});
   const std::string c = record(3, {u"Привет", u"", u"three", u""});
   writeText(file(), header() + a + b + c);
-  loadWaypoints();
+  store.loadWaypoints();
   EXPECT_EQ(names(), (std::vector<std::u16string>{u"Привет", u"B", u"A"}));
-  ASSERT_TRUE(saveWaypoints());
+  ASSERT_TRUE(store.saveWaypoints());
   EXPECT_EQ(fileText(file()), header() + c + b + a);
 }
 
@@ -124,19 +123,19 @@ TEST_F(WaypointsTest, FixedRecordFields) {
 TEST_F(WaypointsTest, FifthStringsAreDroppedAndOtherRecordSizesRead) {
   writeText(file(), header(32, 5) + record(1, {u"A", u"a", u"", u"", u"dropped"}) +
                         record(2, {u"B", u"", u"", u"", u"gone"}));
-  loadWaypoints();
+  store.loadWaypoints();
   EXPECT_EQ(names(), (std::vector<std::u16string>{u"B", u"A"}));
-  ASSERT_TRUE(saveWaypoints());
+  ASSERT_TRUE(store.saveWaypoints());
   EXPECT_EQ(fileText(file()), header() + record(2, {u"B", u"", u"", u""}) + record(1, {u"A", u"a", u"", u""}));
-  freeWaypoints();
+  store.freeWaypoints();
 
   // A longer fixed record: its first 32 bytes are kept, the rest skipped.
   writeText(file(), header(40, 2) + record(5, {u"Long", u"c"}, 40));
-  loadWaypoints();
+  store.loadWaypoints();
   ASSERT_EQ(names(), std::vector<std::u16string>{u"Long"});
-  EXPECT_EQ(waypoints().front().strings[1], u"c");
-  EXPECT_EQ(waypoints().front().strings[2], u"");
-  ASSERT_TRUE(saveWaypoints());
+  EXPECT_EQ(store.waypoints().front().strings[1], u"c");
+  EXPECT_EQ(store.waypoints().front().strings[2], u"");
+  ASSERT_TRUE(store.saveWaypoints());
   const std::string longRecord = record(5, {}, 40);
   EXPECT_EQ(fileText(file()), header() + longRecord.substr(0, 32) + record(0, {u"Long", u"c", u"", u""}).substr(32));
 }
@@ -149,33 +148,33 @@ TEST_F(WaypointsTest, DamagedFileKeepsWholeRecordsAndIsNotRewritten) {
   for (const std::string& r : records) ends.push_back(ends.back() + r.size());
   for (size_t cut = 5; cut < whole.size(); ++cut) {
     SCOPED_TRACE(cut);
-    freeWaypoints();
+    store.freeWaypoints();
     writeText(file(), whole.substr(0, cut));
-    MessageRecorder messages;
-    loadWaypoints();
+    recorded.clear();
+    store.loadWaypoints();
     const size_t wholeRecords = static_cast<size_t>(std::upper_bound(ends.begin(), ends.end(), cut) - ends.begin()) - 1;
-    EXPECT_EQ(static_cast<size_t>(std::distance(waypoints().begin(), waypoints().end())), wholeRecords);
+    EXPECT_EQ(static_cast<size_t>(std::distance(store.waypoints().begin(), store.waypoints().end())), wholeRecords);
     const bool atBoundary = std::find(ends.begin(), ends.end(), cut) != ends.end();
-    EXPECT_EQ(messages.messages().size(), atBoundary ? 0u : 1u);
+    EXPECT_EQ(recorded.messages().size(), atBoundary ? 0u : 1u);
     if (!atBoundary) {
-      EXPECT_EQ(messages.last(), "Waypoint data are damaged.");
+      EXPECT_EQ(recorded.last(), "Waypoint data are damaged.");
     }
     EXPECT_EQ(fileText(file()), whole.substr(0, cut));
   }
   // A length far past the end.
-  freeWaypoints();
+  store.freeWaypoints();
   std::string huge = header() + records[0] + record(9, {u"X"});
   le::store32(reinterpret_cast<uint8_t*>(huge.data()) + huge.size() - 6, 0xFFFFFFFFu);
   writeText(file(), huge);
-  MessageRecorder messages;
-  loadWaypoints();
+  recorded.clear();
+  store.loadWaypoints();
   EXPECT_EQ(names(), std::vector<std::u16string>{u"A"});
-  EXPECT_EQ(messages.last(), "Waypoint data are damaged.");
+  EXPECT_EQ(recorded.messages(), std::vector<std::string>{"Waypoint data are damaged."});
   // Records of no bytes at all cannot loop.
-  freeWaypoints();
+  store.freeWaypoints();
   writeText(file(), header(0, 0) + "x");
-  loadWaypoints();
-  EXPECT_TRUE(waypoints().empty());
+  store.loadWaypoints();
+  EXPECT_TRUE(store.waypoints().empty());
 }
 
 TEST_F(WaypointsTest, AutomaticNames) {
@@ -199,48 +198,48 @@ TEST_F(WaypointsTest, AutomaticNames) {
       {all, u"999"},
   };
   for (const Case& c : cases) {
-    freeWaypoints();
+    store.freeWaypoints();
     std::string bytes = header();
     for (const std::u16string& name : c.existing) bytes += record(0, {name, u"", u"", u""});
     writeText(file(), bytes);
-    loadWaypoints();
-    EXPECT_EQ(nextWaypointName(), c.expected) << c.existing.size();
+    store.loadWaypoints();
+    EXPECT_EQ(store.nextWaypointName(), c.expected) << c.existing.size();
   }
 }
 
 TEST_F(WaypointsTest, AddedWaypointsAreNamedEditedAndSaved) {
   std::vector<std::u16string> edited;
-  setWaypointEditor([&](Waypoint& w) {
+  store.setWaypointEditor([&](Waypoint& w) {
     edited.emplace_back(w.name());
     setWaypointString(w, kWaypointComment, std::u16string(u"note\0tail", 9));
   });
-  Waypoint& first = addWaypoint(151.2f, -33.9f, 38173.5, 58.5f);
+  Waypoint& first = store.addWaypoint(151.2f, -33.9f, 38173.5, 58.5f);
   EXPECT_EQ(first.lon, degreesToSemicircles(151.2f));
   EXPECT_EQ(first.lat, degreesToSemicircles(-33.9f));
   EXPECT_EQ(first.attributeA, 18);
   EXPECT_EQ(first.attributeB, 1);
   EXPECT_EQ(first.reserved0, 0u);
-  addWaypoint(0.0f, 0.0f, 0.0, 0.0f);
-  addWaypoint(-1.0f, 1.0f, 0.0, 0.0f);
+  store.addWaypoint(0.0f, 0.0f, 0.0, 0.0f);
+  store.addWaypoint(-1.0f, 1.0f, 0.0, 0.0f);
   EXPECT_EQ(edited, (std::vector<std::u16string>{u"001", u"002", u"003"}));
   EXPECT_EQ(names(), (std::vector<std::u16string>{u"003", u"002", u"001"}));
 
   const std::string saved = fileText(file());
-  freeWaypoints();
-  loadWaypoints();
+  store.freeWaypoints();
+  store.loadWaypoints();
   EXPECT_EQ(names(), (std::vector<std::u16string>{u"001", u"002", u"003"}));  // the file's order reversed
-  const Waypoint& back = waypoints().front();
+  const Waypoint& back = store.waypoints().front();
   EXPECT_EQ(back.lat, degreesToSemicircles(-33.9f));
   EXPECT_LT(back.lat, 0);
   EXPECT_EQ(back.lon, degreesToSemicircles(151.2f));
   EXPECT_EQ(back.time, 38173.5);
   EXPECT_EQ(back.altitude, 58.5f);
   EXPECT_EQ(back.strings[kWaypointComment], u"note");
-  ASSERT_TRUE(saveWaypoints());
-  freeWaypoints();
-  loadWaypoints();
+  ASSERT_TRUE(store.saveWaypoints());
+  store.freeWaypoints();
+  store.loadWaypoints();
   EXPECT_EQ(names(), (std::vector<std::u16string>{u"003", u"002", u"001"}));
-  ASSERT_TRUE(saveWaypoints());
+  ASSERT_TRUE(store.saveWaypoints());
   EXPECT_EQ(fileText(file()), saved);  // two reversals give the first file back
 }
 
@@ -254,22 +253,21 @@ TEST_F(WaypointsTest, SetWaypointStringOutsideTheSlotsDoesNothing) {
 }
 
 // Run in a child by the next test, without the right to write into the data folder.
-TEST(WaypointsChild, DISABLED_SaveIntoReadOnlyFolder) {
+TEST_F(WaypointsTest, DISABLED_SaveIntoReadOnlyFolder) {
   if (!inChildTest()) GTEST_SKIP();
   if (::geteuid() == 0) {
     // Root writes anywhere: continue as nobody, for whom the folder is read-only.
     ASSERT_EQ(::setgid(65534), 0);
     ASSERT_EQ(::setuid(65534), 0);
   }
-  const auto path = waypointsPath();
+  const auto path = store.waypointsPath();
   const std::string before = fileText(path);
   ASSERT_FALSE(before.empty());
-  MessageRecorder messages;
-  loadWaypoints();
-  addWaypoint(10, 20, 0, 0);
-  EXPECT_EQ(std::distance(waypoints().begin(), waypoints().end()), 3);
-  ASSERT_EQ(messages.messages().size(), 1u);
-  EXPECT_EQ(messages.last().rfind("Не удается открыть файл " + path.string() + ". (Ошибка ", 0), 0u);
+  store.loadWaypoints();
+  store.addWaypoint(10, 20, 0, 0);
+  EXPECT_EQ(std::distance(store.waypoints().begin(), store.waypoints().end()), 3);
+  ASSERT_EQ(recorded.messages().size(), 1u);
+  EXPECT_EQ(recorded.last().rfind("Не удается открыть файл " + path.string() + ". (Ошибка ", 0), 0u);
   EXPECT_EQ(fileText(path), before);
 }
 
@@ -277,10 +275,7 @@ TEST_F(WaypointsTest, SaveIntoReadOnlyFolderLosesNothing) {
   const std::string bytes = header() + record(1, {u"A", u"", u"", u""}) + record(2, {u"B", u"", u"", u""});
   writeText(file(), bytes);
   ASSERT_EQ(::chmod(dir.c_str(), 0555), 0);
-  const pid_t child = startChildTest("WaypointsChild.DISABLED_SaveIntoReadOnlyFolder");
-  ASSERT_GT(child, 0);
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  const int status = runChildTest("WaypointsTest.DISABLED_SaveIntoReadOnlyFolder", dir);
   ::chmod(dir.c_str(), 0755);
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 0);
@@ -289,23 +284,20 @@ TEST_F(WaypointsTest, SaveIntoReadOnlyFolderLosesNothing) {
 }
 
 // Run in a child by the next test: killed in the middle of replacing the file.
-TEST(WaypointsChild, DISABLED_KilledWhileSaving) {
+TEST_F(WaypointsTest, DISABLED_KilledWhileSaving) {
   if (!inChildTest()) GTEST_SKIP();
-  loadWaypoints();
-  setBeforeReplaceHook([](const std::filesystem::path&) { ::raise(SIGKILL); });
-  addWaypoint(10, 20, 0, 0);
+  store.loadWaypoints();
+  store.setBeforeReplaceHook([](const std::filesystem::path&) { ::raise(SIGKILL); });
+  store.addWaypoint(10, 20, 0, 0);
 }
 
 TEST_F(WaypointsTest, InterruptedSaveLosesNothing) {
   const std::string bytes = header() + record(1, {u"A", u"", u"", u""});
   writeText(file(), bytes);
-  const pid_t child = startChildTest("WaypointsChild.DISABLED_KilledWhileSaving");
-  ASSERT_GT(child, 0);
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
+  const int status = runChildTest("WaypointsTest.DISABLED_KilledWhileSaving", dir);
   ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
   EXPECT_EQ(fileText(file()), bytes);
-  loadWaypoints();
+  store.loadWaypoints();
   EXPECT_EQ(names(), std::vector<std::u16string>{u"A"});
 }
 
@@ -340,8 +332,8 @@ TEST_F(WaypointsTest, DrawsIconsAndNamesInsideTheVisibleBox) {
     appendWaypointRecord(bytes, w);
   }
   writeText(file(), bytes);
-  loadWaypoints();
-  for (const Waypoint& w : waypoints()) {  // drawn from the head: the file's order reversed
+  store.loadWaypoints();
+  for (const Waypoint& w : store.waypoints()) {  // drawn from the head: the file's order reversed
     for (const auto& place : places) {
       if (w.name() != place.name || !place.drawn) continue;
       expectedNames.emplace_back(place.name);
@@ -353,7 +345,7 @@ TEST_F(WaypointsTest, DrawsIconsAndNamesInsideTheVisibleBox) {
   RecordingDevice device(240, 320);
   {
     QPainter painter(&device);
-    drawWaypoints(painter, view, visible);
+    store.drawWaypoints(painter, view, visible);
   }
   std::vector<std::u16string> texts;
   std::vector<QPoint> icons;
@@ -375,7 +367,7 @@ TEST_F(WaypointsTest, DrawsIconsAndNamesInsideTheVisibleBox) {
 }
 
 TEST(WaypointIcon, IsAFlagStandingOnThePoint) {
-  const QImage& icon = waypointIcon();
+  const QImage icon = drawWaypointIcon();
   ASSERT_EQ(icon.size(), QSize(32, 32));
   EXPECT_GT(qAlpha(icon.pixel(15, 8)), 128);   // the pole
   EXPECT_GT(qAlpha(icon.pixel(20, 6)), 128);   // the pennant

@@ -11,6 +11,7 @@
 
 #include "capture_source.h"
 #include "commands.h"
+#include "core/message.h"
 #include "gps/capture_replay.h"
 #include "gps/fix_processing.h"
 #include "gps/gps_state.h"
@@ -72,28 +73,29 @@ int runRecord(std::span<const char* const> args) {
     std::fprintf(stderr, "orvel-tool record: cannot write beside %s: %s\n", out.c_str(), std::strerror(errno));
     return kExitFailed;
   }
-  ::setenv("ORVEL_DATA_DIR", scratch.path().c_str(), 1);
+  Messages messages;  // to stderr
+  TrackExport trackExport(scratch.path(), messages);
 
   resetGpsState();
   size_t points = 0;
   FixObserver observer;
-  observer.beginRecordedTrack = [] { beginRecordedTrack(); };
-  observer.appendRecordedPoint = [&points](const GpsFix& fix) {
-    appendRecordedPoint(fix);
+  observer.beginRecordedTrack = [&trackExport] { trackExport.beginRecordedTrack(); };
+  observer.appendRecordedPoint = [&trackExport, &points](const GpsFix& fix) {
+    trackExport.appendRecordedPoint(fix);
     ++points;
   };
   setFixObserver(std::move(observer));
   std::tm start{};
   start.tm_year = 100;
   start.tm_mday = 1;
-  openTrackFileAt(start);
-  if (!isTrackFileOpen()) {
+  trackExport.openTrackFileAt(start);
+  if (!trackExport.isTrackFileOpen()) {
     setFixObserver({});
     return kExitFailed;  // the reason was shown
   }
-  const std::filesystem::path written = trackFilePath();
+  const std::filesystem::path written = trackExport.trackFilePath();
   const ReplaySummary summary = replayCapture(capture, programFixSink(), options);
-  closeTrackFile();
+  trackExport.closeTrackFile();
   setFixObserver({});
 
   std::error_code error;

@@ -7,10 +7,8 @@
 #include <QPushButton>
 #include <QScreen>
 #include <QVBoxLayout>
-#include <atomic>
 
 #include "core/message.h"
-#include "track/waypoints.h"
 #include "geo/coords.h"
 #include "geo/units.h"
 
@@ -20,8 +18,6 @@ namespace {
 
 // Screens at most this size in either direction show the dialog over the whole screen.
 constexpr int kSmallScreen = 640;
-
-std::atomic<int> theAltitudeUnit{kUnitMetres};
 
 QString toQString(const std::u16string& text) { return QString::fromStdU16String(text); }
 
@@ -55,12 +51,9 @@ bool smallScreen() {
 
 }  // namespace
 
-int altitudeUnit() { return theAltitudeUnit.load(); }
-void setAltitudeUnit(int unit) { theAltitudeUnit.store(unit); }
-
-std::u16string formatLength(float value, bool givenInMetres, bool whole) {
+std::u16string LengthFormat::formatLength(float value, bool givenInMetres, bool whole) const {
   float v = value;
-  const int unit = altitudeUnit();
+  const int unit = unit_;
   if (unit == kUnitFeet && givenInMetres) v = v * kFeetPerMetre;
   if (unit == kUnitMetres && !givenInMetres) v = v / kFeetPerMetre;
   std::u16string text;
@@ -84,7 +77,8 @@ std::u16string formatLength(float value, bool givenInMetres, bool whole) {
   return text;
 }
 
-WaypointEditDialog::WaypointEditDialog(Waypoint& waypoint, QWidget* parent)
+WaypointEditDialog::WaypointEditDialog(Waypoint& waypoint, const LengthFormat& lengths, Messages& messages,
+                                       QWidget* parent)
     : QDialog(parent), waypoint_(waypoint) {
   setObjectName(QStringLiteral("109"));
   setWindowTitle(QStringLiteral("Путевая точка"));
@@ -108,17 +102,17 @@ WaypointEditDialog::WaypointEditDialog(Waypoint& waypoint, QWidget* parent)
   add(kWaypointNameId, QStringLiteral("Название"))
       ->setText(toQString(std::u16string(waypoint.name())));
   add(kWaypointAltitudeId, QStringLiteral("Высота"))
-      ->setText(toQString(formatLength(waypoint.altitude, true, false)));
+      ->setText(toQString(lengths.formatLength(waypoint.altitude, true, false)));
   const std::u16string& comment = waypoint.strings[kWaypointComment];
   add(kWaypointCommentId, QStringLiteral("Комментарий"))
       ->setText(toQString(comment.substr(0, comment.find(u'\0'))));
 
   auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok | QDialogButtonBox::Cancel, this);
-  auto addCommand = [this, buttons](int id, const QString& text) {
+  auto addCommand = [this, buttons, &messages](int id, const QString& text) {
     QPushButton* button = buttons->addButton(text, QDialogButtonBox::ActionRole);
     button->setObjectName(QString::number(id));
     connect(button, &QPushButton::clicked, this,
-            [] { showMessage("Sorry, the feature is not implemented"); });
+            [&messages] { showMessage(messages, "Sorry, the feature is not implemented"); });
   };
   addCommand(kWaypointSymbolCommand, QStringLiteral("Значок..."));
   addCommand(kWaypointShowCommand, QStringLiteral("На карте"));
@@ -150,8 +144,9 @@ void WaypointEditDialog::accept() {
   QDialog::accept();
 }
 
-bool editWaypoint(Waypoint& waypoint, QWidget* owner, const DialogRun& run) {
-  WaypointEditDialog dialog(waypoint, owner);
+bool editWaypoint(Waypoint& waypoint, const LengthFormat& lengths, Messages& messages, QWidget* owner,
+                  const DialogRun& run) {
+  WaypointEditDialog dialog(waypoint, lengths, messages, owner);
   const int result = run ? run(dialog) : dialog.exec();
   return result == QDialog::Accepted;
 }

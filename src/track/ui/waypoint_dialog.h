@@ -14,6 +14,8 @@ class QLineEdit;
 
 namespace orvel {
 
+class Messages;
+
 inline constexpr int kWaypointLatitudeId = 1001;
 inline constexpr int kWaypointLongitudeId = 1002;
 inline constexpr int kWaypointNameId = 1003;
@@ -29,16 +31,26 @@ inline constexpr int kWaypointFieldLength = 127;
 inline constexpr int kUnitFeet = 0;
 inline constexpr int kUnitMetres = 1;
 inline constexpr float kFeetPerMetre = 3.2808399f;
-int altitudeUnit();
-void setAltitudeUnit(int unit);
 
-// The number text of a length in the altitude unit: with one decimal ("152.4"), or whole.
-// `givenInMetres` says what unit `value` is in; it is converted when that differs.
-std::u16string formatLength(float value, bool givenInMetres, bool whole);
+// How lengths are written for the user: the program keeps one and hands it to the dialogs
+// that show an altitude.
+class LengthFormat {
+ public:
+  int altitudeUnit() const { return unit_; }
+  void setAltitudeUnit(int unit) { unit_ = unit; }
+
+  // The number text of a length in the altitude unit: with one decimal ("152.4"), or whole.
+  // `givenInMetres` says what unit `value` is in; it is converted when that differs.
+  std::u16string formatLength(float value, bool givenInMetres, bool whole) const;
+
+ private:
+  int unit_ = kUnitMetres;
+};
 
 class WaypointEditDialog final : public QDialog {
  public:
-  explicit WaypointEditDialog(Waypoint& waypoint, QWidget* parent = nullptr);
+  // Shows the altitude as `lengths` writes it; its unfinished commands tell `messages`.
+  WaypointEditDialog(Waypoint& waypoint, const LengthFormat& lengths, Messages& messages, QWidget* parent = nullptr);
 
   // Writes the fields back into the waypoint, then closes.
   void accept() override;
@@ -52,6 +64,7 @@ class WaypointEditDialog final : public QDialog {
 // Runs the dialog over `owner` through `run` (default: exec); true when it was closed with
 // OK and the waypoint took the fields.
 using DialogRun = std::function<int(QDialog& dialog)>;
-bool editWaypoint(Waypoint& waypoint, QWidget* owner, const DialogRun& run = {});
+bool editWaypoint(Waypoint& waypoint, const LengthFormat& lengths, Messages& messages, QWidget* owner,
+                  const DialogRun& run = {});
 
 }  // namespace orvel

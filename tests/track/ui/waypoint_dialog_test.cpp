@@ -7,7 +7,6 @@
 
 #include "core/message.h"
 #include "track/ui/waypoint_dialog.h"
-#include "track/waypoints.h"
 #include "geo/coords.h"
 #include "geo/units.h"
 
@@ -26,19 +25,19 @@ class WaypointDialogTest : public ::testing::Test {
   }
   void SetUp() override {
     setCoordinateNotation(static_cast<uint32_t>(CoordNotation::DegreesMinutes));
-    setAltitudeUnit(kUnitMetres);
     waypoint.lat = degreesToSemicircles(55.755833f);
     waypoint.lon = degreesToSemicircles(37.617778f);
     waypoint.altitude = 152.37f;
     setWaypointString(waypoint, kWaypointName, u"001");
     setWaypointString(waypoint, kWaypointComment, u"у реки");
   }
-  void TearDown() override { setAltitudeUnit(kUnitMetres); }
-
   static QString text(const WaypointEditDialog& dialog, int id) { return dialog.field(id)->text(); }
   static void type(WaypointEditDialog& dialog, int id, const QString& text) { dialog.field(id)->setText(text); }
 
   Waypoint waypoint;
+  LengthFormat lengths;
+  Messages messages;
+  MessageRecorder recorded{messages};
 };
 
 struct LengthCase {
@@ -69,15 +68,15 @@ TEST(FormatLength, RoundsToTenthsOrWholeInTheAltitudeUnit) {
       {kUnitMetres, 3280.8399f, false, true, u"1000"},
   };
   for (const LengthCase& c : cases) {
-    setAltitudeUnit(c.unit);
-    EXPECT_EQ(formatLength(c.value, c.givenInMetres, c.whole), std::u16string(c.expected))
+    LengthFormat lengths;
+    lengths.setAltitudeUnit(c.unit);
+    EXPECT_EQ(lengths.formatLength(c.value, c.givenInMetres, c.whole), std::u16string(c.expected))
         << "unit " << c.unit << " value " << c.value << " whole " << c.whole;
   }
-  setAltitudeUnit(kUnitMetres);
 }
 
 TEST_F(WaypointDialogTest, ShowsEveryFieldUnderItsControlId) {
-  WaypointEditDialog dialog(waypoint);
+  WaypointEditDialog dialog(waypoint, lengths, messages);
   EXPECT_EQ(dialog.objectName(), QStringLiteral("109"));
   EXPECT_EQ(text(dialog, kWaypointLatitudeId), QString::fromUtf8("N55°45.350'"));
   EXPECT_EQ(text(dialog, kWaypointLongitudeId).left(4), QString::fromUtf8("E37°"));
@@ -89,11 +88,14 @@ TEST_F(WaypointDialogTest, ShowsEveryFieldUnderItsControlId) {
   }
 }
 
-TEST_F(WaypointDialogTest, AltitudeIsShownInFeetWhenThatIsTheUnit) {
-  setAltitudeUnit(kUnitFeet);
+TEST_F(WaypointDialogTest, AltitudeIsShownInFeetButStoredAsTyped) {
+  lengths.setAltitudeUnit(kUnitFeet);
   waypoint.altitude = 100.0f;
-  WaypointEditDialog dialog(waypoint);
+  WaypointEditDialog dialog(waypoint, lengths, messages);
   EXPECT_EQ(text(dialog, kWaypointAltitudeId), QStringLiteral("328.1"));
+  type(dialog, kWaypointAltitudeId, QStringLiteral("1000"));
+  dialog.accept();
+  EXPECT_EQ(waypoint.altitude, 1000.0f);
 }
 
 TEST_F(WaypointDialogTest, OkWithNothingChangedKeepsThePositionToWholeMapUnits) {
@@ -102,7 +104,7 @@ TEST_F(WaypointDialogTest, OkWithNothingChangedKeepsThePositionToWholeMapUnits) 
   waypoint.lat = corner + 250;
   const Semicircles lonCorner = waypoint.lon & ~0xFF;
   waypoint.lon = lonCorner + 250;
-  WaypointEditDialog dialog(waypoint);
+  WaypointEditDialog dialog(waypoint, lengths, messages);
   dialog.accept();
   EXPECT_EQ(dialog.result(), QDialog::Accepted);
   // What remains is the text's rounding to a thousandth of a minute and single precision.
@@ -113,7 +115,7 @@ TEST_F(WaypointDialogTest, OkWithNothingChangedKeepsThePositionToWholeMapUnits) 
 }
 
 TEST_F(WaypointDialogTest, OkWritesTheTypedFields) {
-  WaypointEditDialog dialog(waypoint);
+  WaypointEditDialog dialog(waypoint, lengths, messages);
   type(dialog, kWaypointLatitudeId, QString::fromUtf8("S10°30.000'"));
   type(dialog, kWaypointLongitudeId, QStringLiteral("20.25"));
   type(dialog, kWaypointNameId, QStringLiteral("Дом"));
@@ -127,21 +129,13 @@ TEST_F(WaypointDialogTest, OkWritesTheTypedFields) {
   EXPECT_EQ(waypoint.strings[kWaypointComment], u"");
 }
 
-TEST_F(WaypointDialogTest, AltitudeIsStoredAsTypedEvenInFeet) {
-  setAltitudeUnit(kUnitFeet);
-  WaypointEditDialog dialog(waypoint);
-  type(dialog, kWaypointAltitudeId, QStringLiteral("1000"));
-  dialog.accept();
-  EXPECT_EQ(waypoint.altitude, 1000.0f);
-}
-
 TEST_F(WaypointDialogTest, UnreadableTextsKeepThePreviousValues) {
   const Waypoint before = waypoint;
   const QString unreadable[] = {QString(), QStringLiteral("abc"), QStringLiteral("высота"),
                                 QStringLiteral("-"), QStringLiteral(" ")};
   for (const QString& bad : unreadable) {
     waypoint = before;
-    WaypointEditDialog dialog(waypoint);
+    WaypointEditDialog dialog(waypoint, lengths, messages);
     type(dialog, kWaypointLatitudeId, bad);
     type(dialog, kWaypointLongitudeId, bad);
     type(dialog, kWaypointAltitudeId, bad);
@@ -154,43 +148,35 @@ TEST_F(WaypointDialogTest, UnreadableTextsKeepThePreviousValues) {
   }
 }
 
-TEST_F(WaypointDialogTest, CancelLeavesTheWaypointAsItWas) {
+TEST_F(WaypointDialogTest, EditWaypointTakesTheFieldsOnlyOnOk) {
   const Waypoint before = waypoint;
-  const bool accepted = editWaypoint(waypoint, nullptr, [](QDialog& shown) {
-    auto& dialog = static_cast<WaypointEditDialog&>(shown);
-    dialog.field(kWaypointLatitudeId)->setText(QStringLiteral("1.0"));
-    dialog.field(kWaypointNameId)->setText(QStringLiteral("xxx"));
-    dialog.field(kWaypointAltitudeId)->setText(QStringLiteral("7"));
-    dialog.reject();
-    return dialog.result();
-  });
-  EXPECT_FALSE(accepted);
-  EXPECT_EQ(waypoint, before);
-}
-
-TEST_F(WaypointDialogTest, EditWaypointReportsOk) {
-  const bool accepted = editWaypoint(waypoint, nullptr, [](QDialog& shown) {
-    auto& dialog = static_cast<WaypointEditDialog&>(shown);
-    dialog.field(kWaypointNameId)->setText(QStringLiteral("Мост"));
-    dialog.accept();
-    return dialog.result();
-  });
-  EXPECT_TRUE(accepted);
+  for (const bool ok : {false, true}) {
+    const bool accepted = editWaypoint(waypoint, lengths, messages, nullptr, [ok](QDialog& shown) {
+      auto& dialog = static_cast<WaypointEditDialog&>(shown);
+      dialog.field(kWaypointLatitudeId)->setText(QStringLiteral("1.0"));
+      dialog.field(kWaypointNameId)->setText(QStringLiteral("Мост"));
+      dialog.field(kWaypointAltitudeId)->setText(QStringLiteral("7"));
+      ok ? dialog.accept() : dialog.reject();
+      return dialog.result();
+    });
+    EXPECT_EQ(accepted, ok);
+    EXPECT_EQ(waypoint == before, !ok) << ok;  // cancel changes nothing
+  }
   EXPECT_EQ(waypoint.name(), u"Мост");
+  EXPECT_EQ(waypoint.altitude, 7.0f);
 }
 
 TEST_F(WaypointDialogTest, CommandsThreeAndFourOnlySayTheyAreMissing) {
-  MessageRecorder messages;
   const Waypoint before = waypoint;
-  WaypointEditDialog dialog(waypoint);
+  WaypointEditDialog dialog(waypoint, lengths, messages);
   for (const char* id : {"3", "4"}) {
     auto* button = dialog.findChild<QPushButton*>(QString::fromLatin1(id));
     ASSERT_NE(button, nullptr) << id;
     button->click();
-    EXPECT_EQ(messages.last(), "Sorry, the feature is not implemented") << id;
+    EXPECT_EQ(recorded.last(), "Sorry, the feature is not implemented") << id;
     EXPECT_EQ(dialog.result(), 0) << id;  // still open
   }
-  EXPECT_EQ(messages.messages().size(), 2u);
+  EXPECT_EQ(recorded.messages().size(), 2u);
   EXPECT_EQ(waypoint, before);
 }
 
