@@ -19,8 +19,8 @@
 #include "bench_support.h"
 #include "core/message.h"
 #include "map/catalogue/map_styles.h"
-#include "map/map_file.h"
-#include "view/compose.h"
+#include "map/format/map_file.h"
+#include "compose/view_composer.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
 
@@ -61,13 +61,12 @@ struct DenseView {
 const DenseView& denseView() {
   static const DenseView found = [] {
     DenseView dense;
-    orvel::MessageRecorder quiet;
     orvel::MapView view;
     const auto map = orvel::bench::dataDir() / "maps" / "liechtenstein_route_cp1252_bs512.img";
-    if (!orvel::openMapFile(map, view)) return dense;
+    if (!orvel::bench::kit().map.openMapFile(map, view)) return dense;
     view.setScreenSize(800, 480);
     view.setZoomIndex(kTownZoom);
-    const MapRect bounds = orvel::currentMap()->bounds();
+    const MapRect bounds = orvel::bench::kit().map.currentMap()->bounds();
     const MapRect screen = view.visibleRect();
     const int32_t stepX = std::max(1, (screen.east - screen.west) / 2);
     const int32_t stepY = std::max(1, (screen.north - screen.south) / 2);
@@ -76,7 +75,7 @@ const DenseView& denseView() {
         view.setCentre(x, y);
         const MapRect visible = view.visibleRect();
         VisibleCounter counter(visible);
-        orvel::currentMap()->decode(view, visible, counter);
+        orvel::bench::kit().map.currentMap()->decode(view, visible, counter);
         if (counter.count > dense.objects) {
           dense.objects = counter.count;
           dense.centre = view.centre();
@@ -91,7 +90,7 @@ const DenseView& denseView() {
 
 // Args: screen width, zoom step. The height is 320 for width 240, else 480.
 void BM_ComposeDensestView(benchmark::State& state) {
-  orvel::bench::ensureGui();
+  orvel::bench::kit();
   const DenseView& dense = denseView();
   if (!dense.ok) {
     state.SkipWithError("liechtenstein_route_cp1252_bs512.img not found or not loadable");
@@ -102,13 +101,13 @@ void BM_ComposeDensestView(benchmark::State& state) {
   view.setScreenSize(width, width == 240 ? 320 : 480);
   view.setZoomIndex(static_cast<uint32_t>(state.range(1)));
   view.setCentre(dense.centre.x, dense.centre.y);
-  orvel::ViewComposer composer;
-  composer.composeView(orvel::currentMap(), view);  // the picture is made once, as on screen
+  orvel::ViewComposer composer(orvel::bench::kit().settings, orvel::bench::kit().drawing, orvel::bench::kit().styles);
+  composer.composeView(orvel::bench::kit().map.currentMap(), view);  // the picture is made once, as on screen
 
   std::vector<double> ms;
   for (auto _ : state) {
     const auto start = std::chrono::steady_clock::now();
-    composer.composeView(orvel::currentMap(), view);
+    composer.composeView(orvel::bench::kit().map.currentMap(), view);
     ms.push_back(std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start).count());
   }
   std::sort(ms.begin(), ms.end());

@@ -21,9 +21,9 @@
 #include "bench_support.h"
 #include "map/catalogue/map_styles.h"
 #include "map/img/img_map_file.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "mapset_writer.h"
-#include "view/compose.h"
+#include "compose/view_composer.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
 
@@ -103,15 +103,15 @@ void BM_MapSetOpen(benchmark::State& state) {
     return;
   }
   orvel::MapView view;
-  orvel::closeMapFile();
+  orvel::bench::kit().map.closeMapFile();
   Resident before;
   Resident after;
   for (auto _ : state) {
     state.PauseTiming();
-    orvel::closeMapFile();
+    orvel::bench::kit().map.closeMapFile();
     before = resident();
     state.ResumeTiming();
-    if (!orvel::openMapFile(set.path, view)) {
+    if (!orvel::bench::kit().map.openMapFile(set.path, view)) {
       state.SkipWithError("the map set cannot be opened");
       return;
     }
@@ -119,29 +119,29 @@ void BM_MapSetOpen(benchmark::State& state) {
     after = resident();
     state.ResumeTiming();
   }
-  const auto* map = dynamic_cast<const orvel::ImgMapFile*>(orvel::currentMap());
+  const auto* map = dynamic_cast<const orvel::ImgMapFile*>(orvel::bench::kit().map.currentMap());
   state.counters["tiles"] = map != nullptr ? static_cast<double>(map->tiles().size()) : 0;
   state.counters["file_MiB"] = static_cast<double>(set.layout.bytes >> 20);
   state.counters["block_size"] = set.layout.blockSize;
   state.counters["heap_growth_KiB"] = static_cast<double>(after.heapKiB - before.heapKiB);
   state.counters["anon_rss_growth_KiB"] = static_cast<double>(after.anonKiB - before.anonKiB);
   state.counters["mapped_pages_KiB"] = static_cast<double>(after.fileKiB - before.fileKiB);
-  orvel::closeMapFile();
+  orvel::bench::kit().map.closeMapFile();
 }
 BENCHMARK(BM_MapSetOpen)->Unit(benchmark::kMillisecond)->Iterations(5);
 
 // Composes the view over and over; counters give the tiles and objects it visits.
 void composeLoop(benchmark::State& state, orvel::MapView& view) {
-  orvel::ViewComposer composer;
-  composer.composeView(orvel::currentMap(), view);  // tiles in view are indexed on first sight
+  orvel::ViewComposer composer(orvel::bench::kit().settings, orvel::bench::kit().drawing, orvel::bench::kit().styles);
+  composer.composeView(orvel::bench::kit().map.currentMap(), view);  // tiles in view are indexed on first sight
   const auto start = std::chrono::steady_clock::now();
-  for (auto _ : state) composer.composeView(orvel::currentMap(), view);
+  for (auto _ : state) composer.composeView(orvel::bench::kit().map.currentMap(), view);
   const std::chrono::duration<double, std::micro> elapsed = std::chrono::steady_clock::now() - start;
 
   Counter counter;
-  orvel::currentMap()->decode(view, view.visibleRect(), counter);
+  orvel::bench::kit().map.currentMap()->decode(view, view.visibleRect(), counter);
   std::vector<uint32_t> tiles;
-  if (const auto* map = dynamic_cast<const orvel::ImgMapFile*>(orvel::currentMap())) {
+  if (const auto* map = dynamic_cast<const orvel::ImgMapFile*>(orvel::bench::kit().map.currentMap())) {
     map->tilesMeeting(view.visibleRect(), tiles);
   }
   state.counters["tiles_in_view"] = static_cast<double>(tiles.size());
@@ -154,10 +154,10 @@ void composeLoop(benchmark::State& state, orvel::MapView& view) {
 
 // range(0): 0 = the set's centre, 1 = its south-west corner; range(1): the zoom step.
 void BM_MapSetCompose(benchmark::State& state) {
-  orvel::bench::ensureGui();
+  orvel::bench::kit();
   const GeneratedSet& set = generatedSet();
   orvel::MapView view;
-  if (set.path.empty() || !orvel::openMapFile(set.path, view)) {
+  if (set.path.empty() || !orvel::bench::kit().map.openMapFile(set.path, view)) {
     state.SkipWithError("the map set cannot be opened");
     return;
   }
@@ -171,7 +171,7 @@ void BM_MapSetCompose(benchmark::State& state) {
   view.setCentre(orvel::degreesToMapUnits(kMonacoLon) + column * grid.cellWidth,
                  orvel::degreesToMapUnits(kMonacoLat) + row * grid.cellHeight);
   composeLoop(state, view);
-  orvel::closeMapFile();
+  orvel::bench::kit().map.closeMapFile();
 }
 BENCHMARK(BM_MapSetCompose)
     ->ArgsProduct({{0, 1}, {kTwentyTilesZoom - 1, kTwentyTilesZoom, kStreetZoom}})
@@ -181,9 +181,9 @@ BENCHMARK(BM_MapSetCompose)
 
 // The single-tile map at the centre of Monaco.
 void BM_OneTileCompose(benchmark::State& state) {
-  orvel::bench::ensureGui();
+  orvel::bench::kit();
   orvel::MapView view;
-  if (!orvel::openMapFile(monaco(), view)) {
+  if (!orvel::bench::kit().map.openMapFile(monaco(), view)) {
     state.SkipWithError("monaco_default_6bit.img not found");
     return;
   }
@@ -191,7 +191,7 @@ void BM_OneTileCompose(benchmark::State& state) {
   view.setZoomIndex(static_cast<uint32_t>(state.range(0)));
   view.setCentre(orvel::degreesToMapUnits(kMonacoLon), orvel::degreesToMapUnits(kMonacoLat));
   composeLoop(state, view);
-  orvel::closeMapFile();
+  orvel::bench::kit().map.closeMapFile();
 }
 BENCHMARK(BM_OneTileCompose)->Arg(kTwentyTilesZoom)->Arg(kStreetZoom)->ArgName("zoom")->Unit(benchmark::kMillisecond);
 

@@ -9,7 +9,7 @@
 #include <unistd.h>
 
 #include "bench_support.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "view/map_view.h"
 
 namespace {
@@ -28,20 +28,20 @@ long residentKiB() {
 void BM_OpenLargestImgMap(benchmark::State& state) {
   const auto path = orvel::bench::dataDir() / "maps" / "liechtenstein_route_cp1252_bs512.img";
   orvel::MapView view;
-  orvel::closeMapFile();
+  orvel::bench::kit().map.closeMapFile();
   const long before = residentKiB();
   long after = before;
   for (auto _ : state) {
-    if (!orvel::openMapFile(path, view)) {
+    if (!orvel::bench::kit().map.openMapFile(path, view)) {
       state.SkipWithError("the map cannot be opened");
       return;
     }
     after = residentKiB();
-    benchmark::DoNotOptimize(orvel::currentMap());
+    benchmark::DoNotOptimize(orvel::bench::kit().map.currentMap());
   }
   state.counters["rss_growth_KiB"] = static_cast<double>(after - before);
   state.counters["file_KiB"] = static_cast<double>(std::filesystem::file_size(path) / 1024);
-  orvel::closeMapFile();
+  orvel::bench::kit().map.closeMapFile();
 }
 BENCHMARK(BM_OpenLargestImgMap)->Unit(benchmark::kMicrosecond);
 

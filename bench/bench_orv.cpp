@@ -20,7 +20,7 @@
 #include "map/img/rgn_decoder.h"
 #include "map/orv/convert/orv_writer.h"
 #include "map/orv/orv_map_file.h"
-#include "view/compose.h"
+#include "compose/view_composer.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
 
@@ -47,7 +47,6 @@ BothFormats& bothFormats(size_t index) {
   static BothFormats maps[std::size(kMaps)];
   BothFormats& m = maps[index];
   if (m.ok || !m.imgBytes.empty()) return m;
-  orvel::MessageRecorder quiet;
   m.imgBytes = readAll(orvel::bench::dataDir() / "maps" / kMaps[index]);
   if (!m.img.probe(m.imgBytes) || !m.img.load(m.imgBytes)) return m;
   orvel::OrvMapIn model;
@@ -84,7 +83,7 @@ BENCHMARK(BM_OrvConvert)->DenseRange(0, static_cast<int>(std::size(kMaps)) - 1)-
 
 // Args: format (0 IMG, 1 .orv), zoom step. 800x480 at the middle of the largest map.
 void BM_ComposeImgAgainstOrv(benchmark::State& state) {
-  orvel::bench::ensureGui();
+  orvel::bench::kit();
   BothFormats& m = bothFormats(std::size(kMaps) - 1);
   if (!m.ok) {
     state.SkipWithError("map not found or not convertible");
@@ -95,7 +94,7 @@ void BM_ComposeImgAgainstOrv(benchmark::State& state) {
   view.setScreenSize(800, 480);
   view.fitNewMap(map->bounds());
   view.setZoomIndex(static_cast<uint32_t>(state.range(1)));
-  orvel::ViewComposer composer;
+  orvel::ViewComposer composer(orvel::bench::kit().settings, orvel::bench::kit().drawing, orvel::bench::kit().styles);
   composer.composeView(map, view);
   std::vector<double> ms;
   for (auto _ : state) {

@@ -30,7 +30,6 @@ void BM_DecodeMostDetailedLevel(benchmark::State& state) {
   std::ifstream in(dir / "maps/liechtenstein_route_cp1252_bs512.img", std::ios::binary);
   const std::vector<uint8_t> file{std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
   orvel::ImgMapFile map;
-  orvel::MessageRecorder quiet;
   if (!map.probe(file) || !map.load(file)) {
     state.SkipWithError("liechtenstein_route_cp1252_bs512.img not found or not loadable");
     return;

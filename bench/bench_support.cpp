@@ -4,26 +4,28 @@
 
 #include <QGuiApplication>
 
-#include "map/catalogue/map_styles.h"
-#include "view/drawing_objects.h"
-
 namespace orvel::bench {
+namespace {
+
+QGuiApplication* makeApplication(int& argc, char** argv) {
+  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
+  return new QGuiApplication(argc, argv);
+}
+
+}  // namespace
 
 std::filesystem::path dataDir() {
   if (const char* env = std::getenv("ORVEL_TEST_DATA"); env && *env) return env;
   return ORVEL_TEST_DATA_DEFAULT;
 }
 
-void ensureGui() {
-  if (QGuiApplication::instance() != nullptr) return;
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  static int argc = 1;
-  static char name[] = "orvel-bench";
-  static char* argv[] = {name, nullptr};
-  static QGuiApplication* app = new QGuiApplication(argc, argv);  // lives as long as the process
-  (void)app;
-  createDrawingObjects();
-  createMapStyles();
+Kit::Kit() : app(makeApplication(argc, argv)) {}
+
+Kit::~Kit() { map.closeMapFile(); }
+
+Kit& kit() {
+  static Kit made;  // the benchmark program's one owner of what its benchmarks draw with
+  return made;
 }
 
 }  // namespace orvel::bench

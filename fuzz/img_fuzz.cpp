@@ -9,21 +9,31 @@
 
 #include <QGuiApplication>
 
-#include "core/message.h"
+#include "compose/view_composer.h"
+#include "core/settings.h"
 #include "map/catalogue/map_styles.h"
-#include "map/map_file.h"
-#include "view/compose.h"
+#include "map/current_map.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
 
+namespace {
+
+// What drawing needs, made once for the whole run: libFuzzer calls plain functions, so the
+// run's one fixture is reached through this pointer.
+struct Fixture {
+  QGuiApplication* app;
+  const orvel::DrawingObjects drawing;
+  const orvel::MapStyles styles;
+  const orvel::Settings settings;
+};
+Fixture* fixture = nullptr;
+
+}  // namespace
+
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  static QGuiApplication* app = new QGuiApplication(*argc, *argv);  // for the whole run
-  (void)app;
-  // The user would be told why a file is refused; here nobody listens.
-  orvel::setMessageSink([](const std::string&) {});
-  orvel::createDrawingObjects();
-  orvel::createMapStyles();
+  auto* app = new QGuiApplication(*argc, *argv);
+  fixture = new Fixture{app, {}, {}, {}};
   return 0;
 }
 
@@ -36,7 +46,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   view.setScreenSize(240, 320);
   view.fitNewMap(map->bounds());
   const uint32_t opening = view.zoomIndex();
-  orvel::ViewComposer composer;
+  orvel::ViewComposer composer(fixture->settings, fixture->drawing, fixture->styles);
   for (uint32_t zoom : {opening, 4u, 9u, 14u, 20u}) {
     view.setZoomIndex(zoom);
     view.setRotation(zoom == 9u ? 30 : 0);

@@ -12,21 +12,28 @@
 #include <QImage>
 #include <QPainter>
 
-#include "core/message.h"
 #include "map/catalogue/map_styles.h"
+#include "map/current_map.h"
 #include "map/draw/draw_map.h"
-#include "map/map_file.h"
 #include "map/orv/orv_format.h"
-#include "view/drawing_objects.h"
 #include "view/map_view.h"
+
+namespace {
+
+// The map styles, made once for the whole run: libFuzzer calls plain functions, so the run's
+// one fixture is reached through this pointer.
+struct Fixture {
+  QGuiApplication* app;
+  const orvel::MapStyles styles;
+};
+Fixture* fixture = nullptr;
+
+}  // namespace
 
 extern "C" int LLVMFuzzerInitialize(int* argc, char*** argv) {
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  static QGuiApplication* app = new QGuiApplication(*argc, *argv);  // for the whole run
-  (void)app;
-  orvel::setMessageSink([](const std::string&) {});
-  orvel::createDrawingObjects();
-  orvel::createMapStyles();
+  auto* app = new QGuiApplication(*argc, *argv);
+  fixture = new Fixture{app, {}};
   return 0;
 }
 
@@ -51,7 +58,7 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   view.setScreenSize(96, 96);
   view.fitNewMap(map->bounds());
   QImage image(96, 96, QImage::Format_RGB32);
-  orvel::MapDrawContext drawing;
+  orvel::MapDrawContext drawing(fixture->styles);
   for (uint32_t zoom : {0u, 8u, 16u, 26u}) {
     view.setZoomIndex(zoom);
     image.fill(Qt::white);

@@ -8,31 +8,26 @@
 #include <QTimer>
 #include <cstdio>
 
-#include "core/message.h"
-#include "core/settings.h"
 #include "app/desktop_entry.h"
 #include "app/dialogs.h"
 #include "app/gps_notification.h"
 #include "app/main_window.h"
 #include "app/page_framework.h"
+#include "app/session.h"
 #include "app/single_instance.h"
+#include "geo/units.h"
 #include "gps/demo_replay.h"
 #include "gps/fix_processing.h"
+#include "gps/gps_state.h"
 #include "gps/port_scanner.h"
 #include "gps/ui/options_dialog.h"
-#include "map/map_file.h"
-#include "pages/gauge_dialog.h"
 #include "pages/map_page.h"
-#include "pages/page_host.h"
 #include "track/active_track.h"
 #include "track/data_folder.h"
 #include "track/mps_writer.h"
 #include "track/track_recording.h"
 #include "track/ui/waypoint_dialog.h"
 #include "track/waypoints.h"
-#include "view/drawing_objects.h"
-#include "view/map_view.h"
-#include "geo/units.h"
 
 #ifndef ORVEL_DEMO_DIR
 #define ORVEL_DEMO_DIR ""
@@ -55,9 +50,9 @@ QString demoMapPath() {
 constexpr int kDemoGraceMs = 5000;
 constexpr uint32_t kDemoZoomIndex = 7;  // "120 м": 3 m per pixel
 
-void preparePortScanning() {
-  setScanIndicator({[] { showSatellites(0); }, [] { showNoConnection(); }});
-  setGpsReadingActive([] { return !isGpsInputShutDown(); });
+void preparePortScanning(GpsNotification& notification) {
+  setScanIndicator({[&notification] { notification.showSatellites(0); },
+                    [&notification] { notification.showNoConnection(); }});
 }
 
 void stopPortScanning() {
@@ -68,30 +63,32 @@ void stopPortScanning() {
 // With --demo and no receiver found after a few seconds, a recorded drive replays over the
 // demo map so that a new user sees the position move. The setting "DemoReplay" (default on)
 // turns it off for users who start with --demo but do not want it.
-void scheduleDemoReplay(QObject* context) {
-  if (!readSettingBool("DemoReplay", true)) return;
+void scheduleDemoReplay(QObject* context, const Settings& settings) {
+  if (!settings.readSettingBool("DemoReplay", true)) return;
   QTimer::singleShot(kDemoGraceMs, context, [] {
     if (receiverFound() || isDemoReplaying()) return;
     startDemoReplay(std::string(ORVEL_DEMO_DIR "/") + kDemoCaptureName);
   });
 }
 
-void runOptions(MainWindow& window, ActiveTrack& activeTrack, TrackExport& trackExport) {
+void runOptions(MainWindow& window) {
+  MapPage& mapPage = window.pages().mapPage();
   OptionsActions actions;
-  actions.resetRotation = [] {
-    mapView().setRotation(0);
-    composeMapView();
+  actions.resetRotation = [&window, &mapPage] {
+    window.session().view.setRotation(0);
+    mapPage.compose();
   };
-  actions.setTrackRecording = [&activeTrack, &trackExport](bool on) {
+  Session& session = window.session();
+  actions.setTrackRecording = [&session](bool on) {
     if (on) {
-      trackExport.openTrackFile();
-      activeTrack.startRecording();
+      session.trackExport.openTrackFile();
+      session.track.startRecording();
     } else {
-      trackExport.closeTrackFile();
-      activeTrack.stopRecording();
+      session.trackExport.closeTrackFile();
+      session.track.stopRecording();
     }
   };
-  actions.redrawMap = [] { composeMapView(); };
+  actions.redrawMap = [&mapPage] { mapPage.compose(); };
   runOptionsDialog(&window, std::move(actions));
 }
 
@@ -105,6 +102,31 @@ void placeWindow(MainWindow& window) {
     window.resize(kDesktopWindowSize);
     window.show();
   }
+}
+
+// The map page draws the recorded trail and the waypoints over the map, and the position
+// marker while GPS input runs.
+void connectMapLayers(MapPage& page, const Session& session) {
+  ViewComposer& composer = page.composer();
+  composer.setTrackLayer([&session](QPainter& painter, const MapView& view, const MapRect&) {
+    session.track.drawActiveTrack(painter, view);
+  });
+  composer.setWaypointLayer([&session](QPainter& painter, const MapView& view, const MapRect& visible) {
+    session.waypoints.drawWaypoints(painter, session.drawing, view, visible);
+  });
+  composer.setPositionSource([]() -> std::optional<PositionSnapshot> {
+    if (isGpsInputShutDown()) return std::nullopt;
+    const GpsFix fix = currentFix();
+    if (!(fix.flags & kFixPosition)) return std::nullopt;
+    PositionSnapshot position;
+    position.longitude = fix.longitude;
+    position.latitude = fix.latitude;
+    position.speedValid = (fix.flags & kFixSpeed) != 0;
+    position.speedKmh = fix.speed;
+    position.courseValid = (fix.flags & kFixCourse) != 0;
+    position.course = fix.course;
+    return position;
+  });
 }
 
 bool headless() {
@@ -142,7 +164,7 @@ CommandLine parseCommandLine(const QStringList& arguments) {
   return line;
 }
 
-int appMain(const QStringList& arguments) {
+int appMain(const QStringList& arguments, const RunningHook& onRunning) {
   const CommandLine commandLine = parseCommandLine(arguments);
   if (!commandLine.error.isEmpty()) {
     std::fprintf(stderr, "orvel: %s\n", qPrintable(commandLine.error));
@@ -161,33 +183,35 @@ int appMain(const QStringList& arguments) {
   if (!commandLine.mapPath.isEmpty()) forwarded << commandLine.mapPath;
   if (sendToRunningInstance(forwarded)) return kExitAnotherInstance;
 
-  openSettings();
-  createDrawingObjects();
+  if (!QGuiApplication::primaryScreen()) return kExitNoWindow;
+  Session session(ensureDataFolder());
+  Settings& settings = session.settings;
+  settings.openSettings();
 
   const QString program = QCoreApplication::applicationFilePath();
   writeDesktopEntry(program);
-  writeSettingString("Path", program.toStdU16String());
+  settings.writeSettingString("Path", program.toStdU16String());
   // The geometric sans of the map styles comes with the program's resources and is used
   // from there; no font file is written into the system.
 
-  if (!QGuiApplication::primaryScreen()) return kExitNoWindow;
-  auto window = std::make_unique<MainWindow>();
-  if (!headless()) installMessageBox(window.get());
+  MainWindow window(session);
+  if (!headless()) session.messages.setSink(messageBoxSink(&window));
 
   InstanceServer server([&window](const QStringList& received) {
-    window->raiseWindow();
+    window.raiseWindow();
     const CommandLine line = parseCommandLine(received);
     testLog(QStringLiteral("raised"));
     if (!line.mapPath.isEmpty()) {
-      window->openMap(line.mapPath);
+      window.openMap(line.mapPath);
       testLog(QStringLiteral("opened ") + line.mapPath);
     }
   });
   if (server.listen()) testLog(QStringLiteral("listening"));
 
-  initPages(*window);
-  placeWindow(*window);
-  createGpsNotification(*window);
+  PageSet& pages = window.pages();
+  pages.initPages(window);
+  placeWindow(window);
+  GpsNotification notification(window, settings);
 
   QString mapPath = commandLine.mapPath;
   const bool demoMap = mapPath.isEmpty() && commandLine.demo;
@@ -195,67 +219,55 @@ int appMain(const QStringList& arguments) {
     mapPath = demoMapPath();
     // The demo map's middle is open sea: start over the streets the demo drive passes. The
     // centre lies inside the map, so opening it keeps the centre.
-    mapView().setCentre(degreesToMapUnits(static_cast<float>(kDemoAnchor.longitude)),
-                        degreesToMapUnits(static_cast<float>(kDemoAnchor.latitude)));
+    session.view.setCentre(degreesToMapUnits(static_cast<float>(kDemoAnchor.longitude)),
+                           degreesToMapUnits(static_cast<float>(kDemoAnchor.latitude)));
   }
   if (!mapPath.isEmpty()) {
-    openMapFile(std::filesystem::path(mapPath.toStdString()), mapView());
+    session.map.openMapFile(std::filesystem::path(mapPath.toStdString()), session.view);
     testLog(QStringLiteral("opened ") + mapPath);
     // A town scale shows a newcomer streets and their names rather than one kerb.
-    if (demoMap && currentMap()) mapView().setZoomIndex(kDemoZoomIndex);
+    if (demoMap && session.map.currentMap()) session.view.setZoomIndex(kDemoZoomIndex);
   }
 
-  // The track and waypoint stores live for the run; the pages reach them through the map page.
-  const std::filesystem::path dataFolder = ensureDataFolder();
-  ActiveTrack activeTrack(dataFolder, processSettings(), processMessages());
-  TrackExport trackExport(dataFolder, processMessages());
-  WaypointStore waypointStore(dataFolder, processMessages());
-  const LengthFormat lengths;
-  mapPage().setTrackData(&activeTrack, &waypointStore);
-
-  if (readSettingBool("RecordTrack", false)) trackExport.openTrackFile();
-  activeTrack.openTrackStore();
+  if (settings.readSettingBool("RecordTrack", false)) session.trackExport.openTrackFile();
+  session.track.openTrackStore();
 
   FixObserver observer;
-  connectTrackRecorders(observer, activeTrack, trackExport);
-  observer.showReception = [](uint32_t satellitesUsed) { showSatellites(satellitesUsed); };
+  connectTrackRecorders(observer, session.track, session.trackExport);
+  observer.showReception = [&notification](uint32_t satellitesUsed) { notification.showSatellites(satellitesUsed); };
   setFixObserver(std::move(observer));
-  preparePortScanning();
+  preparePortScanning(notification);
   // Sets the status text, and scans unless "ScanCOMPorts" is off.
   startScanning();
-  if (commandLine.demo) scheduleDemoReplay(window.get());
-  window->setOptionsHandler([&window, &activeTrack, &trackExport] { runOptions(*window, activeTrack, trackExport); });
-  setGaugeDialogRunner([](QDialog& dialog) { return runDialog(dialog); });
+  if (commandLine.demo) scheduleDemoReplay(&window, settings);
+  window.setOptionsHandler([&window] { runOptions(window); });
 
   // "Сохранить точку...", the map's pop-up menu and the action-key hold all end in the
   // waypoint dialog.
-  waypointStore.setWaypointEditor([&lengths, owner = window.get()](Waypoint& waypoint) {
-    editWaypoint(waypoint, lengths, processMessages(), owner, runDialog);
+  session.waypoints.setWaypointEditor([&window, &session](Waypoint& waypoint) {
+    editWaypoint(waypoint, session.lengths, session.messages, &window,
+                 [&window](QDialog& dialog) { return window.runDialog(dialog); });
   });
-  setWaypointDialog([&waypointStore](float lon, float lat, double time, float altitude) {
-    waypointStore.addWaypoint(lon, lat, time, altitude);
+  window.setWaypointDialog([&session](float lon, float lat, double time, float altitude) {
+    session.waypoints.addWaypoint(lon, lat, time, altitude);
   });
-  waypointStore.loadWaypoints();
-  composeMapView();
+  session.waypoints.loadWaypoints();
+  MapPage& mapPage = pages.mapPage();
+  connectMapLayers(mapPage, session);
+  mapPage.compose();
 
+  if (onRunning) QTimer::singleShot(0, &window, [&] { onRunning(session, window); });
   const int status = QApplication::exec();
   (void)status;
 
   stopPortScanning();
   setFixObserver(FixObserver{});
-  trackExport.closeTrackFile();
-  activeTrack.closeTrackStore();
-  waypointStore.freeWaypoints();
-  waypointStore.setWaypointEditor(nullptr);
-  setWaypointDialog(nullptr);
-  mapPage().setTrackData(nullptr, nullptr);
-  setGaugeDialogRunner(nullptr);
-  removeGpsNotification();
-  shutdownPages();
-  removeMessageBox();
-  window.reset();
-  destroyDrawingObjects();
-  closeSettings();
+  session.trackExport.closeTrackFile();
+  session.track.closeTrackStore();
+  session.waypoints.freeWaypoints();
+  session.waypoints.setWaypointEditor(nullptr);
+  pages.shutdownPages();
+  session.messages.setSink(nullptr);
   return kExitNormal;
 }
 

@@ -20,25 +20,7 @@ namespace orvel {
 
 namespace {
 
-MessageSink previousSink;
-bool messageBoxInstalled = false;
-
-DialogRunner& dialogRunner() {
-  static DialogRunner runner;
-  return runner;
-}
-
-PopupRunner& popupRunner() {
-  static PopupRunner runner;
-  return runner;
-}
-
-FileChooser& fileChooser() {
-  static FileChooser chooser;
-  return chooser;
-}
-
-const QString kCaption = QString::fromUtf8(kMessageCaption.data(), qsizetype(kMessageCaption.size()));
+QString caption() { return QString::fromUtf8(kMessageCaption.data(), qsizetype(kMessageCaption.size())); }
 
 // Opens a link text when it is clicked; styles it when the dialog is set up.
 class HyperlinkHook : public QObject {
@@ -58,58 +40,33 @@ class HyperlinkHook : public QObject {
   }
 };
 
-// The link font: the dialog font underlined, made once and kept.
-const QFont& linkFont(const QFont& base) {
-  static const QFont font = [&base] {
-    QFont f = base;
-    f.setUnderline(true);
-    return f;
-  }();
+// The link font: the dialog font underlined.
+QFont linkFont(const QFont& base) {
+  QFont font = base;
+  font.setUnderline(true);
   return font;
 }
 
 }  // namespace
 
-void installMessageBox(QWidget* owner) {
-  MessageSink sink = [owner](const std::string& text) {
-    QMessageBox::critical(owner, kCaption, QString::fromStdString(text));
+MessageSink messageBoxSink(QWidget* owner) {
+  return [owner](const std::string& text) {
+    QMessageBox::critical(owner, caption(), QString::fromStdString(text));
   };
-  MessageSink old = setMessageSink(std::move(sink));
-  if (!messageBoxInstalled) previousSink = std::move(old);
-  messageBoxInstalled = true;
 }
 
-void removeMessageBox() {
-  if (!messageBoxInstalled) return;
-  setMessageSink(std::move(previousSink));
-  previousSink = nullptr;
-  messageBoxInstalled = false;
+int DialogRunners::runDialog(QDialog& shown) const {
+  if (dialog) return dialog(shown);
+  return shown.exec();
 }
 
-DialogRunner setDialogRunner(DialogRunner runner) {
-  return std::exchange(dialogRunner(), std::move(runner));
-}
-
-int runDialog(QDialog& dialog) {
-  if (dialogRunner()) return dialogRunner()(dialog);
-  return dialog.exec();
-}
-
-PopupRunner setPopupRunner(PopupRunner runner) {
-  return std::exchange(popupRunner(), std::move(runner));
-}
-
-QAction* runPopupMenu(QMenu& menu, const QPoint& globalPos) {
-  if (popupRunner()) return popupRunner()(menu, globalPos);
+QAction* DialogRunners::runPopupMenu(QMenu& menu, const QPoint& globalPos) const {
+  if (popup) return popup(menu, globalPos);
   return menu.exec(globalPos);
 }
 
-FileChooser setOpenFileChooser(FileChooser chooser) {
-  return std::exchange(fileChooser(), std::move(chooser));
-}
-
-QString chooseMapFile(QWidget* owner) {
-  if (fileChooser()) return fileChooser()(owner);
+QString DialogRunners::chooseMapFile(QWidget* owner) const {
+  if (mapFile) return mapFile(owner);
   // The patterns follow in a second pair of brackets that the dialog hides, so the user
   // reads the filter's own text while both extensions match.
   return QFileDialog::getOpenFileName(owner, QString(), QString(),
@@ -171,12 +128,12 @@ std::unique_ptr<QDialog> makeAboutDialog(QWidget* owner) {
   icon->setAlignment(Qt::AlignCenter);
   layout->addWidget(icon);
 
-  auto* caption = new QLabel(kCaption, dialog.get());
-  QFont bold = caption->font();
+  auto* title = new QLabel(caption(), dialog.get());
+  QFont bold = title->font();
   bold.setBold(true);
-  caption->setFont(bold);
-  caption->setAlignment(Qt::AlignCenter);
-  layout->addWidget(caption);
+  title->setFont(bold);
+  title->setAlignment(Qt::AlignCenter);
+  layout->addWidget(title);
 
   auto* group = new QFrame(dialog.get());
   group->setFrameShape(QFrame::Box);

@@ -1,11 +1,13 @@
 #pragma once
 // The program's message box, modal dialogs, pop-up menus, the wait cursor and hyperlink
-// texts. Dialogs and menus run through replaceable runners so that a test (or a headless
-// run) can answer them instead of a user.
+// texts. Dialogs and menus run through replaceable runners, kept by the main window, so that
+// a test (or a headless run) can answer them instead of a user.
 #include <functional>
 #include <memory>
 
 #include <QString>
+
+#include "core/message.h"
 
 class QAction;
 class QDialog;
@@ -15,26 +17,27 @@ class QWidget;
 
 namespace orvel {
 
-// Routes showMessage to a modal "ГИС Орвел" error box owned by `owner`.
-void installMessageBox(QWidget* owner);
-// Puts back the sink that was there before installMessageBox.
-void removeMessageBox();
+// A sink that shows each message in a modal "ГИС Орвел" error box owned by `owner`.
+MessageSink messageBoxSink(QWidget* owner);
 
 using DialogRunner = std::function<int(QDialog& dialog)>;
-// Replaces how modal dialogs run (default: exec); returns the previous runner.
-DialogRunner setDialogRunner(DialogRunner runner);
-// Runs the dialog modally and returns its end code.
-int runDialog(QDialog& dialog);
-
 using PopupRunner = std::function<QAction*(QMenu& menu, const QPoint& globalPos)>;
-PopupRunner setPopupRunner(PopupRunner runner);
-// Shows the menu at the screen point; returns the chosen action or null.
-QAction* runPopupMenu(QMenu& menu, const QPoint& globalPos);
-
 using FileChooser = std::function<QString(QWidget* owner)>;
-FileChooser setOpenFileChooser(FileChooser chooser);
-// The open-file dialog for maps ("Все форматы (*.orv,*.img)"); empty when cancelled.
-QString chooseMapFile(QWidget* owner);
+
+// How dialogs, pop-up menus and the open-file dialog run; each one left empty runs the
+// ordinary way, for a user.
+struct DialogRunners {
+  DialogRunner dialog;
+  PopupRunner popup;
+  FileChooser mapFile;
+
+  // Runs the dialog modally and returns its end code.
+  int runDialog(QDialog& dialog) const;
+  // Shows the menu at the screen point; returns the chosen action or null.
+  QAction* runPopupMenu(QMenu& menu, const QPoint& globalPos) const;
+  // The open-file dialog for maps ("Все форматы (*.orv,*.img)"); empty when cancelled.
+  QString chooseMapFile(QWidget* owner) const;
+};
 
 void showWaitCursor();
 void restoreArrowCursor();

@@ -21,12 +21,12 @@ namespace {
 constexpr int kStatusIconSize = 16;
 constexpr int kIconSizes[] = {16, 22, 24, 32, 48, 64};
 
-std::atomic<int> theState{static_cast<int>(GpsReception::NoConnection)};
+}  // namespace
 
 // The indicator's widgets and the one pending icon update. Lives on the window's thread.
 class Notification : public QObject {
  public:
-  explicit Notification(MainWindow& window) : window_(window) {
+  Notification(MainWindow& window, const std::atomic<int>& state) : window_(window), state_(state) {
     label_ = new QLabel(&window);
     label_->setObjectName(QStringLiteral("gpsReception"));
     label_->setToolTip(gpsNotificationTitle() + QStringLiteral("\n") + gpsNotificationText());
@@ -50,7 +50,7 @@ class Notification : public QObject {
   // Brings the icons in line with the state last set.
   void catchUp() {
     pending.store(false);
-    show(static_cast<GpsReception>(theState.load()));
+    show(static_cast<GpsReception>(state_.load()));
   }
 
   GpsReception shown() const { return shown_; }
@@ -76,23 +76,14 @@ class Notification : public QObject {
   }
 
   MainWindow& window_;
+  const std::atomic<int>& state_;
   // The window owns the label; it may be gone first when a window is torn down early.
   QPointer<QLabel> label_;
   std::unique_ptr<QSystemTrayIcon> tray_;
   GpsReception shown_ = GpsReception::NoConnection;
 };
 
-// Guards the pointer against a reading thread posting while exit removes the indicator.
-std::mutex theLock;
-Notification* theNotification = nullptr;
-
-void setState(GpsReception state) {
-  theState.store(static_cast<int>(state));
-  std::lock_guard lock(theLock);
-  if (!theNotification || theNotification->pending.exchange(true)) return;
-  Notification* target = theNotification;
-  QMetaObject::invokeMethod(target, [target] { target->catchUp(); }, Qt::QueuedConnection);
-}
+namespace {
 
 void drawSatellite(QPainter& p, const QColor& body) {
   p.save();
@@ -168,45 +159,35 @@ QIcon receptionIcon(GpsReception state) {
   return icon;
 }
 
-void createGpsNotification(MainWindow& window) {
-  removeGpsNotification();
-  writeSettingInt(kNotificationDurationSetting, 0);
-  writeSettingInt(kNotificationOptionsSetting, 0);
-  theState.store(static_cast<int>(GpsReception::NoConnection));
-  auto* notification = new Notification(window);
-  std::lock_guard lock(theLock);
-  theNotification = notification;
+GpsNotification::GpsNotification(MainWindow& window, Settings& settings)
+    : state_(static_cast<int>(GpsReception::NoConnection)) {
+  settings.writeSettingInt(kNotificationDurationSetting, 0);
+  settings.writeSettingInt(kNotificationOptionsSetting, 0);
+  icons_ = std::make_unique<Notification>(window, state_);
 }
 
-void removeGpsNotification() {
-  Notification* notification = nullptr;
-  {
-    std::lock_guard lock(theLock);
-    notification = std::exchange(theNotification, nullptr);
-  }
-  // Deleting the object also drops an update still queued for it.
-  delete notification;
+// Deleting the icons also drops an update still queued for them.
+GpsNotification::~GpsNotification() = default;
+
+void GpsNotification::setState(GpsReception state) {
+  state_.store(static_cast<int>(state));
+  if (icons_->pending.exchange(true)) return;
+  Notification* target = icons_.get();
+  QMetaObject::invokeMethod(target, [target] { target->catchUp(); }, Qt::QueuedConnection);
 }
 
-bool gpsNotificationExists() {
-  std::lock_guard lock(theLock);
-  return theNotification != nullptr;
-}
+void GpsNotification::showNoConnection() { setState(GpsReception::NoConnection); }
 
-void showNoConnection() { setState(GpsReception::NoConnection); }
-
-void showSatellites(uint32_t satellitesUsed) {
+void GpsNotification::showSatellites(uint32_t satellitesUsed) {
   setState(satellitesUsed > 0 ? GpsReception::Receiving : GpsReception::NoSatellites);
 }
 
-GpsReception gpsReception() { return static_cast<GpsReception>(theState.load()); }
+GpsReception GpsNotification::gpsReception() const { return static_cast<GpsReception>(state_.load()); }
 
-GpsReception shownReception() {
-  return theNotification ? theNotification->shown() : GpsReception::NoConnection;
-}
+GpsReception GpsNotification::shownReception() const { return icons_->shown(); }
 
-QLabel* receptionLabel() { return theNotification ? theNotification->label() : nullptr; }
+QLabel* GpsNotification::receptionLabel() const { return icons_->label(); }
 
-QSystemTrayIcon* receptionTrayIcon() { return theNotification ? theNotification->tray() : nullptr; }
+QSystemTrayIcon* GpsNotification::receptionTrayIcon() const { return icons_->tray(); }
 
 }  // namespace orvel

@@ -6,7 +6,10 @@
 //
 // The reading threads change the state through showNoConnection and showSatellites; the
 // icons follow on the user-interface thread, once per burst of changes.
+#include <atomic>
 #include <cstdint>
+#include <memory>
+#include <mutex>
 
 #include <QIcon>
 #include <QImage>
@@ -18,6 +21,8 @@ class QSystemTrayIcon;
 namespace orvel {
 
 class MainWindow;
+class Notification;
+class Settings;
 
 enum class GpsReception { NoConnection, NoSatellites, Receiving };
 
@@ -43,25 +48,35 @@ QString gpsNotificationText();   // the body's text, for the tray's balloon
 QImage drawReceptionIcon(GpsReception state, int size);
 QIcon receptionIcon(GpsReception state);
 
-// Puts the indicator into the window's status area (and the tray), in the no-connection
-// state, and writes the notification's settings. Called once at start-up.
-void createGpsNotification(MainWindow& window);
-// Takes the icons down again (exit). Nothing happens when none exists.
-void removeGpsNotification();
-bool gpsNotificationExists();
+class GpsNotification {
+ public:
+  // Puts the indicator into the window's status area (and the tray), in the no-connection
+  // state, and writes the notification's settings. Made once at start-up, on the window's
+  // thread; destroyed after the reading threads that report to it have stopped.
+  GpsNotification(MainWindow& window, Settings& settings);
+  ~GpsNotification();
+  GpsNotification(const GpsNotification&) = delete;
+  GpsNotification& operator=(const GpsNotification&) = delete;
 
-// Safe from any thread.
-void showNoConnection();
-// Receiving when `satellitesUsed` > 0, else connected without satellites.
-void showSatellites(uint32_t satellitesUsed);
+  // Safe from any thread.
+  void showNoConnection();
+  // Receiving when `satellitesUsed` > 0, else connected without satellites.
+  void showSatellites(uint32_t satellitesUsed);
 
-// The state last set (any thread).
-GpsReception gpsReception();
-// What the icons show now (they catch up with gpsReception when the window's thread runs).
-GpsReception shownReception();
-// The status-area icon and the tray icon (null when there is no tray or no notification).
-// These three are for the window's thread.
-QLabel* receptionLabel();
-QSystemTrayIcon* receptionTrayIcon();
+  // The state last set (any thread).
+  GpsReception gpsReception() const;
+  // What the icons show now (they catch up with gpsReception when the window's thread runs).
+  GpsReception shownReception() const;
+  // The status-area icon and the tray icon (null when there is no tray). For the window's
+  // thread.
+  QLabel* receptionLabel() const;
+  QSystemTrayIcon* receptionTrayIcon() const;
+
+ private:
+  void setState(GpsReception state);
+
+  std::atomic<int> state_;
+  std::unique_ptr<Notification> icons_;
+};
 
 }  // namespace orvel

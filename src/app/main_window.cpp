@@ -14,21 +14,16 @@
 #include <QStatusBar>
 #include <QTimer>
 
-#include "app/dialogs.h"
-#include "app/page_framework.h"
 #include "app/program_icon.h"
+#include "app/session.h"
+#include "geo/units.h"
 #include "gps/gps_state.h"
-#include "map/map_file.h"
 #include "pages/commands.h"
 #include "pages/map_page.h"
-#include "pages/page_host.h"
-#include "view/map_view.h"
 
 namespace orvel {
 
 namespace {
-
-MainWindow* theWindow = nullptr;
 
 // The client area: hands every event to the window, which hands it to the page.
 class ClientArea : public QWidget {
@@ -61,8 +56,6 @@ class ClientArea : public QWidget {
 
 }  // namespace
 
-MainWindow* mainWindow() { return theWindow; }
-
 int virtualKeyFor(int qtKey) {
   switch (qtKey) {
     case Qt::Key_Left: return kKeyLeft;
@@ -76,8 +69,9 @@ int virtualKeyFor(int qtKey) {
   }
 }
 
-MainWindow::MainWindow() {
-  theWindow = this;
+MainWindow::MainWindow(Session& session)
+    : session_(session),
+      pages_(PageContext{*this, session.settings, session.messages, session.drawing, session.styles}, session) {
   setWindowTitle(QStringLiteral("Orvel"));
   setWindowIcon(QIcon(QPixmap::fromImage(programIcon(64))));
   client_ = new ClientArea(this);
@@ -96,24 +90,26 @@ MainWindow::MainWindow() {
 
   buildMenuBar();
 
-  PageHost host;
-  host.invalidate = [this] { client_->repaint(); };
-  host.clientWidth = [this] { return clientWidth_; };
-  host.clientHeight = [this] { return clientHeight_; };
-  host.setTimer = [this](int id, int ms) { startPageTimer(id, ms); };
-  host.killTimer = [this](int id) { stopPageTimer(id); };
-  host.capturePointer = [this](bool captured) {
-    if (captured) client_->grabMouse(); else client_->releaseMouse();
-  };
-  host.showPopupMenu = [this](int menuId, int x, int y) { showPopupMenu(menuId, x, y); };
-  setPageHost(std::move(host));
   setGpsMessagePoster([this](int message) { postGpsMessage(message); });
 }
 
 MainWindow::~MainWindow() {
   setGpsMessagePoster(nullptr);
-  setPageHost(PageHost{});
-  if (theWindow == this) theWindow = nullptr;
+  pages_.shutdownPages();
+}
+
+void MainWindow::invalidateMainWindow() { client_->repaint(); }
+
+void MainWindow::capturePointer(bool captured) {
+  if (captured) {
+    client_->grabMouse();
+  } else {
+    client_->releaseMouse();
+  }
+}
+
+void MainWindow::openWaypointDialog(float lon, float lat, double time, float altitude) {
+  if (waypointDialog_) waypointDialog_(lon, lat, time, altitude);
 }
 
 QAction* MainWindow::commandAction(int commandId) const {
@@ -132,7 +128,7 @@ void MainWindow::onCommand(int commandId) {
       return;
     case kCmdAbout: {
       std::unique_ptr<QDialog> about = makeAboutDialog(this);
-      runDialog(*about);
+      dialogs_.runDialog(*about);
       return;
     }
     case kCmdSavePoint:
@@ -148,10 +144,10 @@ void MainWindow::onCommand(int commandId) {
       break;
   }
   if (commandId >= kCmdFirstPage && commandId <= kCmdLastPage) {
-    selectPage(static_cast<uint32_t>(commandId - kCmdFirstPage));
+    pages_.selectPage(static_cast<uint32_t>(commandId - kCmdFirstPage));
     return;
   }
-  if (pagesReady()) currentPage().onCommand(commandId);
+  if (pages_.pagesReady()) pages_.currentPage().onCommand(commandId);
 }
 
 void MainWindow::savePointAtCentre() {
@@ -159,21 +155,21 @@ void MainWindow::savePointAtCentre() {
   const GpsFix fix = currentFix();
   const double time = (fix.flags & kFixTime) ? fix.time : 0.0;
   const float altitude = (fix.flags & kFixAltitude) ? fix.altitude : 0.0f;
-  const MapPoint centre = mapView().centre();
+  const MapPoint centre = session_.view.centre();
   openWaypointDialog(mapUnitsToDegrees(centre.x), mapUnitsToDegrees(centre.y), time, altitude);
-  composeMapView();
+  pages_.mapPage().compose();
 }
 
 void MainWindow::openMapFromDialog() {
-  const QString path = chooseMapFile(this);
+  const QString path = dialogs_.chooseMapFile(this);
   if (path.isEmpty()) return;
   openMap(path);
 }
 
 void MainWindow::openMap(const QString& path) {
   showWaitCursor();
-  openMapFile(std::filesystem::path(path.toStdString()), mapView());
-  composeMapView();
+  session_.map.openMapFile(std::filesystem::path(path.toStdString()), session_.view);
+  pages_.mapPage().compose();
   restoreArrowCursor();
 }
 
@@ -197,8 +193,8 @@ void MainWindow::postGpsMessage(int message) {
 void MainWindow::handleGpsMessage(int message) {
   // The page first, then the latch: a change that arrives while the page is busy with the
   // previous one is picked up by this handling and posts nothing new.
-  if (pagesReady()) {
-    Page& page = currentPage();
+  if (pages_.pagesReady()) {
+    Page& page = pages_.currentPage();
     if (message == kMsgStatusChanged) page.onStatusChanged();
     if (message == kMsgFixChanged) page.onFixChanged();
     if (message == kMsgSatellitesChanged) page.onSatellitesChanged();
@@ -232,16 +228,16 @@ QTimer* MainWindow::pageTimer(int timerId) const {
 }
 
 void MainWindow::deliverTimer(int timerId) {
-  if (pagesReady()) currentPage().onTimer(timerId);
+  if (pages_.pagesReady()) pages_.currentPage().onTimer(timerId);
 }
 
 void MainWindow::clientPaint() {
   QPainter painter(client_);
-  if (!pagesReady()) {
+  if (!pages_.pagesReady()) {
     painter.fillRect(client_->rect(), Qt::white);
     return;
   }
-  Page& page = currentPage();
+  Page& page = pages_.currentPage();
   if (!page.usesBackBuffer()) {
     page.paint(painter);
     return;
@@ -257,18 +253,18 @@ void MainWindow::clientPaint() {
 void MainWindow::clientResized() {
   clientWidth_ = client_->width();
   clientHeight_ = client_->height();
-  mapView().setScreenSize(clientWidth_, clientHeight_);
+  session_.view.setScreenSize(clientWidth_, clientHeight_);
   if (backBuffer_.width() != clientWidth_ || backBuffer_.height() != clientHeight_) {
     backBuffer_ = QImage(std::max(clientWidth_, 1), std::max(clientHeight_, 1), QImage::Format_RGB32);
     backBuffer_.fill(Qt::white);
   }
-  if (pagesReady()) currentPage().onSize();
+  if (pages_.pagesReady()) pages_.currentPage().onSize();
 }
 
 void MainWindow::penPress(Qt::MouseButton button, QPoint at) {
-  if (!pagesReady()) return;
+  if (!pages_.pagesReady()) return;
   if (button == Qt::RightButton) {
-    currentPage().onContextMenu(at.x(), at.y());
+    pages_.currentPage().onContextMenu(at.x(), at.y());
     return;
   }
   if (button != Qt::LeftButton) return;
@@ -283,11 +279,11 @@ void MainWindow::completeHold() {
   holdTimer_->stop();
   holdPending_ = false;
   swallowUntilRelease_ = true;  // the rest of this press belongs to the gesture
-  if (pagesReady()) currentPage().onContextMenu(holdPoint_.x(), holdPoint_.y());
+  if (pages_.pagesReady()) pages_.currentPage().onContextMenu(holdPoint_.x(), holdPoint_.y());
 }
 
 void MainWindow::penMove(QPoint at) {
-  if (!pagesReady() || swallowUntilRelease_) return;
+  if (!pages_.pagesReady() || swallowUntilRelease_) return;
   if (holdPending_) {
     if (std::abs(at.x() - holdPoint_.x()) < kTapAndHoldSlop &&
         std::abs(at.y() - holdPoint_.y()) < kTapAndHoldSlop) {
@@ -296,13 +292,13 @@ void MainWindow::penMove(QPoint at) {
     // Moved: not a tap-and-hold but a pen that went down where the press began.
     holdTimer_->stop();
     holdPending_ = false;
-    currentPage().onPenDown(holdPoint_.x(), holdPoint_.y());
+    pages_.currentPage().onPenDown(holdPoint_.x(), holdPoint_.y());
   }
-  currentPage().onPenMove(at.x(), at.y());
+  pages_.currentPage().onPenMove(at.x(), at.y());
 }
 
 void MainWindow::penRelease(Qt::MouseButton button, QPoint at) {
-  if (button != Qt::LeftButton || !pagesReady()) return;
+  if (button != Qt::LeftButton || !pages_.pagesReady()) return;
   if (swallowUntilRelease_) {
     swallowUntilRelease_ = false;
     return;
@@ -310,31 +306,31 @@ void MainWindow::penRelease(Qt::MouseButton button, QPoint at) {
   if (holdPending_) {
     holdTimer_->stop();
     holdPending_ = false;
-    currentPage().onPenDown(holdPoint_.x(), holdPoint_.y());
+    pages_.currentPage().onPenDown(holdPoint_.x(), holdPoint_.y());
   }
-  currentPage().onPenUp(at.x(), at.y());
+  pages_.currentPage().onPenUp(at.x(), at.y());
 }
 
 bool MainWindow::keyDown(int qtKey, bool autoRepeat) {
-  if (!pagesReady()) return false;
+  if (!pages_.pagesReady()) return false;
   const int key = virtualKeyFor(qtKey);
   // A held action key must not restart its own hold.
   if (autoRepeat && key == kKeyAction) return true;
   if (key == kKeyRight) {
-    nextPage();
+    pages_.nextPage();
     return true;
   }
   if (key == kKeyLeft) {
-    previousPage();
+    pages_.previousPage();
     return true;
   }
-  return currentPage().onKeyDown(key);
+  return pages_.currentPage().onKeyDown(key);
 }
 
 bool MainWindow::keyUp(int qtKey, bool autoRepeat) {
   // Qt reports a held key as repeated release and press pairs; only the last one counts.
-  if (autoRepeat || !pagesReady()) return autoRepeat;
-  return currentPage().onKeyUp(virtualKeyFor(qtKey));
+  if (autoRepeat || !pages_.pagesReady()) return autoRepeat;
+  return pages_.currentPage().onKeyUp(virtualKeyFor(qtKey));
 }
 
 }  // namespace orvel

@@ -1,13 +1,18 @@
 #pragma once
-#include <functional>
 // The main window: one client area with its back buffer, the menu bar, one command
-// dispatch, and the translation of Qt's events into the operations of the current page.
+// dispatch, and the translation of Qt's events into the operations of the current page. It
+// is the pages' host, and it owns the pages and the runners of its dialogs.
+#include <functional>
 #include <map>
 #include <string>
 
 #include <QImage>
 #include <QMainWindow>
 #include <QPoint>
+
+#include "app/dialogs.h"
+#include "app/page_framework.h"
+#include "pages/page_host.h"
 
 class QAction;
 class QActionGroup;
@@ -17,19 +22,38 @@ class QTimer;
 
 namespace orvel {
 
+class Session;
+
 // How long a press must be held without moving to count as tap-and-hold.
 inline constexpr int kTapAndHoldMs = 600;
 // A press that moves less than this (pixels, either axis) is still held.
 inline constexpr int kTapAndHoldSlop = 4;
 
-class MainWindow : public QMainWindow {
+class MainWindow : public QMainWindow, public PageHost {
  public:
-  MainWindow();
+  explicit MainWindow(Session& session);
   ~MainWindow() override;
 
+  Session& session() const { return session_; }
+  PageSet& pages() { return pages_; }
+  DialogRunners& dialogs() { return dialogs_; }
+
+  // The page host.
+  void invalidateMainWindow() override;
+  int clientWidth() const override { return clientWidth_; }
+  int clientHeight() const override { return clientHeight_; }
+  void setPageTimer(int timerId, int periodMs) override { startPageTimer(timerId, periodMs); }
+  void killPageTimer(int timerId) override { stopPageTimer(timerId); }
+  void capturePointer(bool captured) override;
+  void showPopupMenu(int menuId, int x, int y) override;
+  int runDialog(QDialog& dialog) override { return dialogs_.runDialog(dialog); }
+  void openWaypointDialog(float lon, float lat, double time, float altitude) override;
+
+  // What a new waypoint opens (the waypoint dialog); the program sets it at start-up.
+  using WaypointDialog = std::function<void(float lon, float lat, double time, float altitude)>;
+  void setWaypointDialog(WaypointDialog dialog) { waypointDialog_ = std::move(dialog); }
+
   QWidget* clientArea() const { return client_; }
-  int clientWidth() const { return clientWidth_; }
-  int clientHeight() const { return clientHeight_; }
   const QImage& backBuffer() const { return backBuffer_; }
   QLabel* statusLabel() const { return statusLabel_; }
 
@@ -62,9 +86,6 @@ class MainWindow : public QMainWindow {
   bool holdPending() const { return holdPending_; }
   void completeHold();
 
-  // Pop-up menus 111 and 125 at a client point.
-  void showPopupMenu(int menuId, int x, int y);
-
   // Opens a map with the wait cursor and composes the view.
   void openMap(const QString& path);
   // Brings the window to the front (another start asked for it).
@@ -86,6 +107,10 @@ class MainWindow : public QMainWindow {
   void closeEvent(QCloseEvent* event) override;
 
  private:
+  Session& session_;
+  DialogRunners dialogs_;
+  PageSet pages_;
+  WaypointDialog waypointDialog_;
   std::function<void()> optionsHandler_;
   void buildMenuBar();
   void addCommand(QMenu* menu, const QString& text, int commandId);
@@ -111,8 +136,5 @@ class MainWindow : public QMainWindow {
 
 // Maps a Qt key to the virtual key code pages see (arrows, the action key).
 int virtualKeyFor(int qtKey);
-
-// The window that start-up made, or null.
-MainWindow* mainWindow();
 
 }  // namespace orvel

@@ -95,7 +95,7 @@ void MainWindow::showPopupMenu(int menuId, int x, int y) {
   QMenu menu(this);
   if (!fillPopupMenu(menu, menuId)) return;
   // The choice arrives later as a command, as a menu item's always does.
-  if (QAction* chosen = runPopupMenu(menu, clientArea()->mapToGlobal(QPoint(x, y)))) {
+  if (QAction* chosen = dialogs_.runPopupMenu(menu, clientArea()->mapToGlobal(QPoint(x, y)))) {
     postCommand(chosen->data().toInt());
   }
 }

@@ -7,8 +7,6 @@
 namespace orvel {
 namespace {
 
-uint32_t gNotation = static_cast<uint32_t>(CoordNotation::DegreesMinutes);
-
 // The formats below are UTF-8; their only non-ASCII character is the degree sign.
 std::u16string fromUtf8(const char* text) {
   std::u16string out;
@@ -34,16 +32,12 @@ const char16_t* skipWhite(const char16_t* p, const char16_t* end) {
 
 }  // namespace
 
-uint32_t coordinateNotation() { return gNotation; }
-
-void setCoordinateNotation(uint32_t notation) { gNotation = notation; }
-
-std::u16string formatLatitude(float degrees) {
-  return formatCoordinate(degrees, u'N', u'S', gNotation);
+std::u16string formatLatitude(float degrees, uint32_t notation) {
+  return formatCoordinate(degrees, u'N', u'S', notation);
 }
 
-std::u16string formatLongitude(float degrees) {
-  return formatCoordinate(degrees, u'E', u'W', gNotation);
+std::u16string formatLongitude(float degrees, uint32_t notation) {
+  return formatCoordinate(degrees, u'E', u'W', notation);
 }
 
 // Minutes and seconds are left to printf's rounding and never carried: 59.9999 minutes prints

@@ -13,12 +13,11 @@ enum class CoordNotation : uint32_t {
   DegreesMinutesSeconds = 3,  // N55°45'21.0"
 };
 
-// The program-wide notation, initially DegreesMinutes.
-uint32_t coordinateNotation();
-void setCoordinateNotation(uint32_t notation);
+// The notation the program shows coordinates in.
+inline constexpr uint32_t kShownNotation = static_cast<uint32_t>(CoordNotation::DegreesMinutes);
 
-std::u16string formatLatitude(float degrees);
-std::u16string formatLongitude(float degrees);
+std::u16string formatLatitude(float degrees, uint32_t notation = kShownNotation);
+std::u16string formatLongitude(float degrees, uint32_t notation = kShownNotation);
 std::u16string formatCoordinate(float degrees, char16_t positive, char16_t negative, uint32_t notation);
 
 // Reads a number at [begin, end); on success *after points behind its last digit.

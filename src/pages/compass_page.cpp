@@ -34,8 +34,8 @@ CompassLayout compassLayout(int width, int height) {
 }
 
 void CompassPage::paint(QPainter& painter) {
-  const int width = clientWidth();
-  const int height = clientHeight();
+  const int width = context_.host.clientWidth();
+  const int height = context_.host.clientHeight();
   const CompassLayout layout = compassLayout(width, height);
   const int cx = layout.cx;
   const int cy = layout.cy;
@@ -59,15 +59,11 @@ void CompassPage::paint(QPainter& painter) {
     painter.drawLine(cx + roundHalfUp(static_cast<float>(r - 5) * c), cy + roundHalfUp(static_cast<float>(r - 5) * s),
                      cx + roundHalfUp(static_cast<float>(r) * c), cy + roundHalfUp(static_cast<float>(r) * s));
   }
-  if (hasCourse) drawNorthArrow(painter, cx, cy, r - 5, r / 5, foldRadians(-course * kPi / 180.0f));
+  if (hasCourse) drawNorthArrow(painter, context_.drawing, cx, cy, r - 5, r / 5, foldRadians(-course * kPi / 180.0f));
   painter.restore();
 }
 
-void CompassPage::onFixChanged() { invalidateMainWindow(); }
+void CompassPage::onFixChanged() { context_.host.invalidateMainWindow(); }
 
-CompassPage& compassPage() {
-  static CompassPage page;
-  return page;
-}
 
 }  // namespace orvel

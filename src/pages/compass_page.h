@@ -2,6 +2,7 @@
 // The compass page: a dial with a tick every ten degrees, turned by the course, and the
 // course arrow while the fix carries one. Defined but not listed in the page menu.
 #include "pages/page.h"
+#include "pages/page_context.h"
 
 namespace orvel {
 
@@ -16,11 +17,15 @@ CompassLayout compassLayout(int width, int height);
 
 class CompassPage : public Page {
  public:
+  explicit CompassPage(const PageContext& context) : context_(context) {}
+
   std::u16string getTitle() const override { return u"Компас"; }
   void paint(QPainter& painter) override;
   void onFixChanged() override;
+
+ private:
+  PageContext context_;
 };
 
-CompassPage& compassPage();
 
 }  // namespace orvel

@@ -1,42 +1,27 @@
 #include "pages/gauge.h"
 
-#include "pages/gauge_types.h"
-
 namespace orvel {
 
-namespace {
-
-// Constant-initialised, so registrations made by other files' static initialisers find it
-// ready whatever order those run in.
-GaugeRegistration* listHead = nullptr;
-
-}  // namespace
-
-void registerGauge(GaugeRegistration& registration, std::unique_ptr<Gauge> gauge,
-                   std::u16string_view key, std::u16string_view title) {
-  registration.gauge = std::move(gauge);
-  registration.key = std::u16string(key);
-  registration.title = std::u16string(title);
-  registration.next = listHead;
-  listHead = &registration;
+void GaugeRegistry::registerGauge(std::unique_ptr<Gauge> gauge, std::u16string_view key,
+                                  std::u16string_view title) {
+  auto entry = std::make_unique<GaugeRegistration>();
+  entry->gauge = std::move(gauge);
+  entry->key = std::u16string(key);
+  entry->title = std::u16string(title);
+  entry->next = head_;
+  head_ = entry.get();
+  entries_.push_back(std::move(entry));
 }
 
-GaugeRegistration* gaugeList() {
-  // The gauge types register from their own file; naming it here keeps the linker from
-  // leaving it out of a program that only reads the list.
-  linkGaugeTypes();
-  return listHead;
-}
-
-GaugeRegistration* findGauge(std::u16string_view key) {
-  for (GaugeRegistration* entry = gaugeList(); entry != nullptr; entry = entry->next) {
+GaugeRegistration* GaugeRegistry::findGauge(std::u16string_view key) const {
+  for (GaugeRegistration* entry = head_; entry != nullptr; entry = entry->next) {
     if (entry->key == key) return entry;
   }
   return nullptr;
 }
 
-void updateAllGauges(const GpsFix& fix) {
-  for (GaugeRegistration* entry = gaugeList(); entry != nullptr; entry = entry->next) {
+void GaugeRegistry::updateAllGauges(const GpsFix& fix) {
+  for (GaugeRegistration* entry = head_; entry != nullptr; entry = entry->next) {
     if (entry->gauge) entry->gauge->update(fix);
   }
 }

@@ -1,10 +1,12 @@
 #pragma once
 // One gauge type: a readout of the current fix that the gauges page shows in a cell. There is
-// one object per type; the types register themselves in one list before main() runs.
+// one object per type, kept in the gauge registry of the page that shows them.
 #include <cstddef>
+#include <filesystem>
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include "gps/gps_fix.h"
 
@@ -29,16 +31,26 @@ struct GaugeRegistration {
   GaugeRegistration* next = nullptr;
 };
 
-// Fills `registration` and puts it at the head of the list, so the list runs in reverse
-// order of registration. `registration` must live as long as the program.
-void registerGauge(GaugeRegistration& registration, std::unique_ptr<Gauge> gauge,
-                   std::u16string_view key, std::u16string_view title);
-// The head of the list (the type registered last).
-GaugeRegistration* gaugeList();
-// The first registration whose key equals `key` exactly; null if none.
-GaugeRegistration* findGauge(std::u16string_view key);
+// Every gauge type, made with their registry (see gauge_types.h for the fifteen).
+class GaugeRegistry {
+ public:
+  GaugeRegistry() = default;
+  GaugeRegistry(const GaugeRegistry&) = delete;
+  GaugeRegistry& operator=(const GaugeRegistry&) = delete;
 
-// Called on every fix: updates every registered gauge, shown or not, in list order.
-void updateAllGauges(const GpsFix& fix);
+  // Puts a new registration at the head of the list, so the list runs in reverse order of
+  // registration.
+  void registerGauge(std::unique_ptr<Gauge> gauge, std::u16string_view key, std::u16string_view title);
+  // The head of the list (the type registered last).
+  GaugeRegistration* gaugeList() const { return head_; }
+  // The first registration whose key equals `key` exactly; null if none.
+  GaugeRegistration* findGauge(std::u16string_view key) const;
+  // Called on every fix: updates every registered gauge, shown or not, in list order.
+  void updateAllGauges(const GpsFix& fix);
+
+ private:
+  std::vector<std::unique_ptr<GaugeRegistration>> entries_;
+  GaugeRegistration* head_ = nullptr;
+};
 
 }  // namespace orvel

@@ -10,22 +10,16 @@
 #include <QVBoxLayout>
 
 #include "pages/gauges_page.h"
-#include "pages/gauge_settings.h"
 
 namespace orvel {
 
 namespace {
 
-GaugeDialogRunner& dialogRunner() {
-  static GaugeDialogRunner runner;
-  return runner;
-}
-
 QString fromU16(const std::u16string& text) { return QString::fromStdU16String(text); }
 
 }  // namespace
 
-std::unique_ptr<QDialog> makeGaugeChoiceDialog(int cell, QWidget* owner) {
+std::unique_ptr<QDialog> makeGaugeChoiceDialog(GaugesPage& page, int cell, QWidget* owner) {
   auto dialog = std::make_unique<QDialog>(owner);
   dialog->setObjectName(QStringLiteral("dialog126"));
   dialog->setWindowTitle(QStringLiteral("Датчик"));
@@ -39,8 +33,8 @@ std::unique_ptr<QDialog> makeGaugeChoiceDialog(int cell, QWidget* owner) {
   list->setSelectionBehavior(QAbstractItemView::SelectRows);
   list->setSelectionMode(QAbstractItemView::SingleSelection);
 
-  const GaugeRegistration* current = gaugesPage().cell(cell);
-  for (const GaugeRegistration* entry = gaugeList(); entry != nullptr; entry = entry->next) {
+  const GaugeRegistration* current = page.cell(cell);
+  for (const GaugeRegistration* entry = page.gauges().gaugeList(); entry != nullptr; entry = entry->next) {
     auto* row = new QTreeWidgetItem(list, {fromU16(entry->title)});
     row->setData(0, Qt::UserRole, fromU16(entry->key));
     if (current != nullptr && entry->key == current->key) {
@@ -58,12 +52,11 @@ std::unique_ptr<QDialog> makeGaugeChoiceDialog(int cell, QWidget* owner) {
   layout->addWidget(buttons);
 
   QDialog* raw = dialog.get();
-  QObject::connect(buttons, &QDialogButtonBox::accepted, raw, [raw, list, cell] {
+  QObject::connect(buttons, &QDialogButtonBox::accepted, raw, [raw, list, cell, &page] {
     const QList<QTreeWidgetItem*> selected = list->selectedItems();
     if (!selected.isEmpty()) {
       const std::u16string key = selected.front()->data(0, Qt::UserRole).toString().toStdU16String();
-      gaugesPage().setCell(cell, findGauge(key));
-      writeGaugeSetting(cell, key);
+      page.chooseGauge(cell, key);
     }
     raw->done(1);
   });
@@ -73,15 +66,6 @@ std::unique_ptr<QDialog> makeGaugeChoiceDialog(int cell, QWidget* owner) {
 
 QTreeWidget* gaugeChoiceList(QDialog& dialog) {
   return dialog.findChild<QTreeWidget*>(QStringLiteral("1008"));
-}
-
-GaugeDialogRunner setGaugeDialogRunner(GaugeDialogRunner runner) {
-  return std::exchange(dialogRunner(), std::move(runner));
-}
-
-int runGaugeDialog(QDialog& dialog) {
-  if (dialogRunner()) return dialogRunner()(dialog);
-  return dialog.exec();
 }
 
 }  // namespace orvel

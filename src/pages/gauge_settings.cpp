@@ -17,12 +17,14 @@ std::string settingName(int cell) {
 
 }  // namespace
 
-std::u16string readGaugeSetting(int cell) {
+std::u16string readGaugeSetting(const Settings& settings, int cell) {
   const std::u16string_view fallback =
       cell >= 0 && cell < kGaugeCellCount ? kDefaultGaugeKeys[static_cast<size_t>(cell)] : u"";
-  return readSettingString(settingName(cell), fallback, kGaugeKeyCapacity);
+  return settings.readSettingString(settingName(cell), fallback, kGaugeKeyCapacity);
 }
 
-void writeGaugeSetting(int cell, std::u16string_view key) { writeSettingString(settingName(cell), key); }
+void writeGaugeSetting(Settings& settings, int cell, std::u16string_view key) {
+  settings.writeSettingString(settingName(cell), key);
+}
 
 }  // namespace orvel

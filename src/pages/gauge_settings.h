@@ -5,10 +5,12 @@
 
 namespace orvel {
 
+class Settings;
+
 inline constexpr size_t kGaugeKeyCapacity = 32;
 
 // The stored key of `cell`, or its default when none is stored.
-std::u16string readGaugeSetting(int cell);
-void writeGaugeSetting(int cell, std::u16string_view key);
+std::u16string readGaugeSetting(const Settings& settings, int cell);
+void writeGaugeSetting(Settings& settings, int cell, std::u16string_view key);
 
 }  // namespace orvel

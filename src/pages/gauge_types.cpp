@@ -89,8 +89,12 @@ std::unique_ptr<Gauge> realGauge(uint32_t bit, float GpsFix::*field, const char*
 
 class BatteryGauge : public Gauge {
  public:
+  explicit BatteryGauge(std::filesystem::path supplies) : supplies_(std::move(supplies)) {}
   void update(const GpsFix&) override {}
-  std::u16string format() const override { return formatBatteryState(); }
+  std::u16string format() const override { return formatBatteryState(supplies_); }
+
+ private:
+  std::filesystem::path supplies_;
 };
 
 class GpsTimeGauge : public Gauge {
@@ -107,41 +111,6 @@ class GpsTimeGauge : public Gauge {
   bool valid_ = false;
   double time_ = 0.0;
 };
-
-// Registrations, in this order; the list they build runs from the last to the first.
-struct GaugeTypeRegistrations {
-  GaugeRegistration entries[15];
-
-  GaugeTypeRegistrations() {
-    int i = 0;
-    auto add = [this, &i](std::unique_ptr<Gauge> gauge, std::u16string_view key,
-                          std::u16string_view title) {
-      registerGauge(entries[i++], std::move(gauge), key, title);
-    };
-    add(realGauge(kFixCourse, &GpsFix::course, "%.1f°"), u"azimuth", u"Азимут");
-    add(realGauge(kFixAltitude, &GpsFix::altitude, "%.1f м"), u"elev", u"Высота");
-    add(realGauge(kFixVerticalError, &GpsFix::verticalError, "%.1f м"), u"elevprec", u"Ошибка высоты");
-    add(realGauge(kFixGeoidSeparation, &GpsFix::geoidSeparation, "%.1f м"), u"geoid", u"Высота геоида");
-    add(realGauge(kFixHdop, &GpsFix::hdop, "%.1f"), u"hdop", u"HDOP");
-    add(std::make_unique<CoordinateGauge>(true), u"y", u"Широта");
-    add(std::make_unique<CoordinateGauge>(false), u"x", u"Долгота");
-    add(std::make_unique<BatteryGauge>(), u"power", u"Аккумулятор");
-    add(realGauge(kFixHorizontalError, &GpsFix::horizontalError, "%.1f м"), u"xyprec", u"Ошибка");
-    add(std::make_unique<SatellitesUsedGauge>(), u"satellites", u"Исп. спутников");
-    add(realGauge(kFixSpeed, &GpsFix::speed, "%.1f км/ч"), u"speed", u"Скорость");
-    add(std::make_unique<GpsTimeGauge>(), u"time", u"Время по GPS");
-    add(realGauge(kFixMagneticVariation, &GpsFix::magneticVariation, "%.1f°"), u"magvar", u"Магн. склонение");
-    add(realGauge(kFixVdop, &GpsFix::vdop, "%.1f"), u"vdop", u"VDOP");
-    add(realGauge(kFixVerticalSpeed, &GpsFix::verticalSpeed, "%.1f м/с"), u"vspeed", u"Верт. скорость");
-  }
-};
-
-GaugeTypeRegistrations gaugeTypes;
-
-std::filesystem::path& powerSupplyRoot() {
-  static std::filesystem::path root = "/sys/class/power_supply";
-  return root;
-}
 
 // The first line of a sysfs attribute, without its line end; empty when unreadable.
 std::string readAttribute(const std::filesystem::path& file) {
@@ -169,15 +138,31 @@ QString timeFormatWithoutZone() {
 
 }  // namespace
 
-void linkGaugeTypes() {}
-
-std::filesystem::path setPowerSupplyRoot(std::filesystem::path root) {
-  return std::exchange(powerSupplyRoot(), std::move(root));
+// Registrations, in this order; the list they build runs from the last to the first.
+void registerGaugeTypes(GaugeRegistry& registry, std::filesystem::path powerSupplies) {
+  const auto add = [&registry](std::unique_ptr<Gauge> gauge, std::u16string_view key, std::u16string_view title) {
+    registry.registerGauge(std::move(gauge), key, title);
+  };
+  add(realGauge(kFixCourse, &GpsFix::course, "%.1f°"), u"azimuth", u"Азимут");
+  add(realGauge(kFixAltitude, &GpsFix::altitude, "%.1f м"), u"elev", u"Высота");
+  add(realGauge(kFixVerticalError, &GpsFix::verticalError, "%.1f м"), u"elevprec", u"Ошибка высоты");
+  add(realGauge(kFixGeoidSeparation, &GpsFix::geoidSeparation, "%.1f м"), u"geoid", u"Высота геоида");
+  add(realGauge(kFixHdop, &GpsFix::hdop, "%.1f"), u"hdop", u"HDOP");
+  add(std::make_unique<CoordinateGauge>(true), u"y", u"Широта");
+  add(std::make_unique<CoordinateGauge>(false), u"x", u"Долгота");
+  add(std::make_unique<BatteryGauge>(std::move(powerSupplies)), u"power", u"Аккумулятор");
+  add(realGauge(kFixHorizontalError, &GpsFix::horizontalError, "%.1f м"), u"xyprec", u"Ошибка");
+  add(std::make_unique<SatellitesUsedGauge>(), u"satellites", u"Исп. спутников");
+  add(realGauge(kFixSpeed, &GpsFix::speed, "%.1f км/ч"), u"speed", u"Скорость");
+  add(std::make_unique<GpsTimeGauge>(), u"time", u"Время по GPS");
+  add(realGauge(kFixMagneticVariation, &GpsFix::magneticVariation, "%.1f°"), u"magvar", u"Магн. склонение");
+  add(realGauge(kFixVdop, &GpsFix::vdop, "%.1f"), u"vdop", u"VDOP");
+  add(realGauge(kFixVerticalSpeed, &GpsFix::verticalSpeed, "%.1f м/с"), u"vspeed", u"Верт. скорость");
 }
 
-std::u16string formatBatteryState() {
+std::u16string formatBatteryState(const std::filesystem::path& powerSupplies) {
   std::error_code error;
-  std::filesystem::directory_iterator supplies(powerSupplyRoot(), error);
+  std::filesystem::directory_iterator supplies(powerSupplies, error);
   if (error) return u"-";
   bool externalPower = false;
   int capacity = -1;

@@ -7,16 +7,18 @@
 
 namespace orvel {
 
-// Does nothing; referring to it links the gauge types (and their registrations) in.
-void linkGaugeTypes();
+class GaugeRegistry;
 
-// Where the power supplies are listed (default /sys/class/power_supply). Returns the
-// previous folder. Tests point it at a folder of their own.
-std::filesystem::path setPowerSupplyRoot(std::filesystem::path root);
+// Where the power supplies are listed.
+inline constexpr char kPowerSupplyRoot[] = "/sys/class/power_supply";
+
+// Registers the fifteen types; the battery gauge reads the supplies below `powerSupplies`
+// (tests point it at a folder of their own).
+void registerGaugeTypes(GaugeRegistry& registry, std::filesystem::path powerSupplies = kPowerSupplyRoot);
 
 // The battery gauge's text: "Зарядка" on external power, "<n> %" for a known charge, "-"
 // when the supplies cannot be read or the charge is unknown.
-std::u16string formatBatteryState();
+std::u16string formatBatteryState(const std::filesystem::path& powerSupplies);
 
 // A UTC automation date as the time of day in the C library's local time zone, in the
 // system locale's time format; "-" for a date that names no time.

@@ -5,6 +5,7 @@
 #include <QDialog>
 #include <QPainter>
 
+#include "core/settings.h"
 #include "gps/gps_state.h"
 #include "pages/commands.h"
 #include "pages/gauge_dialog.h"
@@ -42,6 +43,10 @@ int gaugeCellAt(const GaugeGrid& grid, int x, int y) {
   return x / grid.cellWidth + 2 * (y / grid.cellHeight);
 }
 
+GaugesPage::GaugesPage(const PageContext& context, std::filesystem::path powerSupplies) : context_(context) {
+  registerGaugeTypes(gauges_, std::move(powerSupplies));
+}
+
 void GaugesPage::makeFonts(double scale) {
   fontScale_ = scale;
   titleFont_ = makeGdiFont("Tahoma", static_cast<int>(16 * scale + 0.5), 0, 400);
@@ -61,7 +66,7 @@ void GaugesPage::shutdown() {
 
 void GaugesPage::loadCells() {
   for (int i = 0; i < kGaugeCellCount; ++i) {
-    cells_[static_cast<size_t>(i)] = findGauge(readGaugeSetting(i));
+    cells_[static_cast<size_t>(i)] = gauges_.findGauge(readGaugeSetting(context_.settings, i));
   }
   loaded_ = true;
 }
@@ -69,10 +74,15 @@ void GaugesPage::loadCells() {
 void GaugesPage::resetCells() {
   for (int i = 0; i < kGaugeCellCount; ++i) {
     const std::u16string_view key = kDefaultGaugeKeys[static_cast<size_t>(i)];
-    cells_[static_cast<size_t>(i)] = findGauge(key);
-    writeGaugeSetting(i, key);
+    cells_[static_cast<size_t>(i)] = gauges_.findGauge(key);
+    writeGaugeSetting(context_.settings, i, key);
   }
   loaded_ = true;
+}
+
+void GaugesPage::chooseGauge(int cell, std::u16string_view key) {
+  setCell(cell, gauges_.findGauge(key));
+  writeGaugeSetting(context_.settings, cell, key);
 }
 
 GaugeRegistration* GaugesPage::cell(int index) const {
@@ -87,8 +97,8 @@ void GaugesPage::setCell(int index, GaugeRegistration* registration) {
 
 void GaugesPage::paint(QPainter& painter) {
   if (!loaded_) loadCells();  // painted without the framework (a test, a tool)
-  const int width = clientWidth();
-  const int height = clientHeight();
+  const int width = context_.host.clientWidth();
+  const int height = context_.host.clientHeight();
   const GaugeGrid grid = gaugeGrid(width, height);
   if (fontScale_ != grid.scale) makeFonts(grid.scale);
   const int textX = static_cast<int>(10 * grid.scale + 0.5);
@@ -118,39 +128,34 @@ void GaugesPage::paint(QPainter& painter) {
 
 void GaugesPage::activate() {
   GpsFix fix;
-  updateAllGauges(getFix(fix));
+  gauges_.updateAllGauges(getFix(fix));
 }
 
 void GaugesPage::onFixChanged() {
   GpsFix fix;
-  updateAllGauges(getFix(fix));
-  invalidateMainWindow();
+  gauges_.updateAllGauges(getFix(fix));
+  context_.host.invalidateMainWindow();
 }
 
 void GaugesPage::onContextMenu(int x, int y) {
   tapX_ = x;
   tapY_ = y;
-  showPopupMenu(kMenuGaugesPopup, x, y);
+  context_.host.showPopupMenu(kMenuGaugesPopup, x, y);
 }
 
 int GaugesPage::onCommand(int commandId) {
   if (commandId == kCmdChooseGauge) {
-    const int cell = gaugeCellAt(gaugeGrid(clientWidth(), clientHeight()), tapX_, tapY_);
+    const int cell = gaugeCellAt(gaugeGrid(context_.host.clientWidth(), context_.host.clientHeight()), tapX_, tapY_);
     if (cell < 0 || cell >= kGaugeCellCount) return 0;  // held below the grid
-    const std::unique_ptr<QDialog> dialog = makeGaugeChoiceDialog(cell);
-    if (runGaugeDialog(*dialog) == 1) invalidateMainWindow();
+    const std::unique_ptr<QDialog> dialog = makeGaugeChoiceDialog(*this, cell);
+    if (context_.host.runDialog(*dialog) == 1) context_.host.invalidateMainWindow();
     return 0;
   }
   if (commandId == kCmdResetGauges) {
     resetCells();
-    invalidateMainWindow();
+    context_.host.invalidateMainWindow();
   }
   return 0;
-}
-
-GaugesPage& gaugesPage() {
-  static GaugesPage page;
-  return page;
 }
 
 }  // namespace orvel

@@ -9,7 +9,9 @@
 #include <QRect>
 
 #include "pages/gauge.h"
+#include "pages/gauge_types.h"
 #include "pages/page.h"
+#include "pages/page_context.h"
 
 namespace orvel {
 
@@ -33,6 +35,8 @@ int gaugeCellAt(const GaugeGrid& grid, int x, int y);
 
 class GaugesPage : public Page {
  public:
+  explicit GaugesPage(const PageContext& context, std::filesystem::path powerSupplies = kPowerSupplyRoot);
+
   void initialize() override;
   void shutdown() override;
   std::u16string getTitle() const override { return u"Приборы"; }
@@ -49,11 +53,16 @@ class GaugesPage : public Page {
   void loadCells();
   // Every cell back to its default type, written to the settings.
   void resetCells();
+  // The cell's type chosen in the choice dialog: shown and written to the settings.
+  void chooseGauge(int cell, std::u16string_view key);
+  GaugeRegistry& gauges() { return gauges_; }
 
  private:
   // The title font (16 pixels) and the bold value font (22), both grown on wide screens.
   void makeFonts(double scale);
 
+  PageContext context_;
+  GaugeRegistry gauges_;
   std::array<GaugeRegistration*, kGaugeCellCount> cells_{};
   double fontScale_ = 0.0;
   QFont titleFont_;
@@ -62,7 +71,5 @@ class GaugesPage : public Page {
   int tapX_ = 0;
   int tapY_ = 0;
 };
-
-GaugesPage& gaugesPage();
 
 }  // namespace orvel

@@ -4,15 +4,12 @@
 
 #include "core/message.h"
 #include "core/settings.h"
+#include "geo/units.h"
 #include "gps/gps_state.h"
-#include "map/catalogue/map_styles.h"
-#include "map/map_file.h"
+#include "map/current_map.h"
 #include "pages/commands.h"
 #include "pages/page_host.h"
-#include "track/active_track.h"
-#include "track/waypoints.h"
 #include "view/map_view.h"
-#include "geo/units.h"
 
 namespace orvel {
 
@@ -21,38 +18,11 @@ namespace {
 constexpr int kPanStep = 20;
 constexpr float kRotateMinSpeedKmh = 2.0f;
 
-std::optional<PositionSnapshot> currentPosition() {
-  if (!gpsReadingActive()) return std::nullopt;
-  const GpsFix fix = currentFix();
-  if (!(fix.flags & kFixPosition)) return std::nullopt;
-  PositionSnapshot position;
-  position.longitude = fix.longitude;
-  position.latitude = fix.latitude;
-  position.speedValid = (fix.flags & kFixSpeed) != 0;
-  position.speedKmh = fix.speed;
-  position.courseValid = (fix.flags & kFixCourse) != 0;
-  position.course = fix.course;
-  return position;
-}
-
 }  // namespace
 
-MapPage& mapPage() {
-  static MapPage page;
-  return page;
-}
-
-void composeMapView() { mapPage().compose(); }
-
-void MapPage::installComposerHooks() {
-  composer_.setTrackLayer([this](QPainter& painter, const MapView& view, const MapRect&) {
-    if (track_) track_->drawActiveTrack(painter, view);
-  });
-  composer_.setWaypointLayer([this](QPainter& painter, const MapView& view, const MapRect& visible) {
-    if (waypoints_) waypoints_->drawWaypoints(painter, view, visible);
-  });
-  composer_.setPositionSource(currentPosition);
-  composer_.setRepaintRequest(invalidateMainWindow);
+MapPage::MapPage(const PageContext& context, MapView& view, CurrentMap& map)
+    : context_(context), view_(view), map_(map), composer_(context.settings, context.drawing, context.styles) {
+  composer_.setRepaintRequest([this] { context_.host.invalidateMainWindow(); });
 }
 
 void MapPage::initialize() {
@@ -63,20 +33,14 @@ void MapPage::initialize() {
   lastHeading_ = 0;
   lastLatitudeUnits_ = 0;
   lastLongitudeUnits_ = 0;
-  installComposerHooks();
-  createMapStyles();
-  mapView().setRotation(0);
+  view_.setRotation(0);
 }
 
-void MapPage::shutdown() {
-  composer_ = ViewComposer{};
-  destroyMapStyles();
-  closeMapFile();
-}
+void MapPage::shutdown() { map_.closeMapFile(); }
 
 void MapPage::deactivate() {
   if (actionPending_) {
-    killPageTimer(kActionTimerId);
+    context_.host.killPageTimer(kActionTimerId);
     actionPending_ = false;
   }
 }
@@ -84,18 +48,18 @@ void MapPage::deactivate() {
 void MapPage::compose() {
   ++compositions_;
   composedSinceStart_ = true;
-  composer_.composeView(currentMap(), mapView());
+  composer_.composeView(map_.currentMap(), view_);
 }
 
 void MapPage::paint(QPainter& painter) {
   if (!previewShown_) {
-    composer_.paintView(painter, mapView());
+    composer_.paintView(painter, view_);
     return;
   }
   // Drag preview: the old picture shifted, the strips it uncovers filled white. The map is
   // not recomposed until the pen comes up.
-  const int width = clientWidth();
-  const int height = clientHeight();
+  const int width = context_.host.clientWidth();
+  const int height = context_.host.clientHeight();
   const int dx = previewDx_;
   const int dy = previewDy_;
   if (dx >= 0) {
@@ -117,7 +81,7 @@ void MapPage::onPenDown(int x, int y) {
   panStartX_ = x;
   panStartY_ = y;
   panning_ = true;
-  capturePointer(true);
+  context_.host.capturePointer(true);
 }
 
 void MapPage::onPenMove(int x, int y) {
@@ -125,12 +89,12 @@ void MapPage::onPenMove(int x, int y) {
   previewDx_ = x - panStartX_;
   previewDy_ = y - panStartY_;
   previewShown_ = true;
-  invalidateMainWindow();
+  context_.host.invalidateMainWindow();
 }
 
 void MapPage::onPenUp(int x, int y) {
   if (!panning_) return;
-  capturePointer(false);
+  context_.host.capturePointer(false);
   panning_ = false;
   const bool previewWasShown = previewShown_;
   previewShown_ = false;
@@ -138,17 +102,17 @@ void MapPage::onPenUp(int x, int y) {
   const int dy = y - panStartY_;
   if (dx == 0 && dy == 0) {
     // A tap changes nothing; only a preview that moved away needs putting back.
-    if (previewWasShown) invalidateMainWindow();
+    if (previewWasShown) context_.host.invalidateMainWindow();
     return;
   }
-  mapView().pan(dx, dy);
+  view_.pan(dx, dy);
   compose();
 }
 
 void MapPage::onContextMenu(int x, int y) {
   contextX_ = x;
   contextY_ = y;
-  showPopupMenu(kMenuMapPopup, x, y);
+  context_.host.showPopupMenu(kMenuMapPopup, x, y);
 }
 
 void MapPage::onSize() {
@@ -159,9 +123,9 @@ void MapPage::onSize() {
 
 void MapPage::onTimer(int timerId) {
   if (!actionPending_ || timerId != kActionTimerId) return;
-  killPageTimer(kActionTimerId);
+  context_.host.killPageTimer(kActionTimerId);
   actionPending_ = false;
-  openWaypointDialog(pendingWaypoint_.longitude, pendingWaypoint_.latitude,
+  context_.host.openWaypointDialog(pendingWaypoint_.longitude, pendingWaypoint_.latitude,
                      pendingWaypoint_.time, pendingWaypoint_.altitude);
   compose();
 }
@@ -178,14 +142,14 @@ bool MapPage::onKeyDown(int key) {
       // The values are those of the moment of pressing; the dialog opens only if the key
       // is still held when the timer fires.
       const GpsFix fix = currentFix();
-      const MapPoint centre = mapView().centre();
+      const MapPoint centre = view_.centre();
       pendingWaypoint_.longitude = mapUnitsToDegrees(centre.x);
       pendingWaypoint_.latitude = mapUnitsToDegrees(centre.y);
       pendingWaypoint_.time = (fix.flags & kFixTime) ? fix.time : 0.0;
       pendingWaypoint_.altitude = (fix.flags & kFixAltitude) ? fix.altitude : 0.0f;
       pendingWaypoint_.pressTick = tickCount();
       actionPending_ = true;
-      setPageTimer(kActionTimerId, kActionHoldMs);
+      context_.host.setPageTimer(kActionTimerId, kActionHoldMs);
       return true;
     }
     default:
@@ -197,7 +161,7 @@ bool MapPage::onKeyUp(int key) {
   if (key != kKeyAction) return false;
   if (actionPending_) {
     actionPending_ = false;
-    killPageTimer(kActionTimerId);
+    context_.host.killPageTimer(kActionTimerId);
   }
   return true;
 }
@@ -216,29 +180,29 @@ int MapPage::onCommand(int commandId) {
       return 1;
     // The pan commands answer 0, unlike the rest.
     case kCmdPanRight:
-      mapView().pan(kPanStep, 0);
+      view_.pan(kPanStep, 0);
       compose();
       return 0;
     case kCmdPanLeft:
-      mapView().pan(-kPanStep, 0);
+      view_.pan(-kPanStep, 0);
       compose();
       return 0;
     case kCmdPanDown:
-      mapView().pan(0, kPanStep);
+      view_.pan(0, kPanStep);
       compose();
       return 0;
     case kCmdPanUp:
-      mapView().pan(0, -kPanStep);
+      view_.pan(0, -kPanStep);
       compose();
       return 0;
     case kCmdGoTo:
-      showMessage("Sorry, the feature is not implemented.");
+      showMessage(context_.messages, "Sorry, the feature is not implemented.");
       return 1;
     case kCmdCancel:
       return 1;
     case kCmdSavePointHere: {
-      const MapPoint at = mapView().screenToMap(contextX_, contextY_);
-      openWaypointDialog(mapUnitsToDegrees(at.x), mapUnitsToDegrees(at.y), 0.0, 0.0f);
+      const MapPoint at = view_.screenToMap(contextX_, contextY_);
+      context_.host.openWaypointDialog(mapUnitsToDegrees(at.x), mapUnitsToDegrees(at.y), 0.0, 0.0f);
       compose();
       return 1;
     }
@@ -248,16 +212,16 @@ int MapPage::onCommand(int commandId) {
 }
 
 void MapPage::zoomIn() {
-  const uint32_t index = mapView().zoomIndex();
+  const uint32_t index = view_.zoomIndex();
   if (index == 0) return;
-  mapView().setZoomIndex(index - 1);
+  view_.setZoomIndex(index - 1);
   compose();
 }
 
 void MapPage::zoomOut() {
-  const uint32_t index = mapView().zoomIndex();
+  const uint32_t index = view_.zoomIndex();
   if (index >= kZoomSteps - 1) return;
-  mapView().setZoomIndex(index + 1);
+  view_.setZoomIndex(index + 1);
   compose();
 }
 
@@ -265,11 +229,11 @@ void MapPage::onFixChanged() {
   const GpsFix fix = currentFix();
   bool changed = false;
 
-  if (readSettingBool("RotateMap", false) && (fix.flags & kFixCourse)) {
+  if (context_.settings.readSettingBool("RotateMap", false) && (fix.flags & kFixCourse)) {
     if ((fix.flags & kFixSpeed) && fix.speed >= kRotateMinSpeedKmh) {
       const int32_t heading = static_cast<int32_t>(fix.course + 0.5f);
       if (heading != lastHeading_) {
-        mapView().setRotation(heading);
+        view_.setRotation(heading);
         changed = true;
       }
       lastHeading_ = heading;
@@ -278,11 +242,11 @@ void MapPage::onFixChanged() {
     lastHeading_ = 0;
   }
 
-  if (readSettingBool("KeepVisible", true) && (fix.flags & kFixPosition)) {
+  if (context_.settings.readSettingBool("KeepVisible", true) && (fix.flags & kFixPosition)) {
     const int32_t lon = degreesToMapUnits(fix.longitude);
     const int32_t lat = degreesToMapUnits(fix.latitude);
     if (lon != lastLongitudeUnits_ || lat != lastLatitudeUnits_) {
-      mapView().setCentre(lon, lat);
+      view_.setCentre(lon, lat);
       changed = true;
     }
     lastLongitudeUnits_ = lon;

@@ -5,18 +5,23 @@
 #include <cstdint>
 
 #include "pages/page.h"
-#include "view/compose.h"
+#include "pages/page_context.h"
+#include "compose/view_composer.h"
 
 namespace orvel {
 
-class ActiveTrack;
-class WaypointStore;
+class CurrentMap;
+class MapView;
 
 inline constexpr int kActionTimerId = 10;
 inline constexpr int kActionHoldMs = 1000;
 
 class MapPage : public Page {
  public:
+  // The page shows `map` through `view`; the layers over the map and the position marker
+  // come in through the composer's hooks, which the page's owner sets.
+  MapPage(const PageContext& context, MapView& view, CurrentMap& map);
+
   void initialize() override;
   void shutdown() override;
   std::u16string getTitle() const override { return u"Карта"; }
@@ -41,13 +46,8 @@ class MapPage : public Page {
   uint64_t compositionCount() const { return compositions_; }
   bool panning() const { return panning_; }
   bool actionPending() const { return actionPending_; }
+  ViewComposer& composer() { return composer_; }
   const ViewComposer& composer() const { return composer_; }
-  // The trail and the waypoints drawn over the map; null ones are not drawn. The program
-  // owns them and clears them here before they go.
-  void setTrackData(const ActiveTrack* track, const WaypointStore* waypoints) {
-    track_ = track;
-    waypoints_ = waypoints;
-  }
 
  private:
   struct PendingWaypoint {
@@ -60,11 +60,11 @@ class MapPage : public Page {
 
   void zoomIn();
   void zoomOut();
-  void installComposerHooks();
 
+  PageContext context_;
+  MapView& view_;
+  CurrentMap& map_;
   ViewComposer composer_;
-  const ActiveTrack* track_ = nullptr;
-  const WaypointStore* waypoints_ = nullptr;
   uint64_t compositions_ = 0;
   bool composedSinceStart_ = false;
   bool panning_ = false;
@@ -81,9 +81,5 @@ class MapPage : public Page {
   int32_t lastLatitudeUnits_ = 0;
   int32_t lastLongitudeUnits_ = 0;
 };
-
-MapPage& mapPage();
-// Composes the map view of the map page (start-up, after opening a map or a waypoint).
-void composeMapView();
 
 }  // namespace orvel

@@ -1,8 +1,9 @@
 #pragma once
-// What pages ask of the window that shows them. The main window installs the real
-// services; until then (and in a test that drives a page alone) each does nothing.
+// What pages ask of the window that shows them. The main window is the real host; a test
+// that drives a page alone gives it a host of its own.
 #include <cstdint>
-#include <functional>
+
+class QDialog;
 
 namespace orvel {
 
@@ -13,37 +14,25 @@ inline constexpr int kKeyRight = 39;
 inline constexpr int kKeyDown = 40;
 inline constexpr int kKeyAction = 134;  // the device's action key (Return/Enter here)
 
-struct PageHost {
-  std::function<void()> invalidate;                  // repaint the client area now
-  std::function<int()> clientWidth;
-  std::function<int()> clientHeight;
-  std::function<void(int timerId, int periodMs)> setTimer;
-  std::function<void(int timerId)> killTimer;
-  std::function<void(bool captured)> capturePointer;
-  std::function<void(int menuId, int x, int y)> showPopupMenu;  // choice comes as a command
+class PageHost {
+ public:
+  virtual ~PageHost() = default;
+
+  // Invalidates the whole client area and repaints it before returning.
+  virtual void invalidateMainWindow() = 0;
+  virtual int clientWidth() const = 0;
+  virtual int clientHeight() const = 0;
+  virtual void setPageTimer(int timerId, int periodMs) = 0;
+  virtual void killPageTimer(int timerId) = 0;
+  virtual void capturePointer(bool captured) = 0;
+  // The choice comes back as a command.
+  virtual void showPopupMenu(int menuId, int x, int y) = 0;
+  // Runs a page's modal dialog (the gauge choice) and returns its end code.
+  virtual int runDialog(QDialog& dialog) = 0;
+  // The waypoint dialog for a new waypoint (position in degrees, time as an automation date
+  // or 0, altitude in metres or 0).
+  virtual void openWaypointDialog(float lon, float lat, double time, float altitude) = 0;
 };
-
-void setPageHost(PageHost host);
-
-// Invalidates the whole client area and repaints it before returning.
-void invalidateMainWindow();
-int clientWidth();
-int clientHeight();
-void setPageTimer(int timerId, int periodMs);
-void killPageTimer(int timerId);
-void capturePointer(bool captured);
-void showPopupMenu(int menuId, int x, int y);
-
-// The waypoint dialog for a new waypoint (position in degrees, time as an automation date
-// or 0, altitude in metres or 0), installed by the program; without one nothing happens.
-using WaypointDialog = std::function<void(float lon, float lat, double time, float altitude)>;
-WaypointDialog setWaypointDialog(WaypointDialog dialog);
-void openWaypointDialog(float lon, float lat, double time, float altitude);
-
-// Whether GPS reading runs (the position marker is drawn only then). Port scanning is not
-// started by this program yet, so the default says no.
-void setGpsReadingActive(std::function<bool()> query);
-bool gpsReadingActive();
 
 // The 32-bit millisecond tick count.
 uint32_t tickCount();

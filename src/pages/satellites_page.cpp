@@ -92,8 +92,8 @@ void SatellitesPage::shutdown() {
 
 void SatellitesPage::paint(QPainter& painter) {
   if (!ready_) makeResources();  // painted without the framework (a test, a tool)
-  const int width = clientWidth();
-  const int height = clientHeight();
+  const int width = context_.host.clientWidth();
+  const int height = context_.host.clientHeight();
   const SatellitesLayout layout = satellitesLayout(width, height);
   const int r = layout.radius;
   const int cx = layout.cx;
@@ -183,13 +183,9 @@ void SatellitesPage::paint(QPainter& painter) {
   painter.restore();
 }
 
-void SatellitesPage::onStatusChanged() { invalidateMainWindow(); }
-void SatellitesPage::onFixChanged() { invalidateMainWindow(); }
-void SatellitesPage::onSatellitesChanged() { invalidateMainWindow(); }
+void SatellitesPage::onStatusChanged() { context_.host.invalidateMainWindow(); }
+void SatellitesPage::onFixChanged() { context_.host.invalidateMainWindow(); }
+void SatellitesPage::onSatellitesChanged() { context_.host.invalidateMainWindow(); }
 
-SatellitesPage& satellitesPage() {
-  static SatellitesPage page;
-  return page;
-}
 
 }  // namespace orvel

@@ -9,6 +9,7 @@
 #include <QPen>
 
 #include "pages/page.h"
+#include "pages/page_context.h"
 
 namespace orvel {
 
@@ -33,6 +34,8 @@ std::u16string fixQualityName(uint32_t flags, uint32_t fixType);
 
 class SatellitesPage : public Page {
  public:
+  explicit SatellitesPage(const PageContext& context) : context_(context) {}
+
   void initialize() override;
   void shutdown() override;
   std::u16string getTitle() const override { return u"Спутники"; }
@@ -42,6 +45,7 @@ class SatellitesPage : public Page {
   void onSatellitesChanged() override;
 
  private:
+  PageContext context_;
   void makeResources();
 
   bool ready_ = false;
@@ -53,6 +57,5 @@ class SatellitesPage : public Page {
   QFont font_;
 };
 
-SatellitesPage& satellitesPage();
 
 }  // namespace orvel

@@ -41,9 +41,10 @@ QImage drawWaypointIcon() {
   return icon;
 }
 
-void WaypointStore::drawWaypoints(QPainter& painter, const MapView& view, const MapRect& visible) const {
+void WaypointStore::drawWaypoints(QPainter& painter, const DrawingObjects& drawing, const MapView& view,
+                                  const MapRect& visible) const {
   painter.save();
-  painter.setFont(drawingObjects().smallFont);
+  painter.setFont(drawing.smallFont);
   painter.setPen(Qt::black);
   painter.setBackgroundMode(Qt::TransparentMode);
   for (const Waypoint& w : list_) {

@@ -19,6 +19,7 @@ class QPainter;
 namespace orvel {
 
 class MapView;
+struct DrawingObjects;
 class Messages;
 
 // Lets the user edit a new waypoint before it is saved (the waypoint dialog).
@@ -63,7 +64,8 @@ class WaypointStore {
 
   // Draws every waypoint inside `visible` (edges included): its icon around it and its name
   // beside it, in the 12-pixel label font.
-  void drawWaypoints(QPainter& painter, const MapView& view, const MapRect& visible) const;
+  void drawWaypoints(QPainter& painter, const DrawingObjects& drawing, const MapView& view,
+                     const MapRect& visible) const;
 
   // Tests pass a hook that stands in for a crash just before a save replaces the file.
   void setBeforeReplaceHook(BeforeReplaceHook hook) { beforeReplace_ = hook; }

@@ -1,7 +1,7 @@
 #pragma once
 // Drawing objects that many parts of the program share: two label fonts, the white outline
 // pen and the black thin pen, and sixteen solid colour brushes. Made once at start-up (after
-// the GUI application exists) and dropped at shutdown.
+// the GUI application exists) by the program's owner and handed to whatever draws with them.
 #include <array>
 #include <cstdint>
 
@@ -31,6 +31,8 @@ inline constexpr std::array<uint32_t, kSolidBrushCount> kSolidBrushColors{
 };
 
 struct DrawingObjects {
+  DrawingObjects();
+
   QFont smallFont;   // "Arial", 12-pixel cell: scale bar, waypoint names
   QFont largeFont;   // "Arial", 14-pixel cell
   QPen outlinePen;   // white, 3 pixels
@@ -39,13 +41,6 @@ struct DrawingObjects {
 
   const QBrush& brush(SolidBrush which) const { return brushes[static_cast<size_t>(which)]; }
 };
-
-// Makes the shared objects; a second call keeps the first set.
-void createDrawingObjects();
-// Drops them (at shutdown, while the GUI application still exists).
-void destroyDrawingObjects();
-// The shared objects. If they were never made (a test, a tool) they are made here.
-const DrawingObjects& drawingObjects();
 
 // A solid cosmetic pen as the program's pens are: round ends and joins when wider than one
 // pixel, and one-pixel lines that leave out their last point.

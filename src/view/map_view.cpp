@@ -166,9 +166,5 @@ void MapView::fitNewMap(const MapRect& bounds) {
   }
 }
 
-MapView& mapView() {
-  static MapView view;
-  return view;
-}
 
 }  // namespace orvel

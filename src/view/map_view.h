@@ -71,7 +71,4 @@ class MapView {
   int32_t screenHeight_ = 320;
 };
 
-// The program's one view.
-MapView& mapView();
-
 }  // namespace orvel

@@ -9,8 +9,7 @@
 
 namespace orvel {
 
-void drawScaleBar(QPainter& painter, const MapView& view, int x, int y) {
-  const DrawingObjects& objects = drawingObjects();
+void drawScaleBar(QPainter& painter, const DrawingObjects& objects, const MapView& view, int x, int y) {
   const QPoint bracket[4] = {
       {x, y - 4}, {x, y}, {x + kScaleBarLength, y}, {x + kScaleBarLength, y - 4}};
 

@@ -23,9 +23,13 @@ int roundToInt(float v) { return floorToInt(v + 0.5f); }
 
 }  // namespace
 
-QSize textExtent(const QFont& font, std::u16string_view text) { return measureText(font, text); }
+QSize textExtent(const QFont& font, std::u16string_view text) {
+  const QFontMetrics metrics(font);
+  return {metrics.horizontalAdvance(borrowed(text)), metrics.height()};
+}
 
-void drawTextAt(QPainter& painter, int x, int y, std::u16string_view text, unsigned format) {
+void drawTextAt(QPainter& painter, int x, int y, std::u16string_view text, unsigned format,
+                TextMeasure* measure) {
   // A one-pixel box at the anchor, moved so that its right or bottom edge (exclusive, as box
   // edges are) falls on x or y when the text is anchored there.
   const int left = (format & kTextRight) ? x - 1 : x;
@@ -39,10 +43,10 @@ void drawTextAt(QPainter& painter, int x, int y, std::u16string_view text, unsig
 
   // Measuring lays the text out once more: only when the anchor is not its left edge.
   int textLeft = left;
-  if (format & kTextCenter) {
-    textLeft = (left + right - measureText(painter.font(), text).width()) / 2;
-  } else if (format & kTextRight) {
-    textLeft = right - measureText(painter.font(), text).width();
+  if (format & (kTextCenter | kTextRight)) {
+    const int width = measure ? measure->measureText(painter.font(), text).width()
+                              : metrics.horizontalAdvance(string);
+    textLeft = (format & kTextCenter) ? (left + right - width) / 2 : right - width;
   }
   int textTop = top;
   if (format & kTextVCenter) {
@@ -67,7 +71,8 @@ void drawHaloText(QPainter& painter, int x, int y, std::u16string_view text, uns
   painter.setPen(saved);
 }
 
-void drawNorthArrow(QPainter& painter, int cx, int cy, int length, int halfWidth, float angle) {
+void drawNorthArrow(QPainter& painter, const DrawingObjects& objects, int cx, int cy, int length,
+                    int halfWidth, float angle) {
   const float c = tableCos(angle);
   const float s = tableSin(angle);
   const int wc = roundToInt(float(halfWidth) * c);
@@ -75,7 +80,6 @@ void drawNorthArrow(QPainter& painter, int cx, int cy, int length, int halfWidth
   const int ls = roundToInt(float(length) * s);
   const int lc = roundToInt(float(length) * c);
 
-  const DrawingObjects& objects = drawingObjects();
   painter.setPen(objects.thinPen);
 
   const QPoint north[3] = {{cx + wc, cy + ws}, {cx - wc, cy - ws}, {cx + ls, cy - lc}};

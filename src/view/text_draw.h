@@ -12,6 +12,9 @@ class QPainter;
 
 namespace orvel {
 
+class TextMeasure;
+struct DrawingObjects;
+
 // Anchoring flags (their Windows values, which stored formats use).
 inline constexpr unsigned kTextLeft = 0x0;
 inline constexpr unsigned kTextCenter = 0x1;   // horizontal middle at x
@@ -26,7 +29,9 @@ QSize textExtent(const QFont& font, std::u16string_view text);
 
 // Draws `text` as one line in the painter's font and pen colour. `format` picks which point
 // of the text's box lies at (x, y): 0 top left, kTextBottomCenter bottom middle, and so on.
-void drawTextAt(QPainter& painter, int x, int y, std::u16string_view text, unsigned format);
+// Text drawn again and again is measured with the drawer's kept advances, when given.
+void drawTextAt(QPainter& painter, int x, int y, std::u16string_view text, unsigned format,
+                TextMeasure* measure = nullptr);
 
 // Text with a one-pixel white halo: white at the four diagonal neighbours, then `colour` at
 // (x, y). The painter's pen is left as it was.
@@ -35,6 +40,7 @@ void drawHaloText(QPainter& painter, int x, int y, std::u16string_view text, uns
 
 // Two triangles around (cx, cy) turned by `angle` radians clockwise: the blue half towards
 // the top when angle is 0, the red half towards the bottom; black one-pixel outline.
-void drawNorthArrow(QPainter& painter, int cx, int cy, int length, int halfWidth, float angle);
+void drawNorthArrow(QPainter& painter, const DrawingObjects& objects, int cx, int cy, int length,
+                    int halfWidth, float angle);
 
 }  // namespace orvel

@@ -6,7 +6,6 @@
 #include <memory>
 #include <vector>
 
-#include <QCoreApplication>
 #include <QFont>
 #include <QFontMetrics>
 #include <QFontMetricsF>
@@ -19,6 +18,12 @@ namespace {
 constexpr char16_t kKeptChars = 0x500;
 // Fonts beyond this many are measured without a table.
 constexpr size_t kKeptFonts = 16;
+
+QString borrowed(std::u16string_view text) {
+  return QString::fromRawData(reinterpret_cast<const QChar*>(text.data()), qsizetype(text.size()));
+}
+
+}  // namespace
 
 // Advances are kept in 64ths of a pixel, as the layout adds them up before rounding.
 struct FontAdvances {
@@ -33,32 +38,19 @@ struct FontAdvances {
   std::array<int32_t, kKeptChars> advance;  // -1 until measured
 };
 
-std::vector<std::unique_ptr<FontAdvances>>& tables() {
-  static std::vector<std::unique_ptr<FontAdvances>> kept;
-  return kept;
-}
+TextMeasure::TextMeasure() = default;
+TextMeasure::~TextMeasure() = default;
 
-// Font objects must go while the application still exists.
-void dropTables() { tables().clear(); }
-
-FontAdvances* tableFor(const QFont& font) {
-  auto& kept = tables();
-  for (const auto& table : kept) {
+FontAdvances* TextMeasure::tableFor(const QFont& font) {
+  for (const auto& table : tables_) {
     if (table->font == font) return table.get();
   }
-  if (kept.size() >= kKeptFonts || QCoreApplication::instance() == nullptr) return nullptr;
-  if (kept.empty()) qAddPostRoutine(dropTables);
-  kept.push_back(std::make_unique<FontAdvances>(font));
-  return kept.back().get();
+  if (tables_.size() >= kKeptFonts) return nullptr;
+  tables_.push_back(std::make_unique<FontAdvances>(font));
+  return tables_.back().get();
 }
 
-QString borrowed(std::u16string_view text) {
-  return QString::fromRawData(reinterpret_cast<const QChar*>(text.data()), qsizetype(text.size()));
-}
-
-}  // namespace
-
-QSize measureText(const QFont& font, std::u16string_view text) {
+QSize TextMeasure::measureText(const QFont& font, std::u16string_view text) {
   FontAdvances* table = tableFor(font);
   if (table == nullptr) {
     const QFontMetrics metrics(font);
@@ -82,7 +74,5 @@ QSize measureText(const QFont& font, std::u16string_view text) {
   }
   return {table->metrics.horizontalAdvance(borrowed(text)), table->height};
 }
-
-void clearTextMeasures() { dropTables(); }
 
 }  // namespace orvel

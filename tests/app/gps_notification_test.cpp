@@ -17,15 +17,20 @@ class GpsNotificationTest : public ShellTest {
   void SetUp() override {
     ShellTest::SetUp();
     FixObserver observer;
-    observer.showReception = [](uint32_t used) { showSatellites(used); };
+    observer.showReception = [this](uint32_t used) {
+      if (notification) notification->showSatellites(used);
+    };
     setFixObserver(std::move(observer));
   }
   void TearDown() override {
-    removeGpsNotification();
+    notification.reset();
     setFixObserver(FixObserver{});
     ShellTest::TearDown();
   }
-  int shownIconId() { return receptionLabel()->property("iconId").toInt(); }
+  void createGpsNotification() { notification = std::make_unique<GpsNotification>(*window, session->settings); }
+  int shownIconId() { return notification->receptionLabel()->property("iconId").toInt(); }
+
+  std::unique_ptr<GpsNotification> notification;
 };
 
 // One thing that happens to the receiver.
@@ -44,11 +49,11 @@ GpsFix makeFix(uint32_t flags, uint32_t used) {
   return fix;
 }
 
-void apply(const Event& event) {
+void apply(const Event& event, GpsNotification& notification) {
   switch (event.kind) {
     case Event::Fix: updateFix(makeFix(event.flags, event.satellitesUsed)); break;
-    case Event::Connected: showSatellites(0); break;
-    case Event::Lost: showNoConnection(); break;
+    case Event::Connected: notification.showSatellites(0); break;
+    case Event::Lost: notification.showNoConnection(); break;
     case Event::FixLost: fixLost(); break;
   }
 }
@@ -89,17 +94,17 @@ TEST_F(GpsNotificationTest, FollowsTheReceiverThroughEachSequence) {
   startWindow();
   for (const Sequence& sequence : sequences) {
     resetGpsState();
-    createGpsNotification(*window);
+    createGpsNotification();
     ASSERT_EQ(shownIconId(), kIconNoConnection) << sequence.what;
     ASSERT_EQ(sequence.events.size(), sequence.icons.size());
     for (size_t i = 0; i < sequence.events.size(); ++i) {
-      apply(sequence.events[i]);
+      apply(sequence.events[i], *notification);
       processEvents();
       EXPECT_EQ(shownIconId(), sequence.icons[i]) << sequence.what << ", event " << i;
-      EXPECT_EQ(receptionIconId(shownReception()), sequence.icons[i]);
-      EXPECT_EQ(receptionIconId(gpsReception()), sequence.icons[i]);
+      EXPECT_EQ(receptionIconId(notification->shownReception()), sequence.icons[i]);
+      EXPECT_EQ(receptionIconId(notification->gpsReception()), sequence.icons[i]);
     }
-    removeGpsNotification();
+    notification.reset();
   }
   // Losing the fix left the shown fix in place: the pages still show it.
   EXPECT_TRUE(currentFix().has(kFixSatellitesUsed));
@@ -107,58 +112,52 @@ TEST_F(GpsNotificationTest, FollowsTheReceiverThroughEachSequence) {
 
 TEST_F(GpsNotificationTest, ABurstFromTheReadingThreadEndsInItsLastState) {
   startWindow();
-  createGpsNotification(*window);
-  std::thread reader([] {
+  createGpsNotification();
+  std::thread reader([this] {
     for (uint32_t i = 0; i < 500; ++i) updateFix(makeFix(kPos | kUsed, i % 9));
-    showNoConnection();
-    showSatellites(0);
+    notification->showNoConnection();
+    notification->showSatellites(0);
     updateFix(makeFix(kPos | kUsed, 11));
   });
   reader.join();
   // Nothing changes on the window until its thread runs.
-  EXPECT_EQ(shownReception(), GpsReception::NoConnection);
-  EXPECT_EQ(gpsReception(), GpsReception::Receiving);
+  EXPECT_EQ(notification->shownReception(), GpsReception::NoConnection);
+  EXPECT_EQ(notification->gpsReception(), GpsReception::Receiving);
   processEvents();
-  EXPECT_EQ(shownReception(), GpsReception::Receiving);
+  EXPECT_EQ(notification->shownReception(), GpsReception::Receiving);
   EXPECT_EQ(shownIconId(), kIconReceiving);
 }
 
 TEST_F(GpsNotificationTest, SitsBeforeTheStatusTextAndWritesItsSettings) {
   startWindow();
-  createGpsNotification(*window);
+  createGpsNotification();
   processEvents();
-  QLabel* icon = receptionLabel();
+  QLabel* icon = notification->receptionLabel();
   ASSERT_NE(icon, nullptr);
   EXPECT_TRUE(icon->isVisible());
   EXPECT_FALSE(icon->pixmap().isNull());
   EXPECT_EQ(icon->parentWidget(), window->statusBar()->findChild<QLabel*>("gpsStatus")->parentWidget());
   EXPECT_LT(icon->x(), window->statusLabel()->x());
   EXPECT_TRUE(icon->toolTip().startsWith(QStringLiteral("Статус GPS-приема")));
-  EXPECT_EQ(receptionTrayIcon() != nullptr, QSystemTrayIcon::isSystemTrayAvailable());
+  EXPECT_EQ(notification->receptionTrayIcon() != nullptr, QSystemTrayIcon::isSystemTrayAvailable());
   EXPECT_EQ(readSettingInt(kNotificationDurationSetting, -1), 0);
   EXPECT_EQ(readSettingInt(kNotificationOptionsSetting, -1), 0);
   EXPECT_EQ(gpsNotificationBody(),
             QStringLiteral("<body>Это информация о качестве приема GPS.<br><hr>"
                            "<a href=\"cmd:2\">закрыть</a></body>"));
 
-  removeGpsNotification();
-  EXPECT_FALSE(gpsNotificationExists());
-  EXPECT_EQ(receptionLabel(), nullptr);
+  notification.reset();
   EXPECT_EQ(window->statusBar()->findChild<QLabel*>("gpsReception"), nullptr);
-  // A reading thread may still report after exit took the icons down.
-  showSatellites(3);
-  processEvents();
-  EXPECT_EQ(gpsReception(), GpsReception::Receiving);
 }
 
 TEST_F(GpsNotificationTest, AnUpdateQueuedWhenTheIconsGoAwayIsDropped) {
   startWindow();
-  createGpsNotification(*window);
-  showSatellites(2);
-  removeGpsNotification();
+  createGpsNotification();
+  notification->showSatellites(2);
+  notification.reset();
   processEvents();  // must not touch the deleted indicator
-  createGpsNotification(*window);
-  EXPECT_EQ(shownReception(), GpsReception::NoConnection);
+  createGpsNotification();
+  EXPECT_EQ(notification->shownReception(), GpsReception::NoConnection);
 }
 
 // Counts the pixels of the image close to a colour.

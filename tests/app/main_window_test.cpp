@@ -117,7 +117,7 @@ TEST_F(MainWindowTest, OpenCommandOpensTheChosenMap) {
   const std::filesystem::path map = dataFile("maps/monaco_default_6bit.img");
   if (map.empty()) GTEST_SKIP();
   startWindow();
-  setOpenFileChooser([&map](QWidget*) { return QString::fromStdString(map.string()); });
+  window->dialogs().mapFile = [&map](QWidget*) { return QString::fromStdString(map.string()); };
   const uint64_t before = mapPage().compositionCount();
   window->commandAction(kCmdOpen)->trigger();
   EXPECT_NE(currentMap(), nullptr);
@@ -128,7 +128,7 @@ TEST_F(MainWindowTest, OpenCommandOpensTheChosenMap) {
 
 TEST_F(MainWindowTest, CancelledOpenChangesNothing) {
   startWindow();
-  setOpenFileChooser([](QWidget*) { return QString(); });
+  window->dialogs().mapFile = [](QWidget*) { return QString(); };
   const uint64_t before = mapPage().compositionCount();
   window->onCommand(kCmdOpen);
   EXPECT_EQ(currentMap(), nullptr);

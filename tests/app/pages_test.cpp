@@ -19,7 +19,7 @@ const QString kTitles[] = {QStringLiteral("Карта"), QStringLiteral("При�
 
 TEST_F(PagesTest, StartsOnTheMapPageWithoutAStoredPage) {
   startWindow();
-  EXPECT_EQ(currentPageIndex(), 0u);
+  EXPECT_EQ(pages().currentPageIndex(), 0u);
   EXPECT_EQ(window->windowTitle(), kTitles[0]);
   EXPECT_EQ(pageSetting(), 0);
   EXPECT_TRUE(window->commandAction(kCmdZoomIn)->isEnabled());
@@ -29,7 +29,7 @@ TEST_F(PagesTest, StartsOnTheMapPageWithoutAStoredPage) {
 TEST_F(PagesTest, StartsOnTheStoredPage) {
   writeSettingInt("Page", 1);
   startWindow();
-  EXPECT_EQ(currentPageIndex(), 1u);
+  EXPECT_EQ(pages().currentPageIndex(), 1u);
   EXPECT_EQ(window->windowTitle(), kTitles[1]);
   EXPECT_FALSE(window->commandAction(kCmdZoomOut)->isEnabled());
 }
@@ -37,7 +37,7 @@ TEST_F(PagesTest, StartsOnTheStoredPage) {
 TEST_F(PagesTest, AStoredValueNamingNoPageStartsOnTheMap) {
   writeSettingInt("Page", 9);
   startWindow();
-  EXPECT_EQ(currentPageIndex(), 0u);
+  EXPECT_EQ(pages().currentPageIndex(), 0u);
   EXPECT_EQ(pageSetting(), 0);
 }
 
@@ -70,7 +70,7 @@ TEST_P(ArrowKeysTest, SwitchPagesWithWrapAround) {
   startWindow();
   writeSettingInt("Page", 77);  // the switch must write it again
   QTest::keyClick(client(), c.key);
-  EXPECT_EQ(currentPageIndex(), c.expected);
+  EXPECT_EQ(pages().currentPageIndex(), c.expected);
   EXPECT_EQ(window->windowTitle(), kTitles[c.expected]);
   EXPECT_EQ(pageSetting(), int(c.expected));
   EXPECT_TRUE(window->commandAction(kCmdFirstPage + int(c.expected))->isChecked());
@@ -86,7 +86,7 @@ INSTANTIATE_TEST_SUITE_P(Keys, ArrowKeysTest,
 TEST_F(PagesTest, MenuEntrySelectsThePageAndStoresIt) {
   startWindow();
   window->commandAction(kCmdFirstPage + 2)->trigger();
-  EXPECT_EQ(currentPageIndex(), 2u);
+  EXPECT_EQ(pages().currentPageIndex(), 2u);
   EXPECT_EQ(window->windowTitle(), kTitles[2]);
   EXPECT_EQ(pageSetting(), 2);
   EXPECT_FALSE(window->commandAction(kCmdZoomIn)->isEnabled());
@@ -97,14 +97,14 @@ TEST_F(PagesTest, ChoosingTheCurrentPageDoesNothing) {
   startWindow();
   writeSettingInt("Page", 77);
   window->onCommand(kCmdFirstPage + 1);
-  EXPECT_EQ(currentPageIndex(), 1u);
+  EXPECT_EQ(pages().currentPageIndex(), 1u);
   EXPECT_EQ(pageSetting(), 77);  // not written again
 }
 
 TEST_F(PagesTest, PageIdsBeyondTheListAreIgnored) {
   startWindow();
   for (int id = kCmdFirstPage + 3; id <= kCmdLastPage; ++id) window->onCommand(id);
-  EXPECT_EQ(currentPageIndex(), 0u);
+  EXPECT_EQ(pages().currentPageIndex(), 0u);
   EXPECT_EQ(pageSetting(), 0);
 }
 

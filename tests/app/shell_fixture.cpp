@@ -18,17 +18,20 @@ void ShellTest::SetUpTestSuite() {
 
 void ShellTest::SetUp() {
   scratch = scratchDir(::testing::UnitTest::GetInstance()->current_test_info()->name());
-  openSettingsAt(scratch / "GisOrvel.conf");
-  messages = std::make_unique<MessageRecorder>();
+  session = std::make_unique<Session>(scratch / "data");
+  session->settings.openSettingsAt(scratch / "GisOrvel.conf");
+  messages = std::make_unique<MessageRecorder>(session->messages);
   resetGpsState();
-  mapView() = MapView{};
   mapView().setZoomIndex(10);
   mapView().setCentre(0, 0);
+}
 
-  setWaypointDialog([this](float lon, float lat, double time, float altitude) {
+void ShellTest::startWindow() {
+  window = std::make_unique<MainWindow>(*session);
+  window->setWaypointDialog([this](float lon, float lat, double time, float altitude) {
     waypointRequests.push_back({lon, lat, time, altitude});
   });
-  setPopupRunner([this](QMenu& menu, const QPoint& at) -> QAction* {
+  window->dialogs().popup = [this](QMenu& menu, const QPoint& at) -> QAction* {
     PopupShown shown;
     shown.globalPos = at;
     QAction* chosen = nullptr;
@@ -38,21 +41,17 @@ void ShellTest::SetUp() {
     }
     popups.push_back(shown);
     return chosen;
-  });
-  setDialogRunner([this](QDialog& dialog) {
+  };
+  window->dialogs().dialog = [this](QDialog& dialog) {
     dialogsRun.push_back(dialog.objectName().toStdString());
     if (onDialog) onDialog(dialog);
     return 0;
-  });
-}
-
-void ShellTest::startWindow() {
-  window = std::make_unique<MainWindow>();
-  initPages(*window);
+  };
+  pages().initPages(*window);
   window->resize(240, 320);
   window->show();
   processEvents();
-  composeMapView();
+  mapPage().compose();
 }
 
 void ShellTest::processEvents() {
@@ -63,15 +62,11 @@ void ShellTest::processEvents() {
 void ShellTest::TearDown() {
   if (window) {
     processEvents();
-    shutdownPages();
+    pages().shutdownPages();
     window.reset();
   }
-  setWaypointDialog(nullptr);
-  setPopupRunner(nullptr);
-  setDialogRunner(nullptr);
-  setOpenFileChooser(nullptr);
   messages.reset();
-  closeSettings();
+  session.reset();
   resetGpsState();
 }
 

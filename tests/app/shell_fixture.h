@@ -1,7 +1,7 @@
 #pragma once
-// Drives the real main window headless: a fresh settings file and data folder per test,
-// pages initialised as start-up does, and every dialog, pop-up menu and waypoint dialog
-// answered by the test instead of a user.
+// Drives the real main window headless: a session of its own per test (a fresh settings
+// file and data folder), pages initialised as start-up does, and every dialog, pop-up menu
+// and waypoint dialog answered by the test instead of a user.
 #include <filesystem>
 #include <functional>
 #include <memory>
@@ -15,13 +15,14 @@
 #include <QPoint>
 #include <gtest/gtest.h>
 
-#include "core/message.h"
-#include "core/settings.h"
 #include "app/dialogs.h"
 #include "app/main_window.h"
 #include "app/page_framework.h"
+#include "app/session.h"
+#include "core/message.h"
+#include "core/settings.h"
 #include "gps/gps_state.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "pages/map_page.h"
 #include "pages/page_host.h"
 #include "view/map_view.h"
@@ -53,7 +54,19 @@ class ShellTest : public ::testing::Test {
   int pageSetting() { return readSettingInt("Page", -1); }
   QWidget* client() { return window->clientArea(); }
 
+  // The parts of the session and the window, by the names the program calls them.
+  MapView& mapView() { return session->view; }
+  MapPage& mapPage() { return window->pages().mapPage(); }
+  MapFile* currentMap() { return session->map.currentMap(); }
+  PageSet& pages() { return window->pages(); }
+  Page& currentPage() { return pages().currentPage(); }
+  int32_t readSettingInt(std::string_view name, int32_t fallback) { return session->settings.readSettingInt(name, fallback); }
+  bool readSettingBool(std::string_view name, bool fallback) { return session->settings.readSettingBool(name, fallback); }
+  void writeSettingInt(std::string_view name, int32_t value) { session->settings.writeSettingInt(name, value); }
+  void writeSettingBool(std::string_view name, bool value) { session->settings.writeSettingBool(name, value); }
+
   std::filesystem::path scratch;
+  std::unique_ptr<Session> session;
   std::unique_ptr<MainWindow> window;
   std::unique_ptr<MessageRecorder> messages;
   std::vector<WaypointRequest> waypointRequests;

@@ -50,13 +50,10 @@ TEST(FormatCoordinate, FourNotations) {
   }
 }
 
-TEST(FormatCoordinate, UsesTheProgramWideNotation) {
-  EXPECT_EQ(coordinateNotation(), 2u);
+TEST(FormatCoordinate, ShowsDegreesAndMinutesUnlessToldOtherwise) {
   EXPECT_TRUE(formatLatitude(-33.875f) == u"S33°52.500'");
   EXPECT_TRUE(formatLongitude(151.2f) == u"E151°12.000'");
-  setCoordinateNotation(0);
-  EXPECT_TRUE(formatLatitude(-33.875f) == u"-33.87500");
-  setCoordinateNotation(2);
+  EXPECT_TRUE(formatLatitude(-33.875f, 0) == u"-33.87500");
 }
 
 struct ParseCase {

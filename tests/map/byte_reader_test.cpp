@@ -1,4 +1,4 @@
-#include "map/byte_reader.h"
+#include "map/format/byte_reader.h"
 
 #include <gtest/gtest.h>
 

@@ -11,7 +11,7 @@
 
 #include "core/message.h"
 #include "map/img/img_map_file.h"
-#include "map/map_file.h"
+#include "map/current_map.h"
 #include "map/orv/orv_map_file.h"
 #include "common/test_data.h"
 
@@ -33,9 +33,13 @@ void putU32(std::vector<uint8_t>& b, size_t at, uint32_t v) {
 
 class OpenMap : public ::testing::Test {
  protected:
-  void TearDown() override { closeMapFile(); }
+  bool openMapFile(const std::filesystem::path& path, MapView& view) { return map_.openMapFile(path, view); }
+  MapFile* currentMap() const { return map_.currentMap(); }
+
+  Messages sink_;
+  MessageRecorder messages_{sink_};
+  CurrentMap map_{sink_};
   MapView view_;
-  MessageRecorder messages_;
 };
 
 struct Expected {

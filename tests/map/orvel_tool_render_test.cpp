@@ -18,8 +18,9 @@
 #include "common/recording_device.h"
 #include "common/test_data.h"
 #include "common/tool_run.h"
-#include "map/map_file.h"
-#include "view/compose.h"
+#include "common/draw_kit.h"
+#include "map/current_map.h"
+#include "compose/view_composer.h"
 #include "view/map_view.h"
 
 namespace orvel {
@@ -47,22 +48,23 @@ std::vector<std::vector<std::string>> tabLines(const std::string& text) {
 // The screen as the tool should have written it: opened, composed and painted here.
 QImage screenHere(const std::filesystem::path& map, int width, int height, int zoom, double lat, double lon,
                   int rotation) {
-  MessageRecorder quiet;
+  Messages quiet([](const std::string&) {});
+  CurrentMap opened(quiet);
   MapView view;
   view.setScreenSize(width, height);
-  if (!openMapFile(map, view)) return {};
+  if (!opened.openMapFile(map, view)) return {};
   if (zoom >= 0) view.setZoomIndex(uint32_t(zoom));
   if (lat != 0 || lon != 0) view.setCentre(degreesToMapUnits(float(lon)), degreesToMapUnits(float(lat)));
   view.setRotation(rotation);
-  ViewComposer composer;
-  composer.composeView(currentMap(), view);
+  const test::DrawKit& kit = test::drawKit();
+  ViewComposer composer(kit.settings, kit.drawing, kit.styles);
+  composer.composeView(opened.currentMap(), view);
   QImage screen(width, height, QImage::Format_RGB32);
   screen.fill(Qt::white);
   {
     QPainter painter(&screen);
     composer.paintView(painter, view);
   }
-  closeMapFile();
   return screen;
 }
 
@@ -162,15 +164,15 @@ TEST_F(RenderTool, ObjectsListsWhatDrawingVisitsInDrawingOrder) {
     }
     EXPECT_TRUE(found) << c.map << ": no " << c.someLine[0] << " " << c.someLine[2] << " " << c.someLine[5];
 
-    MessageRecorder quiet;
+    Messages quiet([](const std::string&) {});
+    CurrentMap map(quiet);
     MapView view;
-    ASSERT_TRUE(openMapFile(path, view));
+    ASSERT_TRUE(map.openMapFile(path, view));
     view.setZoomIndex(uint32_t(c.zoom));
     view.setCentre(degreesToMapUnits(float(c.lon)), degreesToMapUnits(float(c.lat)));
     if (std::string(c.options).find("800x480") != std::string::npos) view.setScreenSize(800, 480);
     KindCounts decoded;
-    currentMap()->decode(view, view.visibleRect(), decoded);
-    closeMapFile();
+    map.currentMap()->decode(view, view.visibleRect(), decoded);
     for (int k = 0; k < 3; ++k) EXPECT_EQ(counts[k], decoded.counts[k]) << c.map << " kind " << k;
     EXPECT_GT(counts[0] + counts[1] + counts[2], 0) << c.map;
   }

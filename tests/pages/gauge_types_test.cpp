@@ -10,13 +10,27 @@
 namespace orvel::test {
 namespace {
 
-QString shown(std::u16string_view key) {
-  const GaugeRegistration* entry = findGauge(key);
-  if (entry == nullptr || !entry->gauge) return QStringLiteral("<none>");
-  return QString::fromStdU16String(entry->gauge->format());
-}
+// The fifteen types in a registry of the test's own, the battery reading its own folder.
+class GaugeTypes : public ::testing::Test {
+ protected:
+  void SetUp() override {
+    static int serial = 0;
+    root_ = scratchDir("power-" + std::to_string(serial++));
+    registerGaugeTypes(registry_, root_);
+  }
+  GaugeRegistration* findGauge(std::u16string_view key) const { return registry_.findGauge(key); }
+  GaugeRegistration* gaugeList() const { return registry_.gaugeList(); }
+  QString shown(std::u16string_view key) const {
+    const GaugeRegistration* entry = findGauge(key);
+    if (entry == nullptr || !entry->gauge) return QStringLiteral("<none>");
+    return QString::fromStdU16String(entry->gauge->format());
+  }
 
-TEST(GaugeRegistry, ListRunsInReverseOrderOfRegistration) {
+  GaugeRegistry registry_;
+  std::filesystem::path root_;
+};
+
+TEST_F(GaugeTypes, ListRunsInReverseOrderOfRegistration) {
   const std::vector<std::u16string> expected{u"vspeed", u"vdop", u"magvar", u"time", u"speed",
                                              u"satellites", u"xyprec", u"power", u"x", u"y",
                                              u"hdop", u"geoid", u"elevprec", u"elev", u"azimuth"};
@@ -28,7 +42,7 @@ TEST(GaugeRegistry, ListRunsInReverseOrderOfRegistration) {
   EXPECT_EQ(keys, expected);
 }
 
-TEST(GaugeRegistry, FindsKeysExactly) {
+TEST_F(GaugeTypes, FindsKeysExactly) {
   ASSERT_NE(findGauge(u"speed"), nullptr);
   EXPECT_EQ(findGauge(u"speed")->title, u"Скорость");
   EXPECT_EQ(findGauge(u"satellites")->title, u"Исп. спутников");
@@ -61,7 +75,7 @@ const FieldCase kFieldCases[] = {
     {u"vspeed", kFixVerticalSpeed, [](GpsFix& f) { f.verticalSpeed = -0.4f; }, "-0.4 м/с"},
 };
 
-TEST(FieldGauges, ShowTheirFieldWhileItsBitIsSet) {
+TEST_F(GaugeTypes, FieldGaugesShowTheirFieldWhileItsBitIsSet) {
   for (const FieldCase& field : kFieldCases) {
     GaugeRegistration* entry = findGauge(field.key);
     ASSERT_NE(entry, nullptr);
@@ -77,24 +91,14 @@ TEST(FieldGauges, ShowTheirFieldWhileItsBitIsSet) {
   }
 }
 
-class BatteryGaugeTest : public ::testing::Test {
+class BatteryGaugeTest : public GaugeTypes {
  protected:
-  void SetUp() override {
-    static int serial = 0;
-    root_ = scratchDir("power-" + std::to_string(serial++));
-    previous_ = setPowerSupplyRoot(root_);
-  }
-  void TearDown() override { setPowerSupplyRoot(previous_); }
-
   void supply(const std::string& name, const std::string& type, const std::string& attribute,
               const std::string& value) {
     std::filesystem::create_directories(root_ / name);
     std::ofstream(root_ / name / "type") << type << "\n";
     std::ofstream(root_ / name / attribute) << value << "\n";
   }
-
-  std::filesystem::path root_;
-  std::filesystem::path previous_;
 };
 
 TEST_F(BatteryGaugeTest, ExternalPowerShowsChargingWhateverTheLevel) {
@@ -122,8 +126,9 @@ TEST_F(BatteryGaugeTest, UnknownChargeShowsDash) {
 
 TEST_F(BatteryGaugeTest, NoSuppliesOrNoFolderShowsDash) {
   EXPECT_EQ(shown(u"power"), QStringLiteral("-"));
-  setPowerSupplyRoot(root_ / "missing");
-  EXPECT_EQ(shown(u"power"), QStringLiteral("-"));
+  GaugeRegistry elsewhere;
+  registerGaugeTypes(elsewhere, root_ / "missing");
+  EXPECT_EQ(elsewhere.findGauge(u"power")->gauge->format(), u"-");
 }
 
 TEST_F(BatteryGaugeTest, IgnoresTheFix) {
@@ -133,9 +138,10 @@ TEST_F(BatteryGaugeTest, IgnoresTheFix) {
   EXPECT_EQ(shown(u"power"), QStringLiteral("8 %"));
 }
 
-class TimeGaugeTest : public ::testing::Test {
+class TimeGaugeTest : public GaugeTypes {
  protected:
   void SetUp() override {
+    GaugeTypes::SetUp();
     ensureWidgetApplication();
     const char* tz = std::getenv("TZ");
     hadTz_ = tz != nullptr;
@@ -153,7 +159,7 @@ class TimeGaugeTest : public ::testing::Test {
     setenv("TZ", zone, 1);
     tzset();
   }
-  static QString showTime(int year, int month, int day, int hour, int minute, int second) {
+  QString showTime(int year, int month, int day, int hour, int minute, int second) {
     GpsFix fix;
     EXPECT_TRUE(calendarToAutomationDate({year, month, day, hour, minute, second, 0}, fix.time));
     fix.flags = kFixTime;

@@ -19,15 +19,10 @@ class GaugesPageTest : public PagesTest {
  protected:
   void SetUp() override {
     PagesTest::SetUp();
-    previousRunner_ = setGaugeDialogRunner(nullptr);
     gaugesPage().initialize();
   }
-  void TearDown() override {
-    setGaugeDialogRunner(previousRunner_);
-    PagesTest::TearDown();
-  }
 
-  static std::u16string keyOf(int cell) {
+  std::u16string keyOf(int cell) {
     const GaugeRegistration* entry = gaugesPage().cell(cell);
     return entry == nullptr ? u"<empty>" : entry->key;
   }
@@ -35,12 +30,10 @@ class GaugesPageTest : public PagesTest {
   // Holds on (x, y), then picks the menu item `command`; the dialog, if any, is answered
   // by `answer`.
   int holdAndChoose(int x, int y, int command, std::function<int(QDialog&)> answer = nullptr) {
-    setGaugeDialogRunner(std::move(answer));
+    host_.answerDialog = std::move(answer);
     gaugesPage().onContextMenu(x, y);
     return gaugesPage().onCommand(command);
   }
-
-  GaugeDialogRunner previousRunner_;
 };
 
 TEST_F(GaugesPageTest, FirstStartShowsTheInitialSet) {
@@ -50,19 +43,18 @@ TEST_F(GaugesPageTest, FirstStartShowsTheInitialSet) {
 }
 
 TEST_F(GaugesPageTest, UnknownKeyLeavesItsCellEmpty) {
-  writeSettingString("Gauge_3", u"compass");
-  writeSettingString("Gauge_8", u"magvar");
+  settings_.writeSettingString("Gauge_3", u"compass");
+  settings_.writeSettingString("Gauge_8", u"magvar");
   gaugesPage().loadCells();
   EXPECT_EQ(keyOf(3), u"<empty>");
   EXPECT_EQ(keyOf(8), u"magvar");
 }
 
 TEST_F(GaugesPageTest, GridOfTwoByFiveCellsOnTheSmallScreen) {
-  const std::filesystem::path power = scratchDir("grid-power");
+  const std::filesystem::path& power = power_;
   std::filesystem::create_directories(power / "AC");
   writeText(power / "AC" / "type", "Mains\n");
   writeText(power / "AC" / "online", "1\n");
-  const std::filesystem::path previous = setPowerSupplyRoot(power);
   const std::vector<DrawCall> calls = record(gaugesPage());
   std::vector<QRectF> cells;
   for (const DrawCall& call : calls) {
@@ -84,7 +76,6 @@ TEST_F(GaugesPageTest, GridOfTwoByFiveCellsOnTheSmallScreen) {
   }
   EXPECT_EQ(titles, 1);
   EXPECT_EQ(dashes, 7);  // all but the battery, on external power
-  setPowerSupplyRoot(previous);
 }
 
 TEST_F(GaugesPageTest, WideScreenSharesItsWholeWidth) {
@@ -109,7 +100,7 @@ TEST_F(GaugesPageTest, EveryGaugeIsUpdatedOnEveryFixShownOrNot) {
   exchangeFix(fix);
   gaugesPage().onFixChanged();
   EXPECT_EQ(repaints_, 1);
-  EXPECT_EQ(findGauge(u"magvar")->gauge->format(), u"3.0°");  // shown by no cell
+  EXPECT_EQ(gaugesPage().gauges().findGauge(u"magvar")->gauge->format(), u"3.0°");  // shown by no cell
   bool speedShown = false;
   for (const QString& text : textsOf(record(gaugesPage()))) speedShown |= text == QStringLiteral("12.5 км/ч");
   EXPECT_TRUE(speedShown);
@@ -121,7 +112,7 @@ TEST_F(GaugesPageTest, BecomingCurrentCatchesUpWithTheLatestFix) {
   fix.altitude = 312.0f;
   exchangeFix(fix);  // heard by whichever page was current, not this one
   gaugesPage().activate();
-  EXPECT_EQ(findGauge(u"elev")->gauge->format(), u"312.0 м");
+  EXPECT_EQ(gaugesPage().gauges().findGauge(u"elev")->gauge->format(), u"312.0 м");
 }
 
 TEST_F(GaugesPageTest, TapAndHoldShowsMenu125WhereHeld) {
@@ -175,7 +166,7 @@ std::function<int(QDialog&)> choose(const QString& title) {
 TEST_F(GaugesPageTest, ChoicePersistsInTheCellsSetting) {
   holdAndChoose(130, 60, kCmdChooseGauge, choose(QStringLiteral("Высота геоида")));
   EXPECT_EQ(keyOf(3), u"geoid");
-  EXPECT_EQ(readSettingString("Gauge_3", u""), u"geoid");
+  EXPECT_EQ(settings_.readSettingString("Gauge_3", u""), u"geoid");
   EXPECT_EQ(repaints_, 1);
   holdAndChoose(10, 250, kCmdChooseGauge, choose(QStringLiteral("VDOP")));
   EXPECT_EQ(keyOf(8), u"vdop");
@@ -194,7 +185,7 @@ TEST_F(GaugesPageTest, OkWithoutSelectionKeepsTheCell) {
     return dialog.result();
   });
   EXPECT_EQ(keyOf(0), u"speed");
-  EXPECT_EQ(readSettingString("Gauge_0", u"<absent>"), u"<absent>");
+  EXPECT_EQ(settings_.readSettingString("Gauge_0", u"<absent>"), u"<absent>");
   EXPECT_EQ(repaints_, 1);  // ended with 1: repainted
 }
 
@@ -218,14 +209,14 @@ TEST_F(GaugesPageTest, HoldBelowTheGridOpensNoDialog) {
 
 TEST_F(GaugesPageTest, InitialSetWritesAllTenCells) {
   holdAndChoose(5, 5, kCmdChooseGauge, choose(QStringLiteral("VDOP")));
-  writeSettingString("Gauge_9", u"hdop");
+  settings_.writeSettingString("Gauge_9", u"hdop");
   gaugesPage().loadCells();
   holdAndChoose(5, 5, kCmdResetGauges);
   const char16_t* expected[] = {u"speed", u"azimuth", u"vspeed", u"elev", u"hdop",
                                 u"satellites", u"time", u"power", u"", u""};
   for (int i = 0; i < kGaugeCellCount; ++i) {
     const std::string name = "Gauge_" + std::to_string(i);
-    EXPECT_EQ(readSettingString(name, u"<absent>"), expected[i]) << name;
+    EXPECT_EQ(settings_.readSettingString(name, u"<absent>"), expected[i]) << name;
   }
   EXPECT_EQ(keyOf(0), u"speed");
   EXPECT_EQ(keyOf(9), u"<empty>");

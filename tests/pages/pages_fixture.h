@@ -4,6 +4,8 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
+#include <functional>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -12,11 +14,15 @@
 #include <QPainter>
 #include <QString>
 
-#include "core/settings.h"
+#include "common/draw_kit.h"
 #include "common/recording_device.h"
 #include "common/test_data.h"
+#include "core/message.h"
+#include "core/settings.h"
 #include "gps/gps_state.h"
+#include "pages/info_pages.h"
 #include "pages/page.h"
+#include "pages/page_context.h"
 #include "pages/page_host.h"
 
 namespace orvel::test {
@@ -31,32 +37,57 @@ inline void ensureWidgetApplication() {
   (void)application;
 }
 
+// A host of a given size that counts repaints and keeps the pop-up menus asked for; dialogs
+// are answered by `answerDialog`.
+class TestHost : public PageHost {
+ public:
+  struct Popup {
+    int menu, x, y;
+  };
+
+  void invalidateMainWindow() override { ++repaints; }
+  int clientWidth() const override { return width; }
+  int clientHeight() const override { return height; }
+  void setPageTimer(int, int) override {}
+  void killPageTimer(int) override {}
+  void capturePointer(bool) override {}
+  void showPopupMenu(int menu, int x, int y) override { popups.push_back({menu, x, y}); }
+  int runDialog(QDialog& dialog) override { return answerDialog ? answerDialog(dialog) : 0; }
+  void openWaypointDialog(float, float, double, float) override {}
+
+  int width = 240;
+  int height = 320;
+  int repaints = 0;
+  std::vector<Popup> popups;
+  std::function<int(QDialog&)> answerDialog;
+};
+
 class PagesTest : public ::testing::Test {
  protected:
+  static void SetUpTestSuite() { ensureWidgetApplication(); }
   void SetUp() override {
-    ensureWidgetApplication();
     static int serial = 0;
     const std::filesystem::path dir = scratchDir("pages-" + std::to_string(serial++));
-    ASSERT_EQ(openSettingsAt(dir / "Orvel" / "GisOrvel.conf"), 0);
+    ASSERT_EQ(settings_.openSettingsAt(dir / "Orvel" / "GisOrvel.conf"), 0);
+    power_ = dir / "power_supply";
+    std::filesystem::create_directories(power_);
     resetGpsState();
     useSize(240, 320);
   }
-  void TearDown() override {
-    setPageHost(PageHost{});
-    resetGpsState();
-    closeSettings();
-  }
+  void TearDown() override { resetGpsState(); }
 
   void useSize(int width, int height) {
-    width_ = width;
-    height_ = height;
-    PageHost host;
-    host.invalidate = [this] { ++repaints_; };
-    host.clientWidth = [this] { return width_; };
-    host.clientHeight = [this] { return height_; };
-    host.showPopupMenu = [this](int menu, int x, int y) { popups_.push_back({menu, x, y}); };
-    setPageHost(std::move(host));
+    host_.width = width_ = width;
+    host_.height = height_ = height;
   }
+
+  // Each page is made the first time a test asks for it, with this test's context.
+  GaugesPage& gaugesPage() {
+    if (!gauges_) gauges_ = std::make_unique<GaugesPage>(context_, power_);
+    return *gauges_;
+  }
+  SatellitesPage& satellitesPage() { return made(satellites_); }
+  CompassPage& compassPage() { return made(compass_); }
 
   // Everything `page` draws, recorded.
   std::vector<DrawCall> record(Page& page) {
@@ -108,13 +139,24 @@ class PagesTest : public ::testing::Test {
     return texts;
   }
 
-  struct Popup {
-    int menu, x, y;
-  };
+  template <typename P>
+  P& made(std::unique_ptr<P>& page) {
+    if (!page) page = std::make_unique<P>(context_);
+    return *page;
+  }
+
+  Settings settings_;
+  Messages messages_;
+  std::filesystem::path power_;  // the power supplies the battery gauge reads
+  TestHost host_;
+  PageContext context_{host_, settings_, messages_, drawKit().drawing, drawKit().styles};
   int width_ = 240;
   int height_ = 320;
-  int repaints_ = 0;
-  std::vector<Popup> popups_;
+  int& repaints_ = host_.repaints;
+  std::vector<TestHost::Popup>& popups_ = host_.popups;
+  std::unique_ptr<GaugesPage> gauges_;
+  std::unique_ptr<SatellitesPage> satellites_;
+  std::unique_ptr<CompassPage> compass_;
 };
 
 }  // namespace orvel::test

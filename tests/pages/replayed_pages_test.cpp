@@ -73,8 +73,8 @@ TEST_P(ReplayedPages, ShowTheReceiversSkySignalsAndReadings) {
     EXPECT_EQ(pixelsOf(compass, Qt::magenta), 0);
   }
   // Every capture here ends with a position.
-  EXPECT_NE(findGauge(u"y")->gauge->format(), u"-");
-  EXPECT_NE(findGauge(u"x")->gauge->format(), u"-");
+  EXPECT_NE(gaugesPage().gauges().findGauge(u"y")->gauge->format(), u"-");
+  EXPECT_NE(gaugesPage().gauges().findGauge(u"x")->gauge->format(), u"-");
 }
 
 INSTANTIATE_TEST_SUITE_P(Captures, ReplayedPages, ::testing::Values("bundg_zeus_9.log", "bu353s4.log", "neo-m8n.log"),

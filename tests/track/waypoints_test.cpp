@@ -342,10 +342,11 @@ TEST_F(WaypointsTest, DrawsIconsAndNamesInsideTheVisibleBox) {
     }
   }
 
+  const DrawingObjects drawing;
   RecordingDevice device(240, 320);
   {
     QPainter painter(&device);
-    store.drawWaypoints(painter, view, visible);
+    store.drawWaypoints(painter, drawing, view, visible);
   }
   std::vector<std::u16string> texts;
   std::vector<QPoint> icons;
@@ -353,7 +354,7 @@ TEST_F(WaypointsTest, DrawsIconsAndNamesInsideTheVisibleBox) {
     if (call.kind == DrawCall::Kind::Text) {
       texts.push_back(call.text.toStdU16String());
       // The shared 12-pixel "Arial" label font.
-      EXPECT_EQ(call.font.pixelSize(), drawingObjects().smallFont.pixelSize());
+      EXPECT_EQ(call.font.pixelSize(), drawing.smallFont.pixelSize());
       EXPECT_EQ(call.font.family(), qtFamilyFor("Arial"));
       EXPECT_EQ(call.pen.color(), QColor(Qt::black));
       EXPECT_EQ(call.backgroundMode, Qt::TransparentMode);

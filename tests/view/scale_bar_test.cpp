@@ -24,6 +24,8 @@ struct ScaleCase {
 class ScaleBar : public ::testing::TestWithParam<ScaleCase> {
  protected:
   static void SetUpTestSuite() { test::ensureGuiApplication(); }
+
+  const DrawingObjects objects_;
 };
 
 TEST_P(ScaleBar, BracketAndLabel) {
@@ -36,7 +38,7 @@ TEST_P(ScaleBar, BracketAndLabel) {
 
   RecordingDevice device(240, 320);
   QPainter painter(&device);
-  drawScaleBar(painter, view, 10, 305);
+  drawScaleBar(painter, objects_, view, 10, 305);
   painter.end();
 
   // The same bracket at every zoom step and rotation: white 3 px under black 1 px.
@@ -57,8 +59,8 @@ TEST_P(ScaleBar, BracketAndLabel) {
   const QString expected = QString::fromUtf16(c.label);
   EXPECT_EQ(label.text, expected);
   EXPECT_EQ(label.pen.color(), QColor(Qt::black));
-  EXPECT_EQ(label.font, drawingObjects().smallFont);
-  const QFontMetrics metrics(drawingObjects().smallFont);
+  EXPECT_EQ(label.font, objects_.smallFont);
+  const QFontMetrics metrics(objects_.smallFont);
   const int w = metrics.horizontalAdvance(expected);
   EXPECT_EQ(label.deviceOrigin(), QPointF((31 + 32 - w) / 2, 306 - metrics.height() + metrics.ascent()));
 }

@@ -23,7 +23,7 @@ class TextDraw : public ::testing::Test {
   QPoint drawnTopLeft(int x, int y, std::u16string_view text, unsigned format) {
     RecordingDevice device(240, 320);
     QPainter painter(&device);
-    painter.setFont(drawingObjects().smallFont);
+    painter.setFont(objects_.smallFont);
     drawTextAt(painter, x, y, text, format);
     painter.end();
     const auto texts = device.callsOf(DrawCall::Kind::Text);
@@ -32,7 +32,9 @@ class TextDraw : public ::testing::Test {
     const QPointF origin = texts[0].deviceOrigin();
     return {int(origin.x()), int(origin.y()) - metrics().ascent()};
   }
-  static QFontMetrics metrics() { return QFontMetrics(drawingObjects().smallFont); }
+  QFontMetrics metrics() const { return QFontMetrics(objects_.smallFont); }
+
+  const DrawingObjects objects_;
 };
 
 TEST_F(TextDraw, AnchorsTheTextBoxByFormat) {
@@ -68,7 +70,7 @@ TEST_F(TextDraw, DrawsAmpersandLiterally) {
 TEST_F(TextDraw, HaloIsFourWhiteDiagonalsThenTheColour) {
   RecordingDevice device(100, 100);
   QPainter painter(&device);
-  painter.setFont(drawingObjects().smallFont);
+  painter.setFont(objects_.smallFont);
   const QPen before(QColor(10, 20, 30), 2);
   painter.setPen(before);
   drawHaloText(painter, 40, 30, u"5 м", kTextLeft, QColor(200, 0, 0));
@@ -104,7 +106,7 @@ TEST_F(TextDraw, NorthArrowCornersAndColours) {
     SCOPED_TRACE(c.angle);
     RecordingDevice device(200, 200);
     QPainter painter(&device);
-    drawNorthArrow(painter, 100, 50, 15, 5, c.angle);
+    drawNorthArrow(painter, objects_, 100, 50, 15, 5, c.angle);
     painter.end();
     const auto polygons = device.callsOf(DrawCall::Kind::Polygon);
     ASSERT_EQ(polygons.size(), 2u);
@@ -120,7 +122,7 @@ TEST_F(TextDraw, NorthArrowCornersAndColours) {
 }
 
 TEST_F(TextDraw, SharedDrawingObjects) {
-  const DrawingObjects& objects = drawingObjects();
+  const DrawingObjects& objects = objects_;
   // Heights are character cells (ascent + descent), not em sizes.
   EXPECT_NEAR(QFontMetrics(objects.smallFont).height(), 12, 1);
   EXPECT_NEAR(QFontMetrics(objects.largeFont).height(), 14, 1);

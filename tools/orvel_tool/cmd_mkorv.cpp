@@ -7,7 +7,7 @@
 
 #include "commands.h"
 #include "map/img/img_map_file.h"
-#include "map/mapped_file.h"
+#include "map/format/mapped_file.h"
 #include "map/orv/convert/orv_writer.h"
 
 namespace orvel::tool {
@@ -71,7 +71,7 @@ int runMkorv(std::span<const char* const> args) {
   if (file.open(inPath) != MappedFile::Status::Ok) return fail(std::string("cannot read ") + inPath);
   ImgMapFile img;
   if (!img.probe(file.bytes())) return fail(std::string(inPath) + " is not an IMG map");
-  if (!img.load(file.bytes())) return kExitFailed;  // the reason went to stderr
+  if (!img.load(file.bytes())) return fail(img.loadError());
 
   const OrvProgress progress = verbose ? OrvProgress([](const std::string& line) {
     std::fprintf(stderr, "mkorv: %s\n", line.c_str());

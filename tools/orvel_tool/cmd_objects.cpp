@@ -4,8 +4,10 @@
 
 #include "core/utf.h"
 #include "commands.h"
+#include "core/message.h"
+#include "map/current_map.h"
 #include "map/catalogue/catalogue.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "view/map_view.h"
 #include "view_options.h"
 
@@ -60,14 +62,12 @@ int runObjects(std::span<const char* const> args) {
   ViewOptions options;
   if (const int code = parseViewOptions("objects", args, OptionSet{}, options); code != kExitOk) return code;
 
+  Messages messages;  // to stderr
+  CurrentMap map(messages);
   MapView view;
-  if (!openMapView(options, view)) {
-    closeMapFile();
-    return kExitFailed;
-  }
-  ObjectPrinter printer(*currentMap());
-  currentMap()->decode(view, view.visibleRect(), printer);
-  closeMapFile();
+  if (!openMapView(options, view, map)) return kExitFailed;
+  ObjectPrinter printer(*map.currentMap());
+  map.currentMap()->decode(view, view.visibleRect(), printer);
   return kExitOk;
 }
 

@@ -10,9 +10,11 @@
 #include <QString>
 
 #include "commands.h"
+#include "compose/view_composer.h"
+#include "core/message.h"
+#include "core/settings.h"
 #include "map/catalogue/map_styles.h"
-#include "map/map_file.h"
-#include "view/compose.h"
+#include "map/current_map.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
 #include "view_options.h"
@@ -21,12 +23,12 @@ namespace orvel::tool {
 namespace {
 
 // Composes `count` times; prints the median and the slowest time.
-void benchCompose(ViewComposer& composer, const MapView& view, int count) {
+void benchCompose(ViewComposer& composer, MapFile* map, const MapView& view, int count) {
   std::vector<double> ms;
   ms.reserve(static_cast<size_t>(count));
   for (int i = 0; i < count; ++i) {
     const auto start = std::chrono::steady_clock::now();
-    composer.composeView(currentMap(), view);
+    composer.composeView(map, view);
     const auto end = std::chrono::steady_clock::now();
     ms.push_back(std::chrono::duration<double, std::milli>(end - start).count());
   }
@@ -62,24 +64,20 @@ int runRender(std::span<const char* const> args) {
   }
   if (options.output == nullptr && options.bench == 0) return usageError("render", "missing -o OUT.png (try --help)");
 
-  const std::unique_ptr<QGuiApplication> app = makeGuiApplication();
+  const GuiApplication app;
   // Made once before any drawing, as the viewer does at start-up.
-  createDrawingObjects();
-  createMapStyles();
-
-  int result = kExitOk;
+  const DrawingObjects drawing;
+  const MapStyles styles;
+  const Settings settings;  // none opened: every layer at its default
+  Messages messages;        // to stderr
+  CurrentMap map(messages);
   MapView view;
-  if (!openMapView(options, view)) {
-    result = kExitFailed;
-  } else {
-    ViewComposer composer;
-    composer.composeView(currentMap(), view);
-    if (options.output != nullptr && !writePicture(composer, view, options.output)) result = kExitFailed;
-    if (options.bench > 0) benchCompose(composer, view, options.bench);
-  }
-  closeMapFile();
-  destroyMapStyles();
-  destroyDrawingObjects();
+  if (!openMapView(options, view, map)) return kExitFailed;
+  ViewComposer composer(settings, drawing, styles);
+  composer.composeView(map.currentMap(), view);
+  int result = kExitOk;
+  if (options.output != nullptr && !writePicture(composer, view, options.output)) result = kExitFailed;
+  if (options.bench > 0) benchCompose(composer, map.currentMap(), view, options.bench);
   return result;
 }
 

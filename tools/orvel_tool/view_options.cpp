@@ -1,5 +1,9 @@
 #include "view_options.h"
 
+#include <cstdio>
+
+#include "map/current_map.h"
+
 #include <charconv>
 #include <cmath>
 #include <cstdlib>
@@ -8,7 +12,7 @@
 #include <QGuiApplication>
 
 #include "commands.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "geo/units.h"
 
 namespace orvel::tool {
@@ -93,9 +97,9 @@ int parseViewOptions(std::string_view command, std::span<const char* const> args
   return kExitOk;
 }
 
-bool openMapView(const ViewOptions& options, MapView& view) {
+bool openMapView(const ViewOptions& options, MapView& view, CurrentMap& map) {
   view.setScreenSize(options.width, options.height);
-  if (!openMapFile(options.map, view)) return false;  // the message went to stderr
+  if (!map.openMapFile(options.map, view)) return false;  // the message went to stderr
   if (options.zoom) view.setZoomIndex(*options.zoom);
   if (options.centre) view.setCentre(options.centre->x, options.centre->y);
   view.setRotation(options.rotation);
@@ -104,26 +108,27 @@ bool openMapView(const ViewOptions& options, MapView& view) {
 
 namespace {
 
-QtMessageHandler previousHandler = nullptr;
-
-// The offscreen platform's note that it made up a runtime folder says nothing to the user.
+// Qt's messages as Qt prints them, less the offscreen platform's note that it made up a
+// runtime folder, which says nothing to the user.
 void quietHandler(QtMsgType type, const QMessageLogContext& context, const QString& message) {
   if (type == QtWarningMsg && message.startsWith(QLatin1String("QStandardPaths: XDG_RUNTIME_DIR not set"))) return;
-  if (previousHandler != nullptr) previousHandler(type, context, message);
+  std::fprintf(stderr, "%s\n", qPrintable(qFormatLogMessage(type, context, message)));
 }
 
 }  // namespace
 
-std::unique_ptr<QGuiApplication> makeGuiApplication() {
-  if (previousHandler == nullptr) previousHandler = qInstallMessageHandler(quietHandler);
+GuiApplication::GuiApplication() {
+  qInstallMessageHandler(quietHandler);
   if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM") && qEnvironmentVariableIsEmpty("DISPLAY") &&
       qEnvironmentVariableIsEmpty("WAYLAND_DISPLAY")) {
     qputenv("QT_QPA_PLATFORM", "offscreen");
   }
-  static int argc = 1;
-  static char name[] = "orvel-tool";
-  static char* argv[] = {name, nullptr};
-  return std::make_unique<QGuiApplication>(argc, argv);
+  app_ = std::make_unique<QGuiApplication>(argc_, argv_);
+}
+
+GuiApplication::~GuiApplication() {
+  app_.reset();
+  qInstallMessageHandler(nullptr);
 }
 
 }  // namespace orvel::tool

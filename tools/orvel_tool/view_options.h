@@ -11,6 +11,10 @@
 
 class QGuiApplication;
 
+namespace orvel {
+class CurrentMap;
+}  // namespace orvel
+
 namespace orvel::tool {
 
 struct ViewOptions {
@@ -36,11 +40,23 @@ struct OptionSet {
 int parseViewOptions(std::string_view command, std::span<const char* const> args, OptionSet allowed,
                      ViewOptions& out);
 
-// Opens the map as the viewer does (the view's zoom and centre chosen by opening), then
-// applies the options. False (the reason on stderr) when the map cannot be opened.
-bool openMapView(const ViewOptions& options, MapView& view);
+// Opens the map into `map` as the viewer does (the view's zoom and centre chosen by opening),
+// then applies the options. False (the reason on stderr) when the map cannot be opened.
+bool openMapView(const ViewOptions& options, MapView& view, CurrentMap& map);
 
 // The GUI application for painting, on the offscreen platform when there is no display.
-std::unique_ptr<QGuiApplication> makeGuiApplication();
+class GuiApplication {
+ public:
+  GuiApplication();
+  ~GuiApplication();
+  GuiApplication(const GuiApplication&) = delete;
+  GuiApplication& operator=(const GuiApplication&) = delete;
+
+ private:
+  int argc_ = 1;
+  char name_[11] = "orvel-tool";
+  char* argv_[2] = {name_, nullptr};
+  std::unique_ptr<QGuiApplication> app_;
+};
 
 }  // namespace orvel::tool

@@ -92,11 +92,6 @@ ptrdiff_t rowIndex(const TypeStyle* row, std::span<const TypeStyle> table) {
   return row - table.data();
 }
 
-std::unique_ptr<MapStyles>& instance() {
-  static std::unique_ptr<MapStyles> styles;
-  return styles;
-}
-
 }  // namespace
 
 MapStyles::MapStyles() {
@@ -192,17 +187,6 @@ const QImage* MapStyles::icon(uint16_t id) const {
   auto it = std::lower_bound(icons_.begin(), icons_.end(), id,
                              [](const auto& entry, uint16_t key) { return entry.first < key; });
   return it != icons_.end() && it->first == id ? &it->second : nullptr;
-}
-
-void createMapStyles() {
-  if (!instance()) instance() = std::make_unique<MapStyles>();
-}
-
-void destroyMapStyles() { instance().reset(); }
-
-const MapStyles& mapStyles() {
-  createMapStyles();
-  return *instance();
 }
 
 }  // namespace orvel

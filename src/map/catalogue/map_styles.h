@@ -81,11 +81,4 @@ class MapStyles {
   std::array<const QImage*, kPointTypeCount> pointIcons_{};  // per point row
 };
 
-// The process-wide style set. createMapStyles makes it if it does not exist (the map page
-// calls it when created); destroyMapStyles deletes it (at tear-down, before the
-// QGuiApplication goes). mapStyles() makes it on first use when nobody did.
-void createMapStyles();
-void destroyMapStyles();
-const MapStyles& mapStyles();
-
 }  // namespace orvel

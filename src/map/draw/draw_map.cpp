@@ -3,7 +3,7 @@
 #include <QPainter>
 
 #include "map/draw/map_painter.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 
 namespace orvel {
 

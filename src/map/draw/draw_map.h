@@ -5,21 +5,30 @@
 
 #include <QPoint>
 
-#include "map/labels/label_placer.h"
 #include "geo/units.h"
+#include "map/labels/label_placer.h"
+#include "view/text_measure.h"
 
 class QPainter;
 
 namespace orvel {
 
 class MapFile;
+class MapStyles;
 class MapView;
 
-// What drawing keeps from one picture to the next: the label store and room for one
-// object's points on the screen. It belongs to whoever draws maps again and again (the view
+// What drawing uses and keeps from one picture to the next: the styles of the map object
+// types, the kept advances of the label fonts, the label store and room for one object's
+// points on the screen. It belongs to whoever draws maps again and again (the view
 // composer). The point arrays grow to the largest object drawn and are then reused, so
 // drawing allocates nothing per object.
 struct MapDrawContext {
+  explicit MapDrawContext(const MapStyles& mapStyles) : styles(mapStyles), labels(measure) {}
+  MapDrawContext(const MapDrawContext&) = delete;
+  MapDrawContext& operator=(const MapDrawContext&) = delete;
+
+  const MapStyles& styles;
+  TextMeasure measure;
   LabelPlacer labels;
   std::vector<MapPoint> screen;
   std::vector<QPoint> qtScreen;

@@ -17,7 +17,7 @@
 namespace orvel {
 MapPainter::MapPainter(QPainter& painter, const MapView& view, const MapRect& visible, MapFile& map,
                        MapDrawContext& context)
-    : painter_(painter), view_(view), visible_(visible), map_(map), context_(context), styles_(mapStyles()) {}
+    : painter_(painter), view_(view), visible_(visible), map_(map), context_(context), styles_(context.styles) {}
 
 void MapPainter::begin() {
   context_.labels.resetLabels(view_.screenWidth(), view_.screenHeight());
@@ -61,7 +61,7 @@ int MapPainter::fetchLabel(uint32_t labelRef) {
 }
 
 int MapPainter::textWidth(const QFont& font, int length) const {
-  return textExtent(font, std::u16string_view(text_, static_cast<size_t>(length))).width();
+  return context_.measure.measureText(font, std::u16string_view(text_, static_cast<size_t>(length))).width();
 }
 
 void MapPainter::usePen(const QPen* pen) {
@@ -109,7 +109,7 @@ void MapPainter::drawLine(const MapObject& object) {
   const int length = fetchLabel(object.labelRef);
   if (length == 0) return;
   const LabelStyle& style = styles_.lineLabel(row);
-  const QSize extent = textExtent(style.font, std::u16string_view(text_, static_cast<size_t>(length)));
+  const QSize extent = context_.measure.measureText(style.font, std::u16string_view(text_, static_cast<size_t>(length)));
   if (!view_.isLargeEnough(box, extent.width())) return;
   context_.labels.addLineLabel(object.labelRef, projected(count), style.font, style.colour, extent.height(),
                                extent.width());

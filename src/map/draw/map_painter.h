@@ -21,7 +21,7 @@
 #include <span>
 
 #include "map/draw/draw_map.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "geo/units.h"
 
 class QBrush;

@@ -5,7 +5,7 @@
 #include <cstdint>
 #include <span>
 
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 
 namespace orvel {
 

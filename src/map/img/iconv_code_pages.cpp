@@ -32,49 +32,37 @@ const IconvNames* findNames(uint16_t codePage) {
   return nullptr;
 }
 
-// One open converter per thread, kept for the code page last asked for: a map has one code
-// page, and opening a converter costs far more than converting a label.
-class ConverterCache {
+// An open converter for one decoding, closed when it goes. Opening is cheap once the C
+// library has loaded the code page's tables, and only labels of these code pages pay it.
+class Converter {
  public:
-  ~ConverterCache() { close(); }
-
-  iconv_t get(uint16_t codePage) {
-    if (codePage != codePage_ || !tried_) {
-      close();
-      codePage_ = codePage;
-      tried_ = true;
-      if (const IconvNames* names = findNames(codePage)) {
-        for (const char* name : names->names) {
-          converter_ = iconv_open("UTF-16LE", name);
-          if (converter_ != kNoConverter) break;
-        }
+  explicit Converter(uint16_t codePage) {
+    if (const IconvNames* names = findNames(codePage)) {
+      for (const char* name : names->names) {
+        converter_ = iconv_open("UTF-16LE", name);
+        if (converter_ != kNoConverter) break;
       }
     }
-    return converter_;
   }
+  ~Converter() {
+    if (converter_ != kNoConverter) iconv_close(converter_);
+  }
+  Converter(const Converter&) = delete;
+  Converter& operator=(const Converter&) = delete;
+  iconv_t get() const { return converter_; }
 
  private:
-  void close() {
-    if (converter_ != kNoConverter) iconv_close(converter_);
-    converter_ = kNoConverter;
-    tried_ = false;
-  }
-
   iconv_t converter_ = kNoConverter;
-  uint16_t codePage_ = 0;
-  bool tried_ = false;
 };
-
-thread_local ConverterCache cache;
 
 }  // namespace
 
 bool isIconvCodePage(uint16_t codePage) { return findNames(codePage) != nullptr; }
 
 int decodeWithIconv(Bytes text, uint16_t codePage, std::span<char16_t> out) {
-  iconv_t converter = cache.get(codePage);
+  const Converter open(codePage);
+  iconv_t converter = open.get();
   if (converter == kNoConverter) return -1;
-  iconv(converter, nullptr, nullptr, nullptr, nullptr);  // back to the initial state
 
   // iconv never writes through its input pointer; the cast only satisfies its signature.
   char* in = const_cast<char*>(reinterpret_cast<const char*>(text.data()));

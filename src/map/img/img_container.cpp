@@ -4,7 +4,7 @@
 #include <string_view>
 #include <unordered_map>
 
-#include "map/byte_reader.h"
+#include "map/format/byte_reader.h"
 
 namespace orvel {
 namespace {

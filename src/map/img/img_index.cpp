@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <array>
 
-#include "map/byte_reader.h"
+#include "map/format/byte_reader.h"
 #include "geo/units.h"
 
 namespace orvel {

@@ -2,7 +2,6 @@
 
 #include <new>
 
-#include "core/message.h"
 #include "map/img/img_container.h"
 
 namespace orvel {
@@ -12,28 +11,17 @@ constexpr const char* kUnsupported = "Не поддерживаемый форм
 constexpr const char* kEncrypted = "Карта зашифрована.\n (ПРИМЕЧАНИЕ: Зашифрованные карты не поддерживаются.)";
 constexpr const char* kNoMemory = "Не достаточно свободной памяти.";
 
-bool refuse() {
-  showMessage("%s", kUnsupported);
-  return false;
-}
-
-bool noMemory() {
-  showMessage("%s", kNoMemory);
-  return false;
-}
-
-// Tells the user why a tile could not be read; false.
-bool report(ImgTileStatus status, const ImgTile& tile) {
+// Why a tile could not be read, in the user's words; empty when it could.
+std::string reason(ImgTileStatus status, const ImgTile& tile) {
   switch (status) {
-    case ImgTileStatus::kOk: return true;
-    case ImgTileStatus::kUnsupported: return refuse();
-    case ImgTileStatus::kEncrypted: showMessage("%s", kEncrypted); return false;
-    case ImgTileStatus::kNoMemory: return noMemory();
+    case ImgTileStatus::kOk: return {};
+    case ImgTileStatus::kUnsupported: return kUnsupported;
+    case ImgTileStatus::kEncrypted: return kEncrypted;
+    case ImgTileStatus::kNoMemory: return kNoMemory;
     case ImgTileStatus::kBadLabelCoding:
-      showMessage("Unsupported label code schema: %d", tile.labelCoding());
-      return false;
+      return "Unsupported label code schema: " + std::to_string(tile.labelCoding());
   }
-  return false;
+  return kUnsupported;
 }
 
 MapRect unite(const MapRect& a, const MapRect& b) {
@@ -49,7 +37,7 @@ ImgMapFile::~ImgMapFile() = default;
 bool ImgMapFile::probe(Bytes file) { return isImgContainer(file); }
 
 bool ImgMapFile::load(Bytes file) {
-  if (file.size() < 22) return refuse();
+  if (file.size() < 22) return fail(kUnsupported);
 
   // A non-zero key scrambles every byte, the header included: work on a descrambled copy.
   xorKey_ = imgXorKey(file);
@@ -59,7 +47,7 @@ bool ImgMapFile::load(Bytes file) {
     try {
       copy_.assign(file.begin(), file.end());
     } catch (const std::bad_alloc&) {
-      return noMemory();
+      return fail(kNoMemory);
     }
     for (uint8_t& byte : copy_) byte ^= xorKey_;
     file_ = copy_;
@@ -79,14 +67,15 @@ bool ImgMapFile::loadTile(const ImgDirectory& dir) {
     tiles_.emplace_back(dir.tileName, dir.subfiles);
     tileBounds_.resize(1);
   } catch (const std::bad_alloc&) {
-    return noMemory();
+    return fail(kNoMemory);
   }
   ImgTile& tile = tiles_.front();
   const ImgTileStatus header = tile.loadHeader(file_);
   bounds_ = tile.bounds();  // set even for a locked tile
   tileBounds_[0] = tile.bounds();
-  if (!report(header, tile)) return false;
-  return report(tile.loadIndex(file_), tile);
+  if (header != ImgTileStatus::kOk) return fail(reason(header, tile));
+  const ImgTileStatus index = tile.loadIndex(file_);
+  return index == ImgTileStatus::kOk || fail(reason(index, tile));
 }
 
 bool ImgMapFile::loadSet() {
@@ -108,11 +97,11 @@ bool ImgMapFile::loadSet() {
     for (const ImgTile& tile : tiles_) tileBounds_.push_back(tile.bounds());
     visited_.reserve(tiles_.size());
   } catch (const std::bad_alloc&) {
-    return noMemory();
+    return fail(kNoMemory);
   }
   if (tiles_.empty()) {
-    if (locked > 0) return report(ImgTileStatus::kEncrypted, empty_);
-    return refuse();
+    if (locked > 0) return fail(kEncrypted);
+    return fail(kUnsupported);
   }
   bounds_ = tileBounds_.front();
   for (const MapRect& b : tileBounds_) bounds_ = unite(bounds_, b);

@@ -15,7 +15,7 @@
 #include "map/img/img_subdivision.h"
 #include "map/img/img_tile.h"
 #include "map/img/label_decoder.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 
 namespace orvel {
 

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <new>
 
-#include "map/byte_reader.h"
+#include "map/format/byte_reader.h"
 #include "map/img/img_index.h"
 
 namespace orvel {

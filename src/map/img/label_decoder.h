@@ -2,7 +2,7 @@
 // Decoding of IMG labels from the label data of the LBL subfile into UTF-16 text.
 #include <cstdint>
 
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 
 namespace orvel {
 

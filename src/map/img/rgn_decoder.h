@@ -27,7 +27,7 @@
 
 #include "map/img/img_map_file.h"
 #include "map/img/img_subdivision.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "geo/units.h"
 
 namespace orvel {

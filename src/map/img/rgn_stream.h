@@ -4,7 +4,7 @@
 // the stream's first bits.
 #include <cstdint>
 
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "geo/units.h"
 
 namespace orvel {

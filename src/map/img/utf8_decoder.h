@@ -2,7 +2,7 @@
 // UTF-8 to UTF-16 for labels of maps whose code page is 65001.
 #include <span>
 
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 
 namespace orvel {
 

@@ -6,8 +6,9 @@
 #include <QPaintEngine>
 #include <QPainter>
 
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "view/text_draw.h"
+#include "view/text_measure.h"
 
 namespace orvel {
 
@@ -62,7 +63,7 @@ bool LabelPlacer::addPointLabel(std::u16string_view text, uint32_t labelRef, int
                                 const QFont& font, const QColor& colour) {
   // Cell values are list indexes and 0xFFFF means free, so that many labels is the limit.
   if (pending_.size() >= kFreeCell) return false;
-  const QSize extent = textExtent(font, text);
+  const QSize extent = measure_.measureText(font, text);
 
   // The box covers the cells from (x, y) to (x + w, y + h) inclusive, and only those inside
   // the grid are tested. A box starting left of or above the screen is cut at column or row
@@ -167,7 +168,7 @@ void LabelPlacer::drawTurned(QPainter& painter, QPainter& scratchPainter, const 
   scratchPainter.setCompositionMode(QPainter::CompositionMode_SourceOver);
   scratchPainter.setFont(label.font);
   scratchPainter.setPen(label.colour);
-  drawTextAt(scratchPainter, kScratchMargin, kScratchMargin, text, label.alignment);
+  drawTextAt(scratchPainter, kScratchMargin, kScratchMargin, text, label.alignment, &measure_);
 
   // The text's top-left corner stays at the position and the line turns about it.
   const QTransform saved = painter.worldTransform();
@@ -192,13 +193,13 @@ void LabelPlacer::drawLabels(QPainter& painter, MapFile& map) {
     painter.setFont(label.font);
     painter.setPen(label.colour);
     if (label.rotation == 0) {
-      drawTextAt(painter, label.x(), label.y(), view, label.alignment);
+      drawTextAt(painter, label.x(), label.y(), view, label.alignment, &measure_);
       continue;
     }
     const QTransform saved = painter.worldTransform();
     painter.translate(label.x(), label.y());
     painter.rotate(-label.rotation / 10.0);
-    drawTextAt(painter, 0, 0, view, label.alignment);
+    drawTextAt(painter, 0, 0, view, label.alignment, &measure_);
     painter.setWorldTransform(saved);
   }
 }

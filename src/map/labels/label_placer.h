@@ -20,6 +20,8 @@ class QPainter;
 
 namespace orvel {
 
+class TextMeasure;
+
 class MapFile;
 
 struct PendingLabel {
@@ -38,6 +40,9 @@ struct PendingLabel {
 
 class LabelPlacer {
  public:
+  // Labels are measured with `measure`, which keeps the advances of the label fonts.
+  explicit LabelPlacer(TextMeasure& measure) : measure_(measure) {}
+
   static constexpr int kCellWidth = 8;
   static constexpr int kCellHeight = 4;
   static constexpr uint16_t kFreeCell = 0xFFFF;
@@ -74,6 +79,7 @@ class LabelPlacer {
   }
 
  private:
+  TextMeasure& measure_;
   void append(uint32_t labelRef, int64_t x, int64_t y, const QFont& font, const QColor& colour,
               int16_t rotation, uint8_t alignment, int textWidth = 0, int textHeight = 0);
   void drawTurned(QPainter& painter, QPainter& scratchPainter, const PendingLabel& label,

@@ -1,6 +1,6 @@
 #include "map/orv/orv_code_table.h"
 
-#include "map/byte_reader.h"
+#include "map/format/byte_reader.h"
 
 namespace orvel {
 

@@ -1,7 +1,7 @@
 #include <cstdio>
 #include <string>
 
-#include "map/map_facts.h"
+#include "map/format/map_facts.h"
 #include "map/orv/orv_map_file.h"
 
 namespace orvel {

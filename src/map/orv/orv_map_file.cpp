@@ -2,7 +2,7 @@
 
 #include <cstring>
 
-#include "map/byte_reader.h"
+#include "map/format/byte_reader.h"
 
 namespace orvel {
 namespace {

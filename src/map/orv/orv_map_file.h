@@ -10,7 +10,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "map/orv/orv_code_table.h"
 #include "map/orv/orv_format.h"
 

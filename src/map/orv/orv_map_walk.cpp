@@ -1,7 +1,7 @@
 // Walking the object data of one level: blocks, their sections, and the objects in them.
 #include <algorithm>
 
-#include "map/byte_reader.h"
+#include "map/format/byte_reader.h"
 #include "map/catalogue/catalogue.h"
 #include "map/orv/orv_map_file.h"
 

@@ -12,6 +12,10 @@
 #include "map/catalogue/patterns.h"
 
 namespace orvel {
+
+// The suite's one style set (qt_environment.cpp).
+const MapStyles& mapStyles();
+
 namespace {
 
 struct PenCase {
@@ -257,16 +261,6 @@ TEST(Patterns, AreOpaqueTilesWithADrawing) {
   }
   EXPECT_TRUE(loadPatternTile(115).isNull());
   EXPECT_TRUE(loadPatternTile(123).isNull());
-}
-
-TEST(StyleSet, IsMadeOnceAndCanBeMadeAgainAfterDestruction) {
-  createMapStyles();
-  const MapStyles* first = &mapStyles();
-  createMapStyles();
-  EXPECT_EQ(&mapStyles(), first);
-  destroyMapStyles();
-  createMapStyles();
-  EXPECT_EQ(mapStyles().lineMainPen(nullptr).width(), 1);
 }
 
 }  // namespace

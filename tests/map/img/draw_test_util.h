@@ -11,16 +11,20 @@
 #include <QImage>
 
 #include "core/message.h"
+#include "common/draw_kit.h"
 #include "common/recording_device.h"
 #include "common/test_data.h"
 #include "map/catalogue/catalogue.h"
 #include "map/catalogue/map_styles.h"
 #include "map/draw/draw_map.h"
 #include "map/img/img_map_file.h"
-#include "view/compose.h"
+#include "compose/view_composer.h"
+#include "core/settings.h"
+#include "view/drawing_objects.h"
 #include "view/map_view.h"
 
 namespace orvel::test {
+
 
 // The single-tile maps of the test data.
 inline const char* const kSingleTileMaps[] = {
@@ -37,7 +41,6 @@ inline std::unique_ptr<LoadedMap> loadBytes(std::vector<unsigned char> bytes) {
   auto loaded = std::make_unique<LoadedMap>();
   loaded->bytes = std::move(bytes);
   loaded->bytes.shrink_to_fit();
-  MessageRecorder quiet;
   const Bytes view(loaded->bytes.data(), loaded->bytes.size());
   if (!loaded->map.probe(view) || !loaded->map.load(view)) return nullptr;
   return loaded;
@@ -69,7 +72,7 @@ inline MapView viewAt(double lat, double lon, uint32_t zoom, int width = 240, in
 
 // The map picture as the map page composes it.
 inline QImage compose(MapFile& map, const MapView& view) {
-  ViewComposer composer;
+  ViewComposer composer(drawKit().settings, drawKit().drawing, drawKit().styles);
   composer.composeView(&map, view);
   return composer.picture();
 }
@@ -87,7 +90,7 @@ inline int inkPixels(const QImage& image) {
 inline std::unique_ptr<RecordingDevice> record(MapFile& map, const MapView& view) {
   auto device = std::make_unique<RecordingDevice>(view.screenWidth(), view.screenHeight());
   QPainter painter(device.get());
-  MapDrawContext drawing;
+  MapDrawContext drawing(mapStyles());
   drawMap(painter, map, view, view.visibleRect(), drawing);
   return device;
 }

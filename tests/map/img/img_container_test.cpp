@@ -24,11 +24,11 @@ struct Loaded {
   std::vector<std::string> messages;
 };
 
+// What loading tells the user: nothing when it succeeds, its one reason when it fails.
 Loaded load(ImgMapFile& map, const ByteVector& bytes) {
-  MessageRecorder recorder;
   Loaded result;
   result.ok = map.load(bytes);
-  result.messages = recorder.messages();
+  if (!result.ok) result.messages.push_back(map.loadError());
   return result;
 }
 

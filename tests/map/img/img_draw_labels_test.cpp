@@ -122,7 +122,7 @@ TEST_F(Codings, ReferencesOutsideTheLabelDataGiveEmptyTexts) {
 // Label widths are summed from cached character advances; that must give what laying the
 // text out gives, for every label of the maps in every label font.
 TEST_F(Codings, QuickWidthsOfEveryLabelMatchTheLaidOutText) {
-  const MapStyles& styles = mapStyles();
+  const MapStyles& styles = test::mapStyles();
   const QFont fonts[] = {styles.label(LabelId::ABlack).font, styles.label(LabelId::P12Grey).font,
                          styles.label(LabelId::P14Black).font, styles.label(LabelId::P18Black).font};
   for (const char* name : {"monaco_cp1252.img", "monaco_default_6bit.img", "liechtenstein_route_cp1252_bs512.img"}) {

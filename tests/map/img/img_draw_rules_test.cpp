@@ -13,6 +13,7 @@
 
 #include "common/recording_device.h"
 #include "map/catalogue/catalogue.h"
+#include "draw_test_util.h"
 #include "map/catalogue/map_styles.h"
 #include "map/draw/map_painter.h"
 #include "map/img/rgn_decoder.h"
@@ -103,7 +104,7 @@ class DrawRules : public ::testing::Test {
 
   MapView view_;
   LabelledMap map_;
-  MapDrawContext drawing_;
+  MapDrawContext drawing_{test::mapStyles()};
 };
 
 TEST_F(DrawRules, PolygonTypesThatDescribeTheMapAreNeverDrawn) {
@@ -166,7 +167,7 @@ TEST_F(DrawRules, PointsGetTheirIconCentredAndTheirLabelBelowRight) {
   EXPECT_EQ(calls[0].rect.topLeft(), QPointF(85, 105));
   EXPECT_EQ(calls[0].rect.size(), QSizeF(31, 31));
 
-  const LabelStyle& restaurant = mapStyles().pointLabel(findPointType(0x2A00));
+  const LabelStyle& restaurant = test::mapStyles().pointLabel(findPointType(0x2A00));
   EXPECT_EQ(calls[1].kind, DrawCall::Kind::Text);
   EXPECT_EQ(calls[1].text, "Cafe");
   EXPECT_EQ(calls[1].deviceOrigin(), QPointF(103, 123 + QFontMetrics(restaurant.font).ascent()));
@@ -207,7 +208,7 @@ TEST_F(DrawRules, AreaLabelsNeedRoomForTheirText) {
   }();
   ASSERT_EQ(texts.size(), 1u);
   EXPECT_EQ(texts[0].text, "Lake");
-  const LabelStyle& lake = mapStyles().polygonLabel(findPolygonType(0x3C));
+  const LabelStyle& lake = test::mapStyles().polygonLabel(findPolygonType(0x3C));
   EXPECT_EQ(texts[0].pen.color(), lake.colour);
   EXPECT_EQ(texts[0].pen.color(), QColor(0, 0, 128));
   // Centred on the vertex mean (50, 50).

@@ -49,7 +49,6 @@ class DamagedImgMap : public ::testing::TestWithParam<const char*> {
 };
 
 TEST_P(DamagedImgMap, CutShort) {
-  MessageRecorder quiet;
   const size_t size = bytes_.size();
   for (size_t length = 0; length < std::min<size_t>(4096, size); ++length) {
     loadChecked(bytes_.data(), length, "length " + std::to_string(length));
@@ -82,7 +81,6 @@ std::vector<Area> steeringAreas(const std::vector<uint8_t>& plain, const ImgMapF
 }
 
 TEST_P(DamagedImgMap, ChangedHeaderBytes) {
-  MessageRecorder quiet;
   ImgMapFile sound;
   const bool loads = sound.load(bytes_);
   // Descrambled bytes locate the areas; the damage is done to the bytes as stored.

@@ -29,7 +29,6 @@ std::unique_ptr<LoadedMap> loadMap(const std::string& name) {
   if (path.empty()) return nullptr;
   auto loaded = std::make_unique<LoadedMap>();
   loaded->bytes = test::readFile(path);
-  MessageRecorder quiet;
   const Bytes bytes(loaded->bytes.data(), loaded->bytes.size());
   if (!loaded->map.probe(bytes) || !loaded->map.load(bytes)) return nullptr;
   return loaded;

@@ -3,7 +3,7 @@
 #include <cstdint>
 #include <vector>
 
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 
 namespace orvel::test {
 

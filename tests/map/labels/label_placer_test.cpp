@@ -1,4 +1,5 @@
 #include "map/labels/label_placer.h"
+#include "view/text_measure.h"
 
 #include <gtest/gtest.h>
 
@@ -9,7 +10,7 @@
 #include <QPainter>
 
 #include "common/recording_device.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 
 namespace orvel {
 namespace {
@@ -52,7 +53,8 @@ class Labels : public ::testing::Test {
   }
 
   QFont font_;
-  LabelPlacer placer_;
+  TextMeasure measure_;
+  LabelPlacer placer_{measure_};
 };
 
 TEST_F(Labels, OverlappingPointLabelsKeepTheFirst) {

@@ -15,7 +15,8 @@
 #include "map/orv/convert/orv_writer.h"
 #include "map/orv/orv_map_file.h"
 #include "orv_test_util.h"
-#include "view/compose.h"
+#include "common/draw_kit.h"
+#include "compose/view_composer.h"
 #include "view/map_view.h"
 
 namespace orvel {
@@ -132,7 +133,8 @@ TEST_P(RealMapConversion, DrawsTheSamePictureAsTheImgMap) {
   for (uint32_t zoom : {0u, 2u, 4u}) {
     view.setZoomIndex(zoom);
     view.setCentre(centre.x, centre.y);
-    ViewComposer fromImg, fromOrv;
+    const test::DrawKit& kit = test::drawKit();
+    ViewComposer fromImg(kit.settings, kit.drawing, kit.styles), fromOrv(kit.settings, kit.drawing, kit.styles);
     fromImg.composeView(&img_, view);
     fromOrv.composeView(&orv_, view);
     EXPECT_EQ(fromOrv.picture(), fromImg.picture()) << "zoom " << zoom;
@@ -142,7 +144,8 @@ TEST_P(RealMapConversion, DrawsTheSamePictureAsTheImgMap) {
   for (uint32_t zoom : {8u, 12u, 16u}) {
     view.setZoomIndex(zoom);
     view.setCentre(centre.x, centre.y);
-    ViewComposer fromImg, fromOrv;
+    const test::DrawKit& kit = test::drawKit();
+    ViewComposer fromImg(kit.settings, kit.drawing, kit.styles), fromOrv(kit.settings, kit.drawing, kit.styles);
     fromImg.composeView(&img_, view);
     fromOrv.composeView(&orv_, view);
     const QImage& a = fromOrv.picture();

@@ -7,6 +7,7 @@
 
 #include "common/recording_device.h"
 #include "common/test_data.h"
+#include "common/draw_kit.h"
 #include "map/draw/draw_map.h"
 #include "map/img/img_map_file.h"
 #include "map/orv/convert/orv_writer.h"
@@ -61,7 +62,7 @@ void exercise(const std::vector<uint8_t>& bytes) {
   mapView.setScreenSize(120, 120);
   mapView.fitNewMap(orv.bounds());
   QImage image(120, 120, QImage::Format_RGB32);
-  MapDrawContext drawing;
+  MapDrawContext drawing(test::mapStyles());
   for (uint32_t zoom : {2u, 9u, 20u}) {
     mapView.setZoomIndex(zoom);
     QPainter painter(&image);

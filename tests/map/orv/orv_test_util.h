@@ -7,7 +7,7 @@
 #include <vector>
 
 #include "map/img/img_map_file.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "map/orv/convert/orv_prefix_code.h"
 #include "map/orv/orv_format.h"
 

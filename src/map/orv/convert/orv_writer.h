@@ -13,7 +13,7 @@
 #include <string>
 #include <vector>
 
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "geo/units.h"
 
 namespace orvel {

@@ -1,4 +1,4 @@
-#include "view/compose.h"
+#include "compose/view_composer.h"
 
 #include <QPainter>
 #include <QPoint>
@@ -6,7 +6,7 @@
 
 #include "core/settings.h"
 #include "map/draw/draw_map.h"
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
 #include "view/scale_bar.h"
@@ -48,8 +48,8 @@ void ViewComposer::composeView(MapFile* map, const MapView& view) {
       painter.setBrushOrigin(QPoint(origin.x, origin.y));
       drawMap(painter, *map, view, visible, mapDrawing_);
     }
-    if (trackLayer_ && readSettingBool("ShowTrack", true)) trackLayer_(painter, view, visible);
-    if (waypointLayer_ && readSettingBool("ShowWaypoints", true)) {
+    if (trackLayer_ && settings_.readSettingBool("ShowTrack", true)) trackLayer_(painter, view, visible);
+    if (waypointLayer_ && settings_.readSettingBool("ShowWaypoints", true)) {
       waypointLayer_(painter, view, visible);
     }
   }
@@ -67,7 +67,7 @@ void ViewComposer::paintView(QPainter& painter, const MapView& view) const {
     painter.setCompositionMode(QPainter::CompositionMode_SourceOver);
   }
 
-  drawScaleBar(painter, view, 10, height - 15);
+  drawScaleBar(painter, drawing_, view, 10, height - 15);
 
   if (positionSource_) {
     if (const std::optional<PositionSnapshot> fix = positionSource_()) {
@@ -75,7 +75,7 @@ void ViewComposer::paintView(QPainter& painter, const MapView& view) const {
     }
   }
 
-  drawNorthArrow(painter, width - 20, 20, 15, 5, float(-view.rotation()) * kPi * kDegreesToRadians);
+  drawNorthArrow(painter, drawing_, width - 20, 20, 15, 5, float(-view.rotation()) * kPi * kDegreesToRadians);
 }
 
 void ViewComposer::drawPositionMarker(QPainter& painter, const MapView& view,
@@ -92,7 +92,7 @@ void ViewComposer::drawPositionMarker(QPainter& painter, const MapView& view,
   if (fix.speedValid && fix.speedKmh >= kMarkerArrowSpeedKmh) {
     // Heading up when the map turns with the course; else along the course, if known.
     float angle = 0.0f;
-    if (!readSettingBool("RotateMap", false) && fix.courseValid) angle = fix.course;
+    if (!settings_.readSettingBool("RotateMap", false) && fix.courseValid) angle = fix.course;
     const float a = angle * kPi * kDegreesToRadians;
     const float c = tableCos(a);
     const float s = tableSin(a);

@@ -1,4 +1,4 @@
-#include "map/mapped_file.h"
+#include "map/format/mapped_file.h"
 
 #include <fcntl.h>
 #include <sys/mman.h>

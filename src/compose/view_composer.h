@@ -18,7 +18,10 @@ class QPainter;
 namespace orvel {
 
 class MapFile;
+class MapStyles;
 class MapView;
+class Settings;
+struct DrawingObjects;
 
 // Where the receiver says we are, as the position marker needs it.
 struct PositionSnapshot {
@@ -42,6 +45,10 @@ inline constexpr float kMarkerArrowSpeedKmh = 2.0f;
 
 class ViewComposer {
  public:
+  // "ShowTrack", "ShowWaypoints" and "RotateMap" are read from `settings` where they apply.
+  ViewComposer(const Settings& settings, const DrawingObjects& drawing, const MapStyles& styles)
+      : settings_(settings), drawing_(drawing), mapDrawing_(styles) {}
+
   // Rebuilds the picture for the view (re-creating it when the screen size changed), then
   // asks for a repaint. `map` may be null: the picture is then white under the layers.
   void composeView(MapFile* map, const MapView& view);
@@ -61,6 +68,8 @@ class ViewComposer {
   void drawPositionMarker(QPainter& painter, const MapView& view,
                           const PositionSnapshot& fix) const;
 
+  const Settings& settings_;
+  const DrawingObjects& drawing_;
   QImage picture_;
   MapDrawContext mapDrawing_;  // labels and scratch kept from one composition to the next
   ViewLayer trackLayer_;

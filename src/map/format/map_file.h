@@ -1,7 +1,7 @@
 #pragma once
-// The map shown: one file, memory-mapped read-only and read in place by a format object.
-// Readers only decode: they hand objects to a consumer. Drawing (map/draw, the same for
-// every format) is one such consumer, the command-line tool's object listing another.
+// A map format: the bytes of one file, read in place. Readers only decode: they hand objects
+// to a consumer. Drawing (map/draw, the same for every format) is one such consumer, the
+// command-line tool's object listing another.
 #include <cstdint>
 #include <filesystem>
 #include <memory>
@@ -45,7 +45,7 @@ class MapFile {
 
   // True if the bytes are this format. Cheap; reads only a header.
   virtual bool probe(Bytes file) = 0;
-  // Builds the index. On failure the user has already been told why (showMessage).
+  // Builds the index. On failure loadError() says why, in words for the user.
   virtual bool load(Bytes file) = 0;
   // Hands every object that drawing this view would visit to the consumer, in drawing order.
   virtual void decode(const MapView& view, const MapRect& visible, ObjectConsumer& consumer) = 0;
@@ -59,21 +59,17 @@ class MapFile {
   virtual void describe(MapFacts& facts) const = 0;
 
   const MapRect& bounds() const { return bounds_; }
+  const std::string& loadError() const { return loadError_; }
 
  protected:
+  // Keeps the reason a load failed; returns false.
+  bool fail(std::string reason) {
+    loadError_ = std::move(reason);
+    return false;
+  }
+
   MapRect bounds_;  // west, south, east, north in map units; empty until load
+  std::string loadError_;
 };
-
-// A new, probed but not loaded map object for these bytes, or nullptr.
-std::unique_ptr<MapFile> createMapFile(Bytes file);
-
-// Closes the current map, opens the file and makes it the current map, setting the view's
-// zoom and centre for it. Every failure is shown with showMessage. Returns whether a map
-// is loaded afterwards.
-bool openMapFile(const std::filesystem::path& path, MapView& view);
-// Unmaps and destroys the current map; safe when none is loaded.
-void closeMapFile();
-// The current map, or nullptr.
-MapFile* currentMap();
 
 }  // namespace orvel

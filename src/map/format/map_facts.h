@@ -3,7 +3,7 @@
 #include <cstdio>
 #include <string>
 
-#include "map/map_file.h"
+#include "map/format/map_file.h"
 
 namespace orvel {
 

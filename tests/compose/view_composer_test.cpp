@@ -1,4 +1,4 @@
-#include "view/compose.h"
+#include "compose/view_composer.h"
 
 #include <gtest/gtest.h>
 
@@ -11,7 +11,9 @@
 #include "core/settings.h"
 #include "common/recording_device.h"
 #include "common/test_data.h"
-#include "map/map_file.h"
+#include "map/catalogue/map_styles.h"
+#include "map/format/map_file.h"
+#include "view/drawing_objects.h"
 #include "view/map_view.h"
 
 namespace orvel {
@@ -55,7 +57,7 @@ class Compose : public ::testing::Test {
   static void SetUpTestSuite() { test::ensureGuiApplication(); }
   void SetUp() override {
     static int serial = 0;
-    ASSERT_EQ(openSettingsAt(test::scratchDir("compose-" + std::to_string(serial++)) / "GisOrvel.conf"), 0);
+    ASSERT_EQ(settings_.openSettingsAt(test::scratchDir("compose-" + std::to_string(serial++)) / "GisOrvel.conf"), 0);
     view_.setScreenSize(240, 320);
     view_.setZoomIndex(10);
     view_.setCentre(2000000, 1000000);
@@ -69,7 +71,6 @@ class Compose : public ::testing::Test {
     });
     composer_.setRepaintRequest([this] { ++repaints_; });
   }
-  void TearDown() override { closeSettings(); }
 
   // Paints over a recording device with the given fix (nullopt: GPS input shut down).
   std::unique_ptr<RecordingDevice> paint(std::optional<PositionSnapshot> fix) {
@@ -108,8 +109,11 @@ class Compose : public ::testing::Test {
     return {p.x, p.y};
   }
 
+  Settings settings_;
+  const DrawingObjects drawing_;
+  const MapStyles styles_;
   MapView view_;
-  ViewComposer composer_;
+  ViewComposer composer_{settings_, drawing_, styles_};
   int trackDraws_ = 0;
   int waypointDraws_ = 0;
   int repaints_ = 0;
@@ -161,12 +165,12 @@ TEST_F(Compose, MapThenTrackThenWaypoints) {
 }
 
 TEST_F(Compose, SettingsTurnTheLayersOff) {
-  writeSettingBool("ShowTrack", false);
+  settings_.writeSettingBool("ShowTrack", false);
   composer_.composeView(nullptr, view_);
   EXPECT_EQ(trackDraws_, 0);
   EXPECT_EQ(waypointDraws_, 1);
-  writeSettingBool("ShowTrack", true);
-  writeSettingBool("ShowWaypoints", false);
+  settings_.writeSettingBool("ShowTrack", true);
+  settings_.writeSettingBool("ShowWaypoints", false);
   composer_.composeView(nullptr, view_);
   EXPECT_EQ(trackDraws_, 1);
   EXPECT_EQ(waypointDraws_, 1);
@@ -232,7 +236,7 @@ TEST_F(Compose, MovingFixShowsAnArrow) {
   };
   for (const ArrowCase& c : cases) {
     SCOPED_TRACE(testing::Message() << c.rotateMap << " " << c.course << " " << c.courseValid);
-    writeSettingBool("RotateMap", c.rotateMap);
+    settings_.writeSettingBool("RotateMap", c.rotateMap);
     PositionSnapshot fix = fixAtCentre(2.0f, c.course);
     fix.courseValid = c.courseValid;
     const auto shapes = markers(*paint(fix));
