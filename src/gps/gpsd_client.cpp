@@ -14,6 +14,7 @@
 #include "core/utf.h"
 #include "gps/gps_state.h"
 #include "gps/gpsd_json.h"
+#include "gps/port_reader.h"
 #include "gps/ole_date.h"
 
 namespace orvel {
@@ -105,8 +106,6 @@ bool parseGpsdUrl(std::string_view text, GpsdAddress& out, std::string& error) {
   out = address;
   return true;
 }
-
-GpsdDecoder::GpsdDecoder(FixSink sink) : sink_(std::move(sink)) {}
 
 void GpsdDecoder::reset() {
   partial_.clear();
@@ -214,7 +213,7 @@ void GpsdDecoder::handleTpv(std::string_view report) {
     if (*mode == 0 && !fix.has(kFixPosition)) code = kFixTypeInvalid;
     setFixType(fix, code);
   }
-  if (sink_.fix) sink_.fix(fix);
+  sink_.updateFix(fix);
 }
 
 void GpsdDecoder::handleSky(std::string_view report) {
@@ -232,18 +231,20 @@ void GpsdDecoder::handleSky(std::string_view report) {
     return;
   }
   const std::vector<std::string_view> satellites = jsonObjects(*list);
-  const uint32_t count = static_cast<uint32_t>(std::min<size_t>(satellites.size(), kMaxSatellites));
-  resetSatellites(count);
+  const size_t count = std::min<size_t>(satellites.size(), kMaxSatellites);
+  std::vector<SatelliteInfo> inView;
+  inView.reserve(count);
   uint32_t used = 0;
-  for (uint32_t i = 0; i < count; ++i) {
+  for (size_t i = 0; i < count; ++i) {
     const std::string_view s = satellites[i];
-    addSatellite(SatelliteInfo{nonNegative(jsonNumber(s, "PRN")), nonNegative(jsonNumber(s, "el")),
-                               nonNegative(jsonNumber(s, "az")), nonNegative(jsonNumber(s, "ss"))});
+    inView.push_back(SatelliteInfo{nonNegative(jsonNumber(s, "PRN")), nonNegative(jsonNumber(s, "el")),
+                                 nonNegative(jsonNumber(s, "az")), nonNegative(jsonNumber(s, "ss"))});
     if (jsonBool(s, "used").value_or(false)) ++used;
   }
+  sink_.setSatellites(inView);
   used_ = used;
   haveUsed_ = true;
-  satellitesChanged();
+  sink_.satellitesChanged();
 }
 
 namespace {
@@ -301,14 +302,12 @@ bool sendAll(int fd, std::string_view text) {
 
 }  // namespace
 
-void readGpsd(const GpsdAddress& address, ScanSignals& signals, const ReaderHooks& hooks, FixSink sink) {
-  const auto say = [&](std::u16string_view text) {
-    if (hooks.status) hooks.status(text);
-  };
+void readGpsd(const GpsdAddress& address, ScanSignals& signals, GpsSink& sink, const ScanIndicator& indicator) {
+  const auto say = [&](std::u16string_view text) { sink.setStatusText(text); };
   const std::string where = address.host.find(':') != std::string::npos
                                 ? "[" + address.host + "]:" + std::to_string(address.port)
                                 : address.host + ":" + std::to_string(address.port);
-  GpsdDecoder decoder(std::move(sink));
+  GpsdDecoder decoder(sink);
   uint32_t retryMs = kFirstRetryMs;
   bool searching = true;
   const auto ended = [&] { return searching ? signals.stopSet() || signals.foundSet() : signals.stopSet(); };
@@ -339,7 +338,7 @@ void readGpsd(const GpsdAddress& address, ScanSignals& signals, const ReaderHook
           retryMs = kFirstRetryMs;
           signals.setFound();
           say(u"gpsd через " + utf8ToUtf16(where).value_or(u""));
-          if (hooks.connected) hooks.connected();
+          if (indicator.connected) indicator.connected();
         }
       }
     }
@@ -350,9 +349,9 @@ void readGpsd(const GpsdAddress& address, ScanSignals& signals, const ReaderHook
       searching = true;
       signals.resetFound();
       say(u"Не обнаружено данных.");
-      if (hooks.noConnection) hooks.noConnection();
+      if (indicator.noConnection) indicator.noConnection();
     }
-    if (hooks.fixLost) hooks.fixLost();
+    sink.fixLost();
     if (signals.waitStopOrFound(retryMs)) return;
     retryMs = std::min(retryMs * 2, kLongestRetryMs);
   }

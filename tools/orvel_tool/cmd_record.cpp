@@ -13,7 +13,6 @@
 #include "commands.h"
 #include "gps/capture_replay.h"
 #include "gps/fix_processing.h"
-#include "gps/gps_state.h"
 #include "track/mps_writer.h"
 
 namespace orvel::tool {
@@ -74,7 +73,8 @@ int runRecord(std::span<const char* const> args) {
   }
   ::setenv("ORVEL_DATA_DIR", scratch.path().c_str(), 1);
 
-  resetGpsState();
+  GpsState state;
+  FixProcessor fixes(state);
   size_t points = 0;
   FixObserver observer;
   observer.beginRecordedTrack = [] { beginRecordedTrack(); };
@@ -82,19 +82,15 @@ int runRecord(std::span<const char* const> args) {
     appendRecordedPoint(fix);
     ++points;
   };
-  setFixObserver(std::move(observer));
+  fixes.setFixObserver(std::move(observer));
   std::tm start{};
   start.tm_year = 100;
   start.tm_mday = 1;
   openTrackFileAt(start);
-  if (!isTrackFileOpen()) {
-    setFixObserver({});
-    return kExitFailed;  // the reason was shown
-  }
+  if (!isTrackFileOpen()) return kExitFailed;  // the reason was shown
   const std::filesystem::path written = trackFilePath();
-  const ReplaySummary summary = replayCapture(capture, programFixSink(), options);
+  const ReplaySummary summary = replayCapture(capture, fixes, options);
   closeTrackFile();
-  setFixObserver({});
 
   std::error_code error;
   std::filesystem::rename(written, out, error);
