@@ -47,7 +47,7 @@ void GpsInput::scanPort(const SerialPortInfo& info, const ScanIndicator& indicat
 }
 
 void GpsInput::scanGpsd(const GpsdAddress& address, const ScanIndicator& indicator) {
-  readGpsd(address, signals_, sink_, indicator);
+  readGpsd(address, signals_, sink_, indicator, lookups_);
   activeThreads_.fetch_sub(1);
 }
 

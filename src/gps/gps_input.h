@@ -21,6 +21,7 @@
 #include "gps/demo_replay.h"
 #include "gps/gps_sink.h"
 #include "gps/gpsd_client.h"
+#include "gps/host_lookup.h"
 #include "gps/port_reader.h"
 #include "gps/scan_signals.h"
 #include "gps/serial_ports.h"
@@ -97,6 +98,9 @@ class GpsInput {
   std::vector<std::string> devices_;
   std::optional<GpsdAddress> gpsd_;
   ScanIndicator indicator_;
+
+  // Outlives every thread of every scan: a lookup the gpsd thread gave up may still run.
+  HostLookups lookups_;
 
   // The current scan.
   ScanSignals signals_;

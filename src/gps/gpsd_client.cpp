@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <functional>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -249,17 +250,12 @@ void GpsdDecoder::handleSky(std::string_view report) {
 
 namespace {
 
-// A connected socket, or -1. Gives up early when `cancelled` says so.
-template <typename Cancelled>
-int connectTo(const GpsdAddress& address, Cancelled cancelled) {
-  addrinfo hints{};
-  hints.ai_family = AF_UNSPEC;
-  hints.ai_socktype = SOCK_STREAM;
-  addrinfo* found = nullptr;
-  const std::string service = std::to_string(address.port);
-  if (::getaddrinfo(address.host.c_str(), service.c_str(), &hints, &found) != 0) return -1;
+// A connected socket, or -1. Every wait is a poll of at most kPollMs after which
+// `cancelled` is asked, so a stop is never held up by the name lookup or the connection.
+int connectTo(const GpsdAddress& address, HostLookups& lookups, const std::function<bool()>& cancelled) {
+  const AddressList found = lookups.lookup(address.host, address.port, cancelled);
   int result = -1;
-  for (addrinfo* a = found; a && result < 0 && !cancelled(); a = a->ai_next) {
+  for (addrinfo* a = found.get(); a && result < 0 && !cancelled(); a = a->ai_next) {
     const int fd = ::socket(a->ai_family, a->ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, a->ai_protocol);
     if (fd < 0) continue;
     if (::connect(fd, a->ai_addr, a->ai_addrlen) == 0) {
@@ -279,14 +275,13 @@ int connectTo(const GpsdAddress& address, Cancelled cancelled) {
     }
     if (result != fd) ::close(fd);
   }
-  ::freeaddrinfo(found);
   return result;
 }
 
-bool sendAll(int fd, std::string_view text) {
+bool sendAll(int fd, std::string_view text, const std::function<bool()>& cancelled) {
   size_t done = 0;
   const uint32_t start = tickCount();
-  while (done < text.size() && tickCount() - start < kConnectTimeoutMs) {
+  while (done < text.size() && tickCount() - start < kConnectTimeoutMs && !cancelled()) {
     const ssize_t n = ::send(fd, text.data() + done, text.size() - done, MSG_NOSIGNAL);
     if (n > 0) {
       done += static_cast<size_t>(n);
@@ -302,7 +297,8 @@ bool sendAll(int fd, std::string_view text) {
 
 }  // namespace
 
-void readGpsd(const GpsdAddress& address, ScanSignals& signals, GpsSink& sink, const ScanIndicator& indicator) {
+void readGpsd(const GpsdAddress& address, ScanSignals& signals, GpsSink& sink, const ScanIndicator& indicator,
+              HostLookups& lookups) {
   const auto say = [&](std::u16string_view text) { sink.setStatusText(text); };
   const std::string where = address.host.find(':') != std::string::npos
                                 ? "[" + address.host + "]:" + std::to_string(address.port)
@@ -310,13 +306,15 @@ void readGpsd(const GpsdAddress& address, ScanSignals& signals, GpsSink& sink, c
   GpsdDecoder decoder(sink);
   uint32_t retryMs = kFirstRetryMs;
   bool searching = true;
-  const auto ended = [&] { return searching ? signals.stopSet() || signals.foundSet() : signals.stopSet(); };
+  const std::function<bool()> ended = [&] {
+    return searching ? signals.stopSet() || signals.foundSet() : signals.stopSet();
+  };
   std::vector<uint8_t> chunk(kReadChunk);
 
   while (!ended()) {
     say(u"Поиск данных - gpsd...");
-    const int fd = connectTo(address, ended);
-    if (fd >= 0 && sendAll(fd, kGpsdWatch)) {
+    const int fd = connectTo(address, lookups, ended);
+    if (fd >= 0 && sendAll(fd, kGpsdWatch, ended)) {
       decoder.reset();
       uint32_t lastData = tickCount();
       for (;;) {

@@ -9,6 +9,7 @@
 #include <string_view>
 
 #include "gps/gps_sink.h"
+#include "gps/host_lookup.h"
 #include "gps/port_reader.h"
 #include "gps/scan_signals.h"
 
@@ -60,7 +61,9 @@ class GpsdDecoder {
 // waiting longer each time up to half a minute), asks for reports and decodes them until
 // a stop, or until another thread finds a receiver first. Fixes, satellites and the status
 // texts go to `sink`; the texts and the indicator follow a serial port's ("gpsd через
-// 127.0.0.1:2947").
-void readGpsd(const GpsdAddress& address, ScanSignals& scan, GpsSink& sink, const ScanIndicator& indicator);
+// 127.0.0.1:2947"). The host name is looked up through `lookups`, which must outlive the
+// thread. No wait is longer than kPollMs before the stop is looked at again.
+void readGpsd(const GpsdAddress& address, ScanSignals& scan, GpsSink& sink, const ScanIndicator& indicator,
+              HostLookups& lookups);
 
 }  // namespace orvel

@@ -178,10 +178,12 @@ TEST(GpsdClient, ReadsAServerAndConnectsAgainAfterALoss) {
     }
   });
 
+  // By name: the lookup goes through the resolver's own threads.
   ScanSignals signals;
   test::FixCollector fixes;
-  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, fixes, {}); });
-  const std::string found = "gpsd через 127.0.0.1:" + std::to_string(port);
+  HostLookups lookups;
+  std::thread client([&] { readGpsd(GpsdAddress{"localhost", port}, signals, fixes, {}, lookups); });
+  const std::string found = "gpsd через localhost:" + std::to_string(port);
   EXPECT_TRUE(test::waitUntil([&] { return fixes.fixesSoFar().size() >= 6; }, 8000));
   EXPECT_EQ(fixes.statusCount(found), 2) << "found, lost, found again";
   EXPECT_GE(fixes.statusCount("Не обнаружено данных."), 1);
@@ -202,7 +204,8 @@ TEST(GpsdClient, StopsWhileNobodyListens) {
   ::close(server);  // nothing listens there now
   ScanSignals signals;
   test::FixCollector sink;
-  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, sink, {}); });
+  HostLookups lookups;
+  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, sink, {}, lookups); });
   EXPECT_TRUE(test::waitUntil([&] { return sink.statusCount("Поиск данных - gpsd...") >= 1; }, 2000));
   signals.setStop();
   client.join();
@@ -234,7 +237,8 @@ TEST(GpsdClient, RealGpsdFedByGpsfake) {
 
   ScanSignals signals;
   test::FixCollector sink;
-  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, sink, {}); });
+  HostLookups lookups;
+  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, sink, {}, lookups); });
   const auto located = [&] {
     const auto fixes = sink.fixesSoFar();
     return std::count_if(fixes.begin(), fixes.end(), [](const GpsFix& f) { return f.has(kFixPosition); }) >= 3;
