@@ -17,7 +17,8 @@
 #include "app/single_instance.h"
 #include "gps/demo_replay.h"
 #include "gps/fix_processing.h"
-#include "gps/port_scanner.h"
+#include "gps/gps_input.h"
+#include "gps/gps_state.h"
 #include "gps/ui/options_dialog.h"
 #include "map/map_file.h"
 #include "pages/gauge_dialog.h"
@@ -53,28 +54,29 @@ QString demoMapPath() {
 constexpr int kDemoGraceMs = 5000;
 constexpr uint32_t kDemoZoomIndex = 7;  // "120 м": 3 m per pixel
 
-void preparePortScanning() {
-  setScanIndicator({[] { showSatellites(0); }, [] { showNoConnection(); }});
-  setGpsReadingActive([] { return !isGpsInputShutDown(); });
+void preparePortScanning(GpsInput& input) {
+  input.setScanIndicator({[] { showSatellites(0); }, [] { showNoConnection(); }});
+  setGpsReadingActive([&input] { return !input.isGpsInputShutDown(); });
 }
 
-void stopPortScanning() {
-  stopDemoReplay();
-  stopScanning();
+void stopPortScanning(GpsInput& input) {
+  input.demoReplay().stopDemoReplay();
+  input.stopScanning();
+  setGpsReadingActive(nullptr);
 }
 
 // With --demo and no receiver found after a few seconds, a recorded drive replays over the
 // demo map so that a new user sees the position move. The setting "DemoReplay" (default on)
 // turns it off for users who start with --demo but do not want it.
-void scheduleDemoReplay(QObject* context) {
+void scheduleDemoReplay(QObject* context, GpsInput& input) {
   if (!readSettingBool("DemoReplay", true)) return;
-  QTimer::singleShot(kDemoGraceMs, context, [] {
-    if (receiverFound() || isDemoReplaying()) return;
-    startDemoReplay(std::string(ORVEL_DEMO_DIR "/") + kDemoCaptureName);
+  QTimer::singleShot(kDemoGraceMs, context, [&input] {
+    if (input.receiverFound() || input.demoReplay().isDemoReplaying()) return;
+    input.demoReplay().startDemoReplay(std::string(ORVEL_DEMO_DIR "/") + kDemoCaptureName);
   });
 }
 
-void runOptions(MainWindow& window) {
+void runOptions(MainWindow& window, GpsInput& input) {
   OptionsActions actions;
   actions.resetRotation = [] {
     mapView().setRotation(0);
@@ -90,7 +92,7 @@ void runOptions(MainWindow& window) {
     }
   };
   actions.redrawMap = [] { composeMapView(); };
-  runOptionsDialog(&window, std::move(actions));
+  runOptionsDialog(&window, input, processSettings(), std::move(actions));
 }
 
 void placeWindow(MainWindow& window) {
@@ -146,9 +148,14 @@ int appMain(const QStringList& arguments) {
     std::fprintf(stderr, "orvel: %s\n", qPrintable(commandLine.error));
     return kExitBadCommandLine;
   }
+  // The GPS state and what feeds it; the window, the pages and the options dialog use them
+  // by reference, and everything that does ends before they go.
+  GpsState gps;
+  FixProcessor fixes(gps);
+  GpsInput input(fixes, processSettings());
   for (const QString& source : commandLine.gpsSources) {
     std::string error;
-    if (!addGpsOption(source.toStdString(), error)) {
+    if (!input.addGpsOption(source.toStdString(), error)) {
       std::fprintf(stderr, "orvel: %s\n", error.c_str());
       return kExitBadCommandLine;
     }
@@ -169,7 +176,8 @@ int appMain(const QStringList& arguments) {
   // from there; no font file is written into the system.
 
   if (!QGuiApplication::primaryScreen()) return kExitNoWindow;
-  auto window = std::make_unique<MainWindow>();
+  setPagesGpsState(&gps);
+  auto window = std::make_unique<MainWindow>(fixes);
   if (!headless()) installMessageBox(window.get());
 
   InstanceServer server([&window](const QStringList& received) {
@@ -209,12 +217,12 @@ int appMain(const QStringList& arguments) {
   FixObserver observer;
   connectTrackRecorders(observer);
   observer.showReception = [](uint32_t satellitesUsed) { showSatellites(satellitesUsed); };
-  setFixObserver(std::move(observer));
-  preparePortScanning();
+  fixes.setFixObserver(std::move(observer));
+  preparePortScanning(input);
   // Sets the status text, and scans unless "ScanCOMPorts" is off.
-  startScanning();
-  if (commandLine.demo) scheduleDemoReplay(window.get());
-  window->setOptionsHandler([&window] { runOptions(*window); });
+  input.startScanning();
+  if (commandLine.demo) scheduleDemoReplay(window.get(), input);
+  window->setOptionsHandler([&window, &input] { runOptions(*window, input); });
   setGaugeDialogRunner([](QDialog& dialog) { return runDialog(dialog); });
 
   // "Сохранить точку...", the map's pop-up menu and the action-key hold all end in the
@@ -228,8 +236,8 @@ int appMain(const QStringList& arguments) {
   const int status = QApplication::exec();
   (void)status;
 
-  stopPortScanning();
-  setFixObserver(FixObserver{});
+  stopPortScanning(input);
+  fixes.setFixObserver(FixObserver{});
   closeTrackFile();
   closeTrackStore();
   freeWaypoints();
@@ -239,6 +247,7 @@ int appMain(const QStringList& arguments) {
   shutdownPages();
   removeMessageBox();
   window.reset();
+  setPagesGpsState(nullptr);
   destroyDrawingObjects();
   closeSettings();
   return kExitNormal;

@@ -17,6 +17,7 @@
 #include "app/dialogs.h"
 #include "app/page_framework.h"
 #include "app/program_icon.h"
+#include "gps/fix_processing.h"
 #include "gps/gps_state.h"
 #include "map/map_file.h"
 #include "pages/commands.h"
@@ -76,7 +77,7 @@ int virtualKeyFor(int qtKey) {
   }
 }
 
-MainWindow::MainWindow() {
+MainWindow::MainWindow(FixProcessor& fixes) : fixes_(fixes), gps_(fixes.state()) {
   theWindow = this;
   setWindowTitle(QStringLiteral("Orvel"));
   setWindowIcon(QIcon(QPixmap::fromImage(programIcon(64))));
@@ -107,11 +108,11 @@ MainWindow::MainWindow() {
   };
   host.showPopupMenu = [this](int menuId, int x, int y) { showPopupMenu(menuId, x, y); };
   setPageHost(std::move(host));
-  setGpsMessagePoster([this](int message) { postGpsMessage(message); });
+  gps_.setGpsMessagePoster([this](int message) { postGpsMessage(message); });
 }
 
 MainWindow::~MainWindow() {
-  setGpsMessagePoster(nullptr);
+  gps_.setGpsMessagePoster(nullptr);
   setPageHost(PageHost{});
   if (theWindow == this) theWindow = nullptr;
 }
@@ -156,7 +157,7 @@ void MainWindow::onCommand(int commandId) {
 
 void MainWindow::savePointAtCentre() {
   // The new waypoint lies at the centre of the screen, not at the GPS position.
-  const GpsFix fix = currentFix();
+  const GpsFix fix = gps_.currentFix();
   const double time = (fix.flags & kFixTime) ? fix.time : 0.0;
   const float altitude = (fix.flags & kFixAltitude) ? fix.altitude : 0.0f;
   const MapPoint centre = mapView().centre();
@@ -204,12 +205,12 @@ void MainWindow::handleGpsMessage(int message) {
     if (message == kMsgSatellitesChanged) page.onSatellitesChanged();
   }
   if (message == kMsgStatusChanged) updateStatusText();
-  clearLatch(message);
+  gps_.clearLatch(message);
 }
 
 void MainWindow::updateStatusText() {
   char16_t text[kStatusTextLength + 1] = {};
-  getStatusText(text, kStatusTextLength + 1);
+  gps_.getStatusText(text, kStatusTextLength + 1);
   statusLabel_->setText(QString::fromUtf16(text));
 }
 

@@ -17,6 +17,9 @@ class QTimer;
 
 namespace orvel {
 
+class FixProcessor;
+class GpsState;
+
 // How long a press must be held without moving to count as tap-and-hold.
 inline constexpr int kTapAndHoldMs = 600;
 // A press that moves less than this (pixels, either axis) is still held.
@@ -24,7 +27,9 @@ inline constexpr int kTapAndHoldSlop = 4;
 
 class MainWindow : public QMainWindow {
  public:
-  MainWindow();
+  // The window posts and handles the messages of the GPS state behind `fixes`, which must
+  // outlive it.
+  explicit MainWindow(FixProcessor& fixes);
   ~MainWindow() override;
 
   QWidget* clientArea() const { return client_; }
@@ -32,6 +37,8 @@ class MainWindow : public QMainWindow {
   int clientHeight() const { return clientHeight_; }
   const QImage& backBuffer() const { return backBuffer_; }
   QLabel* statusLabel() const { return statusLabel_; }
+  // Where the program's fixes enter (tests feed the running viewer through it).
+  FixProcessor& fixProcessor() const { return fixes_; }
 
   // The one command dispatch: every menu item and pop-up item ends here.
   void onCommand(int commandId);
@@ -86,6 +93,8 @@ class MainWindow : public QMainWindow {
   void closeEvent(QCloseEvent* event) override;
 
  private:
+  FixProcessor& fixes_;
+  GpsState& gps_;
   std::function<void()> optionsHandler_;
   void buildMenuBar();
   void addCommand(QMenu* menu, const QString& text, int commandId);

@@ -118,12 +118,12 @@ void GaugesPage::paint(QPainter& painter) {
 
 void GaugesPage::activate() {
   GpsFix fix;
-  updateAllGauges(getFix(fix));
+  updateAllGauges(pagesGpsState().getFix(fix));
 }
 
 void GaugesPage::onFixChanged() {
   GpsFix fix;
-  updateAllGauges(getFix(fix));
+  updateAllGauges(pagesGpsState().getFix(fix));
   invalidateMainWindow();
 }
 

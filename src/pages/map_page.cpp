@@ -23,7 +23,7 @@ constexpr float kRotateMinSpeedKmh = 2.0f;
 
 std::optional<PositionSnapshot> currentPosition() {
   if (!gpsReadingActive()) return std::nullopt;
-  const GpsFix fix = currentFix();
+  const GpsFix fix = pagesGpsState().currentFix();
   if (!(fix.flags & kFixPosition)) return std::nullopt;
   PositionSnapshot position;
   position.longitude = fix.longitude;
@@ -175,7 +175,7 @@ bool MapPage::onKeyDown(int key) {
     case kKeyAction: {
       // The values are those of the moment of pressing; the dialog opens only if the key
       // is still held when the timer fires.
-      const GpsFix fix = currentFix();
+      const GpsFix fix = pagesGpsState().currentFix();
       const MapPoint centre = mapView().centre();
       pendingWaypoint_.longitude = mapUnitsToDegrees(centre.x);
       pendingWaypoint_.latitude = mapUnitsToDegrees(centre.y);
@@ -260,7 +260,7 @@ void MapPage::zoomOut() {
 }
 
 void MapPage::onFixChanged() {
-  const GpsFix fix = currentFix();
+  const GpsFix fix = pagesGpsState().currentFix();
   bool changed = false;
 
   if (readSettingBool("RotateMap", false) && (fix.flags & kFixCourse)) {

@@ -3,6 +3,7 @@
 #include <chrono>
 #include <utility>
 
+#include "gps/gps_state.h"
 #include "track/waypoints.h"
 
 namespace orvel {
@@ -22,6 +23,11 @@ WaypointDialog& waypointDialog() {
 std::function<bool()>& readingQuery() {
   static std::function<bool()> query;
   return query;
+}
+
+const GpsState*& installedGpsState() {
+  static const GpsState* state = nullptr;
+  return state;
 }
 
 }  // namespace
@@ -66,6 +72,13 @@ void openWaypointDialog(float lon, float lat, double time, float altitude) {
 void setGpsReadingActive(std::function<bool()> query) { readingQuery() = std::move(query); }
 
 bool gpsReadingActive() { return readingQuery() ? readingQuery()() : false; }
+
+void setPagesGpsState(const GpsState* state) { installedGpsState() = state; }
+
+const GpsState& pagesGpsState() {
+  static const GpsState empty;
+  return installedGpsState() ? *installedGpsState() : empty;
+}
 
 // tickCount() is defined once, with the receiver protocols (gps/gps_protocol.cpp).
 

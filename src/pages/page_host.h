@@ -6,6 +6,8 @@
 
 namespace orvel {
 
+class GpsState;
+
 // Virtual key codes the pages see.
 inline constexpr int kKeyLeft = 37;
 inline constexpr int kKeyUp = 38;
@@ -44,6 +46,12 @@ void openWaypointDialog(float lon, float lat, double time, float altitude);
 // started by this program yet, so the default says no.
 void setGpsReadingActive(std::function<bool()> query);
 bool gpsReadingActive();
+
+// The GPS state the pages read. The program (or a test) installs the one it owns before the
+// pages use it and removes it (null) before that one goes; until then the pages read an
+// empty state.
+void setPagesGpsState(const GpsState* state);
+const GpsState& pagesGpsState();
 
 // The 32-bit millisecond tick count.
 uint32_t tickCount();

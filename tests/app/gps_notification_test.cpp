@@ -18,11 +18,10 @@ class GpsNotificationTest : public ShellTest {
     ShellTest::SetUp();
     FixObserver observer;
     observer.showReception = [](uint32_t used) { showSatellites(used); };
-    setFixObserver(std::move(observer));
+    fixes.setFixObserver(std::move(observer));
   }
   void TearDown() override {
     removeGpsNotification();
-    setFixObserver(FixObserver{});
     ShellTest::TearDown();
   }
   int shownIconId() { return receptionLabel()->property("iconId").toInt(); }
@@ -44,12 +43,12 @@ GpsFix makeFix(uint32_t flags, uint32_t used) {
   return fix;
 }
 
-void apply(const Event& event) {
+void apply(const Event& event, FixProcessor& fixes) {
   switch (event.kind) {
-    case Event::Fix: updateFix(makeFix(event.flags, event.satellitesUsed)); break;
+    case Event::Fix: fixes.updateFix(makeFix(event.flags, event.satellitesUsed)); break;
     case Event::Connected: showSatellites(0); break;
     case Event::Lost: showNoConnection(); break;
-    case Event::FixLost: fixLost(); break;
+    case Event::FixLost: fixes.fixLost(); break;
   }
 }
 
@@ -88,12 +87,11 @@ TEST_F(GpsNotificationTest, FollowsTheReceiverThroughEachSequence) {
   };
   startWindow();
   for (const Sequence& sequence : sequences) {
-    resetGpsState();
     createGpsNotification(*window);
     ASSERT_EQ(shownIconId(), kIconNoConnection) << sequence.what;
     ASSERT_EQ(sequence.events.size(), sequence.icons.size());
     for (size_t i = 0; i < sequence.events.size(); ++i) {
-      apply(sequence.events[i]);
+      apply(sequence.events[i], fixes);
       processEvents();
       EXPECT_EQ(shownIconId(), sequence.icons[i]) << sequence.what << ", event " << i;
       EXPECT_EQ(receptionIconId(shownReception()), sequence.icons[i]);
@@ -102,17 +100,17 @@ TEST_F(GpsNotificationTest, FollowsTheReceiverThroughEachSequence) {
     removeGpsNotification();
   }
   // Losing the fix left the shown fix in place: the pages still show it.
-  EXPECT_TRUE(currentFix().has(kFixSatellitesUsed));
+  EXPECT_TRUE(gps.currentFix().has(kFixSatellitesUsed));
 }
 
 TEST_F(GpsNotificationTest, ABurstFromTheReadingThreadEndsInItsLastState) {
   startWindow();
   createGpsNotification(*window);
-  std::thread reader([] {
-    for (uint32_t i = 0; i < 500; ++i) updateFix(makeFix(kPos | kUsed, i % 9));
+  std::thread reader([this] {
+    for (uint32_t i = 0; i < 500; ++i) fixes.updateFix(makeFix(kPos | kUsed, i % 9));
     showNoConnection();
     showSatellites(0);
-    updateFix(makeFix(kPos | kUsed, 11));
+    fixes.updateFix(makeFix(kPos | kUsed, 11));
   });
   reader.join();
   // Nothing changes on the window until its thread runs.

@@ -1,4 +1,4 @@
-// A drive recorded by the viewer itself: fixes enter through updateFix while the real window
+// A drive recorded by the viewer itself: fixes enter fix processing while the real window
 // runs, the trail appears on the composed map, and after a restart in this process the trail
 // and the waypoints are still there and the MapSource file holds exactly the recorded points.
 #include <sys/stat.h>
@@ -189,7 +189,7 @@ TEST_F(RecordingTest, TrailWaypointsAndExportSurviveARestart) {
     exported = trackFilePath();
     mapView().setZoomIndex(kDriveZoom);
     for (const DrivePoint& point : points) {
-      updateFix(point.fix);
+      mainWindow()->fixProcessor().updateFix(point.fix);
       processEvents();  // the map page follows each fix, as the message loop would
     }
     EXPECT_EQ(receptionLabel()->property("iconId").toInt(), kIconReceiving);
@@ -285,8 +285,8 @@ TEST_F(RecordingTest, TrailWaypointsAndExportSurviveARestart) {
       const std::filesystem::path map = dataFile("maps/monaco_cp1252.img");
       if (!map.empty()) mainWindow()->openMap(QString::fromStdString(map.string()));
       setGpsReadingActive([] { return true; });
-      setStatusText(u"NMEA 4800, COM1");
-      updateFix(last);
+      mainWindow()->fixProcessor().setStatusText(u"NMEA 4800, COM1");
+      mainWindow()->fixProcessor().updateFix(last);
       processEvents();
       showDrive(last);
       mapView().setZoomIndex(5);

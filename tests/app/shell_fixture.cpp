@@ -20,7 +20,7 @@ void ShellTest::SetUp() {
   scratch = scratchDir(::testing::UnitTest::GetInstance()->current_test_info()->name());
   openSettingsAt(scratch / "GisOrvel.conf");
   messages = std::make_unique<MessageRecorder>();
-  resetGpsState();
+  setPagesGpsState(&gps);
   mapView() = MapView{};
   mapView().setZoomIndex(10);
   mapView().setCentre(0, 0);
@@ -47,7 +47,7 @@ void ShellTest::SetUp() {
 }
 
 void ShellTest::startWindow() {
-  window = std::make_unique<MainWindow>();
+  window = std::make_unique<MainWindow>(fixes);
   initPages(*window);
   window->resize(240, 320);
   window->show();
@@ -72,7 +72,7 @@ void ShellTest::TearDown() {
   setOpenFileChooser(nullptr);
   messages.reset();
   closeSettings();
-  resetGpsState();
+  setPagesGpsState(nullptr);
 }
 
 }  // namespace orvel::test

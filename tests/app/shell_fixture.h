@@ -20,6 +20,7 @@
 #include "app/dialogs.h"
 #include "app/main_window.h"
 #include "app/page_framework.h"
+#include "gps/fix_processing.h"
 #include "gps/gps_state.h"
 #include "map/map_file.h"
 #include "pages/map_page.h"
@@ -54,6 +55,8 @@ class ShellTest : public ::testing::Test {
   QWidget* client() { return window->clientArea(); }
 
   std::filesystem::path scratch;
+  GpsState gps;
+  FixProcessor fixes{gps};
   std::unique_ptr<MainWindow> window;
   std::unique_ptr<MessageRecorder> messages;
   std::vector<WaypointRequest> waypointRequests;

@@ -38,12 +38,12 @@ class PagesTest : public ::testing::Test {
     static int serial = 0;
     const std::filesystem::path dir = scratchDir("pages-" + std::to_string(serial++));
     ASSERT_EQ(openSettingsAt(dir / "Orvel" / "GisOrvel.conf"), 0);
-    resetGpsState();
+    setPagesGpsState(&gps);
     useSize(240, 320);
   }
   void TearDown() override {
     setPageHost(PageHost{});
-    resetGpsState();
+    setPagesGpsState(nullptr);
     closeSettings();
   }
 
@@ -111,6 +111,7 @@ class PagesTest : public ::testing::Test {
   struct Popup {
     int menu, x, y;
   };
+  GpsState gps;
   int width_ = 240;
   int height_ = 320;
   int repaints_ = 0;
