@@ -72,7 +72,7 @@ AddressList HostLookups::lookup(const std::string& host, uint16_t port, const st
     reapLocked();
   }
   if (::getaddrinfo_a(GAI_NOWAIT, list, 1, nullptr) != 0) return nullptr;
-  const timespec poll{0, static_cast<long>(kPollMs) * 1'000'000};
+  const timespec slice{0, static_cast<long>(kPollMs) * 1'000'000};
   while (!request->done()) {
     if (cancelled()) {
       // glibc lets go of a lookup it has not begun; one it is working on stays its own.
@@ -85,7 +85,7 @@ AddressList HostLookups::lookup(const std::string& host, uint16_t port, const st
       return nullptr;
     }
     const gaicb* waiting[] = {&request->block};
-    ::gai_suspend(waiting, 1, &poll);
+    ::gai_suspend(waiting, 1, &slice);
   }
   return request->take();
 }
