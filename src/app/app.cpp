@@ -19,7 +19,7 @@
 #include "gps/demo_replay.h"
 #include "gps/fix_processing.h"
 #include "gps/gps_state.h"
-#include "gps/port_scanner.h"
+#include "gps/gps_input.h"
 #include "gps/ui/options_dialog.h"
 #include "pages/map_page.h"
 #include "track/active_track.h"
@@ -50,35 +50,35 @@ QString demoMapPath() {
 constexpr int kDemoGraceMs = 5000;
 constexpr uint32_t kDemoZoomIndex = 7;  // "120 м": 3 m per pixel
 
-void preparePortScanning(GpsNotification& notification) {
-  setScanIndicator({[&notification] { notification.showSatellites(0); },
+void preparePortScanning(GpsInput& input, GpsNotification& notification) {
+  input.setScanIndicator({[&notification] { notification.showSatellites(0); },
                     [&notification] { notification.showNoConnection(); }});
 }
 
-void stopPortScanning() {
-  stopDemoReplay();
-  stopScanning();
+void stopPortScanning(GpsInput& input) {
+  input.demoReplay().stopDemoReplay();
+  input.stopScanning();
 }
 
 // With --demo and no receiver found after a few seconds, a recorded drive replays over the
 // demo map so that a new user sees the position move. The setting "DemoReplay" (default on)
 // turns it off for users who start with --demo but do not want it.
-void scheduleDemoReplay(QObject* context, const Settings& settings) {
+void scheduleDemoReplay(QObject* context, const Settings& settings, GpsInput& input) {
   if (!settings.readSettingBool("DemoReplay", true)) return;
-  QTimer::singleShot(kDemoGraceMs, context, [] {
-    if (receiverFound() || isDemoReplaying()) return;
-    startDemoReplay(std::string(ORVEL_DEMO_DIR "/") + kDemoCaptureName);
+  QTimer::singleShot(kDemoGraceMs, context, [&input] {
+    if (input.receiverFound() || input.demoReplay().isDemoReplaying()) return;
+    input.demoReplay().startDemoReplay(std::string(ORVEL_DEMO_DIR "/") + kDemoCaptureName);
   });
 }
 
 void runOptions(MainWindow& window) {
+  Session& session = window.session();
   MapPage& mapPage = window.pages().mapPage();
   OptionsActions actions;
-  actions.resetRotation = [&window, &mapPage] {
-    window.session().view.setRotation(0);
+  actions.resetRotation = [&session, &mapPage] {
+    session.view.setRotation(0);
     mapPage.compose();
   };
-  Session& session = window.session();
   actions.setTrackRecording = [&session](bool on) {
     if (on) {
       session.trackExport.openTrackFile();
@@ -89,7 +89,7 @@ void runOptions(MainWindow& window) {
     }
   };
   actions.redrawMap = [&mapPage] { mapPage.compose(); };
-  runOptionsDialog(&window, std::move(actions));
+  runOptionsDialog(&window, session.gpsInput, session.settings, std::move(actions));
 }
 
 void placeWindow(MainWindow& window) {
@@ -106,7 +106,7 @@ void placeWindow(MainWindow& window) {
 
 // The map page draws the recorded trail and the waypoints over the map, and the position
 // marker while GPS input runs.
-void connectMapLayers(MapPage& page, const Session& session) {
+void connectMapLayers(MapPage& page, Session& session) {
   ViewComposer& composer = page.composer();
   composer.setTrackLayer([&session](QPainter& painter, const MapView& view, const MapRect&) {
     session.track.drawActiveTrack(painter, view);
@@ -114,9 +114,9 @@ void connectMapLayers(MapPage& page, const Session& session) {
   composer.setWaypointLayer([&session](QPainter& painter, const MapView& view, const MapRect& visible) {
     session.waypoints.drawWaypoints(painter, session.drawing, view, visible);
   });
-  composer.setPositionSource([]() -> std::optional<PositionSnapshot> {
-    if (isGpsInputShutDown()) return std::nullopt;
-    const GpsFix fix = currentFix();
+  composer.setPositionSource([&session]() -> std::optional<PositionSnapshot> {
+    if (session.gpsInput.isGpsInputShutDown()) return std::nullopt;
+    const GpsFix fix = session.gps.currentFix();
     if (!(fix.flags & kFixPosition)) return std::nullopt;
     PositionSnapshot position;
     position.longitude = fix.longitude;
@@ -170,9 +170,10 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
     std::fprintf(stderr, "orvel: %s\n", qPrintable(commandLine.error));
     return kExitBadCommandLine;
   }
+  Session session(ensureDataFolder());
   for (const QString& source : commandLine.gpsSources) {
     std::string error;
-    if (!addGpsOption(source.toStdString(), error)) {
+    if (!session.gpsInput.addGpsOption(source.toStdString(), error)) {
       std::fprintf(stderr, "orvel: %s\n", error.c_str());
       return kExitBadCommandLine;
     }
@@ -184,7 +185,6 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
   if (sendToRunningInstance(forwarded)) return kExitAnotherInstance;
 
   if (!QGuiApplication::primaryScreen()) return kExitNoWindow;
-  Session session(ensureDataFolder());
   Settings& settings = session.settings;
   settings.openSettings();
 
@@ -235,11 +235,11 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
   FixObserver observer;
   connectTrackRecorders(observer, session.track, session.trackExport);
   observer.showReception = [&notification](uint32_t satellitesUsed) { notification.showSatellites(satellitesUsed); };
-  setFixObserver(std::move(observer));
-  preparePortScanning(notification);
+  session.fixes.setFixObserver(std::move(observer));
+  preparePortScanning(session.gpsInput, notification);
   // Sets the status text, and scans unless "ScanCOMPorts" is off.
-  startScanning();
-  if (commandLine.demo) scheduleDemoReplay(&window, settings);
+  session.gpsInput.startScanning();
+  if (commandLine.demo) scheduleDemoReplay(&window, settings, session.gpsInput);
   window.setOptionsHandler([&window] { runOptions(window); });
 
   // "Сохранить точку...", the map's pop-up menu and the action-key hold all end in the
@@ -260,8 +260,8 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
   const int status = QApplication::exec();
   (void)status;
 
-  stopPortScanning();
-  setFixObserver(FixObserver{});
+  stopPortScanning(session.gpsInput);
+  session.fixes.setFixObserver(FixObserver{});
   session.trackExport.closeTrackFile();
   session.track.closeTrackStore();
   session.waypoints.freeWaypoints();

@@ -71,7 +71,8 @@ int virtualKeyFor(int qtKey) {
 
 MainWindow::MainWindow(Session& session)
     : session_(session),
-      pages_(PageContext{*this, session.settings, session.messages, session.drawing, session.styles}, session) {
+      pages_(PageContext{*this, session.settings, session.messages, session.drawing, session.styles, session.gps},
+             session) {
   setWindowTitle(QStringLiteral("Orvel"));
   setWindowIcon(QIcon(QPixmap::fromImage(programIcon(64))));
   client_ = new ClientArea(this);
@@ -90,11 +91,11 @@ MainWindow::MainWindow(Session& session)
 
   buildMenuBar();
 
-  setGpsMessagePoster([this](int message) { postGpsMessage(message); });
+  session_.gps.setGpsMessagePoster([this](int message) { postGpsMessage(message); });
 }
 
 MainWindow::~MainWindow() {
-  setGpsMessagePoster(nullptr);
+  session_.gps.setGpsMessagePoster(nullptr);
   pages_.shutdownPages();
 }
 
@@ -152,7 +153,7 @@ void MainWindow::onCommand(int commandId) {
 
 void MainWindow::savePointAtCentre() {
   // The new waypoint lies at the centre of the screen, not at the GPS position.
-  const GpsFix fix = currentFix();
+  const GpsFix fix = session_.gps.currentFix();
   const double time = (fix.flags & kFixTime) ? fix.time : 0.0;
   const float altitude = (fix.flags & kFixAltitude) ? fix.altitude : 0.0f;
   const MapPoint centre = session_.view.centre();
@@ -200,12 +201,12 @@ void MainWindow::handleGpsMessage(int message) {
     if (message == kMsgSatellitesChanged) page.onSatellitesChanged();
   }
   if (message == kMsgStatusChanged) updateStatusText();
-  clearLatch(message);
+  session_.gps.clearLatch(message);
 }
 
 void MainWindow::updateStatusText() {
   char16_t text[kStatusTextLength + 1] = {};
-  getStatusText(text, kStatusTextLength + 1);
+  session_.gps.getStatusText(text, kStatusTextLength + 1);
   statusLabel_->setText(QString::fromUtf16(text));
 }
 

@@ -1,13 +1,17 @@
 #pragma once
 // Everything the running viewer keeps, owned in one place for the program's lifetime: the
 // settings, the message box's sink, the view and the map shown, the shared drawing objects
-// and map styles, the recorded trail, its export and the waypoints. main() makes one;
+// and map styles, the recorded trail, its export and the waypoints, the receiver's state, fix
+// processing and the GPS input with its reading threads. main() makes one;
 // whatever needs a part of it is handed that part by reference. Two sessions live side by
 // side without touching each other (tests do that).
 #include <filesystem>
 
 #include "core/message.h"
 #include "core/settings.h"
+#include "gps/fix_processing.h"
+#include "gps/gps_input.h"
+#include "gps/gps_state.h"
 #include "map/catalogue/map_styles.h"
 #include "map/current_map.h"
 #include "track/active_track.h"
@@ -38,6 +42,10 @@ class Session {
   TrackExport trackExport;
   WaypointStore waypoints;
   LengthFormat lengths;
+  GpsState gps;
+  FixProcessor fixes{gps};
+  // Last made, first gone: its threads end before anything they report to.
+  GpsInput gpsInput{fixes, settings};
 };
 
 }  // namespace orvel

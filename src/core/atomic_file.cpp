@@ -10,11 +10,6 @@
 namespace orvel {
 namespace {
 
-BeforeReplaceHook& processHook() {
-  static BeforeReplaceHook hook = nullptr;
-  return hook;
-}
-
 bool writeAll(int fd, std::string_view bytes) {
   while (!bytes.empty()) {
     const ssize_t written = ::write(fd, bytes.data(), bytes.size());
@@ -64,7 +59,6 @@ bool writeFileAtomically(const std::filesystem::path& target, std::string_view b
   bool ok = writeAll(fd, bytes) && ::fsync(fd) == 0;
   ok = ::close(fd) == 0 && ok;
   if (ok) {
-    if (!beforeReplace) beforeReplace = processHook();
     if (beforeReplace) beforeReplace(temporary);
     ok = ::rename(temporary.c_str(), target.c_str()) == 0;
   }
@@ -76,8 +70,4 @@ bool writeFileAtomically(const std::filesystem::path& target, std::string_view b
   return true;
 }
 
-}  // namespace orvel
-
-namespace orvel {
-void setBeforeReplaceHook(BeforeReplaceHook hook) { processHook() = hook; }
 }  // namespace orvel

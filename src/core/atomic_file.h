@@ -16,8 +16,4 @@ using BeforeReplaceHook = void (*)(const std::filesystem::path& temporary);
 bool writeFileAtomically(const std::filesystem::path& target, std::string_view bytes,
                          BeforeReplaceHook beforeReplace = nullptr);
 
-// Transitional: a process-wide hook used when none is passed, for stores that do not yet
-// carry their own. Removed once every store does.
-void setBeforeReplaceHook(BeforeReplaceHook hook);
-
 }  // namespace orvel

@@ -66,20 +66,7 @@ void showMessage(Messages& messages, const char* format, ...) {
   messages.deliver(std::move(text));
 }
 
-Messages& processMessages() {
-  static Messages messages;
-  return messages;
-}
 
-void showMessage(const char* format, ...) {
-  va_list args;
-  va_start(args, format);
-  std::string text = formatMessage(format, args);
-  va_end(args);
-  processMessages().deliver(std::move(text));
-}
-
-MessageSink setMessageSink(MessageSink sink) { return processMessages().setSink(std::move(sink)); }
 
 MessageRecorder::MessageRecorder(Messages& messages) : source_(messages) {
   previous_ = source_.setSink([this](const std::string& text) { messages_.push_back(text); });

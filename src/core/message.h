@@ -38,16 +38,10 @@ class Messages {
 // Shows a printf-formatted UTF-8 message through the sink of `messages`.
 void showMessage(Messages& messages, const char* format, ...) __attribute__((format(printf, 2, 3)));
 
-// Transitional: the process's messages behind the free functions below, for code that does
-// not yet receive its Messages by reference. Removed once every caller does.
-Messages& processMessages();
-void showMessage(const char* format, ...) __attribute__((format(printf, 1, 2)));
-MessageSink setMessageSink(MessageSink sink);
-
 // Collects every message shown while it lives (for tests and headless runs).
 class MessageRecorder {
  public:
-  explicit MessageRecorder(Messages& messages = processMessages());
+  explicit MessageRecorder(Messages& messages);
   ~MessageRecorder();
   MessageRecorder(const MessageRecorder&) = delete;
   MessageRecorder& operator=(const MessageRecorder&) = delete;

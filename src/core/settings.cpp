@@ -194,22 +194,3 @@ void Settings::setBeforeReplaceHook(BeforeReplaceHook hook) {
 }
 
 }  // namespace orvel
-
-namespace orvel {
-Settings& processSettings() {
-  static Settings settings;
-  return settings;
-}
-int openSettings() { return processSettings().openSettings(); }
-int openSettingsAt(const std::filesystem::path& file) { return processSettings().openSettingsAt(file); }
-void closeSettings() { processSettings().closeSettings(); }
-std::filesystem::path settingsFile() { return processSettings().settingsFile(); }
-int32_t readSettingInt(std::string_view name, int32_t fallback) { return processSettings().readSettingInt(name, fallback); }
-bool readSettingBool(std::string_view name, bool fallback) { return processSettings().readSettingBool(name, fallback); }
-std::u16string readSettingString(std::string_view name, std::u16string_view fallback, size_t capacity) {
-  return processSettings().readSettingString(name, fallback, capacity);
-}
-void writeSettingInt(std::string_view name, int32_t value) { processSettings().writeSettingInt(name, value); }
-void writeSettingBool(std::string_view name, bool value) { processSettings().writeSettingBool(name, value); }
-void writeSettingString(std::string_view name, std::u16string_view text) { processSettings().writeSettingString(name, text); }
-}  // namespace orvel

@@ -78,19 +78,3 @@ class Settings {
 };
 
 }  // namespace orvel
-
-// Transitional: the process's store behind the free functions below, for code that does not
-// yet receive its Settings by reference. Removed once every caller does.
-namespace orvel {
-Settings& processSettings();
-int openSettings();
-int openSettingsAt(const std::filesystem::path& file);
-void closeSettings();
-std::filesystem::path settingsFile();
-int32_t readSettingInt(std::string_view name, int32_t fallback);
-bool readSettingBool(std::string_view name, bool fallback);
-std::u16string readSettingString(std::string_view name, std::u16string_view fallback, size_t capacity = 256);
-void writeSettingInt(std::string_view name, int32_t value);
-void writeSettingBool(std::string_view name, bool value);
-void writeSettingString(std::string_view name, std::u16string_view text);
-}  // namespace orvel

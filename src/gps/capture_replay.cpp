@@ -74,7 +74,7 @@ enum class Outcome { kNextProtocol, kEnd };
 
 class Scanner {
  public:
-  Scanner(std::span<const uint8_t> capture, const FixSink& sink, const ReplayOptions& options)
+  Scanner(std::span<const uint8_t> capture, GpsSink& sink, const ReplayOptions& options)
       : layout_(analyseCapture(capture)),
         line_(capture, layout_.burstStarts, layout_.garminBinary),
         options_(options),
@@ -86,13 +86,13 @@ class Scanner {
                (layout_.burstStarts.size() + 1) * 2 * ReplayLine::kBurstGapNs;
   }
 
-  ReplaySummary run(const FixSink& sink) {
+  ReplaySummary run(GpsSink& sink) {
     std::array<GpsProtocol*, 2> order{&nmea_, &garmin_};
     if (options_.protocol == ReplayProtocol::kGarmin) order = {&garmin_, &garmin_};
     if (options_.protocol == ReplayProtocol::kNmea) order = {&nmea_, &nmea_};
     for (size_t turn = 0;; ++turn) {
       if (runProtocol(*order[turn % 2]) == Outcome::kEnd) break;
-      if (sink.lost) sink.lost();
+      sink.fixLost();
       if (line_.exhausted() || nowNs_ > limitNs_) break;
     }
     summary_.simulatedMs = nowNs_ / kMs;
@@ -162,7 +162,7 @@ class Scanner {
 
 }  // namespace
 
-ReplaySummary replayCapture(std::span<const uint8_t> capture, const FixSink& sink, const ReplayOptions& options) {
+ReplaySummary replayCapture(std::span<const uint8_t> capture, GpsSink& sink, const ReplayOptions& options) {
   Scanner scanner(capture, sink, options);
   return scanner.run(sink);
 }

@@ -48,8 +48,9 @@ struct ReplaySummary {
   uint64_t simulatedMs = 0;
 };
 
-// Runs the capture to its end through the protocols that `options` names, handing fixes to
-// `sink` and telling it after every attempt that ended (as fixLost is called).
-ReplaySummary replayCapture(std::span<const uint8_t> capture, const FixSink& sink, const ReplayOptions& options);
+// Runs the capture to its end through the protocols that `options` names, handing fixes and
+// satellites to `sink` and telling it after every attempt that ended (as a reading thread
+// does).
+ReplaySummary replayCapture(std::span<const uint8_t> capture, GpsSink& sink, const ReplayOptions& options);
 
 }  // namespace orvel

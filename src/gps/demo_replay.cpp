@@ -1,51 +1,49 @@
 #include "gps/demo_replay.h"
 
 #include <algorithm>
-#include <atomic>
 #include <fstream>
 #include <iterator>
-#include <memory>
-#include <mutex>
-#include <thread>
 #include <vector>
 
 #include "gps/capture_replay.h"
-#include "gps/gps_state.h"
 #include "gps/nmea_protocol.h"
 #include "gps/port_reader.h"
-#include "gps/port_scanner.h"
-#include "gps/scan_signals.h"
 
 namespace orvel {
 namespace {
 
-struct Demo {
-  std::mutex mutex;  // the thread and the signals
-  std::thread thread;
-  std::shared_ptr<ScanSignals> signals;
-  std::atomic<bool> running{false};
-  std::atomic<uint64_t> fixes{0};
+// Counts the fixes on their way to the real sink.
+class CountingSink final : public GpsSink {
+ public:
+  CountingSink(GpsSink& next, std::atomic<uint64_t>& count) : next_(next), count_(count) {}
+  void updateFix(const GpsFix& fix) override {
+    ++count_;
+    next_.updateFix(fix);
+  }
+  void fixLost() override { next_.fixLost(); }
+  void setSatellites(std::span<const SatelliteInfo> satellites) override { next_.setSatellites(satellites); }
+  void satellitesChanged() override { next_.satellitesChanged(); }
+  void setStatusText(std::u16string_view text) override { next_.setStatusText(text); }
+
+ private:
+  GpsSink& next_;
+  std::atomic<uint64_t>& count_;
 };
 
-// Never destroyed: a thread still running at exit must not find it gone, and a thread
-// object still joinable must not end the process from a destructor.
-Demo& demo() {
-  static Demo* const instance = new Demo;
-  return *instance;
-}
+}  // namespace
 
-void replay(std::vector<uint8_t> capture, std::vector<size_t> bursts, DemoReplayOptions options,
-            std::shared_ptr<ScanSignals> signals) {
-  Demo& d = demo();
-  FixSink sink = options.sink;
-  FixSink counting{[&d, sink](const GpsFix& fix) {
-                     ++d.fixes;
-                     if (sink.fix) sink.fix(fix);
-                   },
-                   sink.lost};
+DemoReplay::DemoReplay(GpsSink& sink, std::function<bool()> receiverFound)
+    : sink_(sink), receiverFound_(std::move(receiverFound)) {}
+
+DemoReplay::~DemoReplay() { stopDemoReplay(); }
+
+void DemoReplay::replay(std::vector<uint8_t> capture, std::vector<size_t> bursts, DemoReplayOptions options) {
+  CountingSink counting(sink_, fixes_);
   NmeaProtocol nmea({}, counting);
-  if (options.setStatus) setStatusText(u"NMEA-0183 (демонстрация)");
-  const auto ended = [&] { return signals->stopSet() || (options.stopOnReceiver && receiverFound()); };
+  if (options.setStatus) sink_.setStatusText(u"NMEA-0183 (демонстрация)");
+  const auto ended = [&] {
+    return signals_.stopSet() || (options.stopOnReceiver && receiverFound_ && receiverFound_());
+  };
   do {
     nmea.open();
     uint32_t due = tickCount();
@@ -60,18 +58,16 @@ void replay(std::vector<uint8_t> capture, std::vector<size_t> bursts, DemoReplay
       // protocol hands the burst's fix on in it.
       due += options.burstMs;
       while (static_cast<int32_t>(due - tickCount()) > 0) {
-        if (signals->waitStop(std::min<uint32_t>(kPollMs, due - tickCount()))) break;
+        if (signals_.waitStop(std::min<uint32_t>(kPollMs, due - tickCount()))) break;
         nmea.process({});
       }
     }
-    if (sink.lost) sink.lost();  // the jump back to the start is no part of the track
+    sink_.fixLost();  // the jump back to the start is no part of the track
   } while (options.loop && !ended());
-  d.running = false;
+  running_ = false;
 }
 
-}  // namespace
-
-bool startDemoReplay(const std::string& path, DemoReplayOptions options) {
+bool DemoReplay::startDemoReplay(const std::string& path, DemoReplayOptions options) {
   stopDemoReplay();
   std::ifstream in(path, std::ios::binary);
   if (!in) return false;
@@ -82,25 +78,21 @@ bool startDemoReplay(const std::string& path, DemoReplayOptions options) {
   std::vector<size_t> bursts = analyseCapture(capture).burstStarts;
   if (bursts.empty() || bursts.front() != 0) bursts.insert(bursts.begin(), 0);
 
-  Demo& d = demo();
-  std::lock_guard lock(d.mutex);
-  d.signals = std::make_shared<ScanSignals>();
-  d.fixes = 0;
-  d.running = true;
-  d.thread = std::thread(replay, std::move(capture), std::move(bursts), std::move(options), d.signals);
+  std::lock_guard lock(mutex_);
+  signals_.reset();
+  fixes_ = 0;
+  running_ = true;
+  thread_ = std::thread([this, capture = std::move(capture), bursts = std::move(bursts), options]() mutable {
+    replay(std::move(capture), std::move(bursts), options);
+  });
   return true;
 }
 
-void stopDemoReplay() {
-  Demo& d = demo();
-  std::lock_guard lock(d.mutex);
-  if (d.signals) d.signals->setStop();
-  if (d.thread.joinable()) d.thread.join();
-  d.running = false;
+void DemoReplay::stopDemoReplay() {
+  std::lock_guard lock(mutex_);
+  signals_.setStop();
+  if (thread_.joinable()) thread_.join();
+  running_ = false;
 }
-
-bool isDemoReplaying() { return demo().running; }
-
-uint64_t demoFixCount() { return demo().fixes; }
 
 }  // namespace orvel

@@ -2,32 +2,26 @@
 
 #include <cmath>
 #include <limits>
-#include <memory>
-#include <mutex>
 
-#include "gps/gps_state.h"
 #include "geo/trig.h"
 
 namespace orvel {
 namespace {
-
-std::mutex observerLock;  // guards only the installed observer, never held while it runs
-std::shared_ptr<const FixObserver> installedObserver;
-
-std::shared_ptr<const FixObserver> observer() {
-  std::lock_guard guard(observerLock);
-  return installedObserver;
-}
 
 // About one metre per 9e-6 degree of latitude.
 constexpr double kDegreesPerMetre = 9e-6;
 
 }  // namespace
 
-void setFixObserver(FixObserver newObserver) {
+void FixProcessor::setFixObserver(FixObserver newObserver) {
   auto installed = std::make_shared<const FixObserver>(std::move(newObserver));
-  std::lock_guard guard(observerLock);
-  installedObserver = std::move(installed);
+  std::lock_guard guard(observerLock_);
+  observer_ = std::move(installed);
+}
+
+std::shared_ptr<const FixObserver> FixProcessor::observer() const {
+  std::lock_guard guard(observerLock_);
+  return observer_;
 }
 
 bool hasMoved(const GpsFix& old, const GpsFix& newFix) {
@@ -49,8 +43,8 @@ bool hasMoved(const GpsFix& old, const GpsFix& newFix) {
   return static_cast<double>(lonChange) > lonTolerance && static_cast<double>(latChange) > latTolerance;
 }
 
-void updateFix(const GpsFix& newFix) {
-  const GpsFix old = exchangeFix(newFix);
+void FixProcessor::updateFix(const GpsFix& newFix) {
+  const GpsFix old = state_.exchangeFix(newFix);
   const bool hasPosition = newFix.has(kFixPosition);
   // A position that appears after a time without one begins a new track and segment.
   const bool positionAppeared = hasPosition && !old.has(kFixPosition);
@@ -66,11 +60,11 @@ void updateFix(const GpsFix& newFix) {
     if (hooks->appendRecordedPoint) hooks->appendRecordedPoint(newFix);
     if (hooks->appendActivePoint) hooks->appendActivePoint(newFix.longitude, newFix.latitude);
   }
-  postGpsMessage(kMsgFixChanged);
+  state_.postGpsMessage(kMsgFixChanged);
   if (hooks && hooks->showReception) hooks->showReception(satellitesUsed);
 }
 
-void fixLost() {
+void FixProcessor::fixLost() {
   const std::shared_ptr<const FixObserver> hooks = observer();
   if (!hooks) return;
   if (hooks->beginRecordedTrack) hooks->beginRecordedTrack();

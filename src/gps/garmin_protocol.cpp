@@ -4,7 +4,7 @@
 
 namespace orvel {
 
-GarminProtocol::GarminProtocol(TickClock clock, FixSink sink) : GpsProtocol(std::move(clock), std::move(sink)) {}
+GarminProtocol::GarminProtocol(TickClock clock, GpsSink& sink) : GpsProtocol(std::move(clock), sink) {}
 
 void GarminProtocol::open() {
   if (GpsPort* p = port()) {
@@ -48,9 +48,9 @@ bool GarminProtocol::handlePacket(std::span<const uint8_t> packet) {
     GpsFix fix;
     if (data.size() >= 64) {
       if (decodeGarminPvt(data, fix)) {
-        handOnFix(fix);
+        sink().updateFix(fix);
       } else {
-        reportFixLost();
+        sink().fixLost();
       }
     }
     writeToPort(kStopPvtPacket);

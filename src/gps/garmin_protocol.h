@@ -17,7 +17,7 @@ class GarminProtocol final : public GpsProtocol {
   static constexpr uint32_t kAckTimeoutMs = 3000;  // a start request unanswered this long fails
   static constexpr uint32_t kQuietMs = 700;        // while streaming, a gap this long re-requests
 
-  explicit GarminProtocol(TickClock clock = {}, FixSink sink = programFixSink());
+  GarminProtocol(TickClock clock, GpsSink& sink);
 
   std::u16string_view getName() const override { return u"Протокол Garmin"; }
   // 9600 baud, 8 data bits, no parity check, one stop bit; purges; sends the start request.

@@ -6,7 +6,7 @@
 // Everything a protocol touches outside itself is handed in, so that the same objects run
 // on a real port, in tests with a fake clock, and in a replay of a recorded capture:
 // - the clock: a 32-bit millisecond tick count, intervals by unsigned subtraction;
-// - the fix sink: where decoded fixes go (updateFix and fixLost in the program);
+// - the sink: where decoded fixes and satellites go (fix processing in the program);
 // - the port: line settings, time-outs, purge and writes (set before open()).
 #include <cstdint>
 #include <functional>
@@ -14,6 +14,7 @@
 #include <string_view>
 
 #include "gps/gps_fix.h"
+#include "gps/gps_sink.h"
 
 namespace orvel {
 
@@ -22,16 +23,6 @@ using TickClock = std::function<uint32_t()>;
 
 // A 32-bit millisecond count from the steady clock.
 uint32_t tickCount();
-
-struct FixSink {
-  // A complete fix for the rest of the program.
-  std::function<void(const GpsFix& fix)> fix;
-  // The receiver reports that it has no usable fix.
-  std::function<void()> lost;
-};
-
-// updateFix and fixLost.
-FixSink programFixSink();
 
 // Time-outs of a port in milliseconds, as a read and a write are bounded.
 struct PortTimeouts {
@@ -84,15 +75,15 @@ class GpsProtocol {
   GpsPort* port() const { return port_; }
 
  protected:
-  GpsProtocol(TickClock clock, FixSink sink);
+  // `clock` empty is tickCount. The sink must outlive the protocol.
+  GpsProtocol(TickClock clock, GpsSink& sink);
   uint32_t now() const { return clock_(); }
-  void handOnFix(const GpsFix& fix) const;
-  void reportFixLost() const;
+  GpsSink& sink() const { return sink_; }
   void writeToPort(std::span<const uint8_t> bytes) const;
 
  private:
   TickClock clock_;
-  FixSink sink_;
+  GpsSink& sink_;
   GpsPort* port_ = nullptr;
 };
 

@@ -1,44 +1,9 @@
 #include "gps/gps_state.h"
 
 #include <algorithm>
-#include <array>
-#include <atomic>
-#include <memory>
-#include <mutex>
+#include <utility>
 
 namespace orvel {
-namespace {
-
-struct State {
-  std::mutex lock;  // guards everything below but the latches and the announced count
-  uint32_t satellitesFilled = 0;
-  std::atomic<uint32_t> satellitesInView{0};
-  std::vector<SatelliteInfo> satellites;
-  GpsFix fix;
-  std::array<char16_t, kStatusTextLength + 1> statusText{};
-};
-
-State& state() {
-  static State s;
-  return s;
-}
-
-std::array<std::atomic<bool>, 3> latches{};
-
-std::mutex posterLock;  // guards only the installed poster, never held while it runs
-std::shared_ptr<const GpsMessagePoster> installedPoster;
-
-std::atomic<bool>* latchFor(int message) {
-  const int index = message - kMsgStatusChanged;
-  if (index < 0 || index >= static_cast<int>(latches.size())) return nullptr;
-  return &latches[static_cast<size_t>(index)];
-}
-
-size_t statusLength(const std::array<char16_t, kStatusTextLength + 1>& text) {
-  return static_cast<size_t>(std::find(text.begin(), text.end(), u'\0') - text.begin());
-}
-
-}  // namespace
 
 std::string_view fixTypeName(uint32_t code) {
   static constexpr std::array<std::string_view, 12> kNames{
@@ -47,78 +12,93 @@ std::string_view fixTypeName(uint32_t code) {
   return code < kNames.size() ? kNames[code] : kNames[kFixTypeUnknown];
 }
 
-void setStatusText(std::u16string_view text) {
+std::atomic<bool>* GpsState::latchFor(int message) {
+  return const_cast<std::atomic<bool>*>(std::as_const(*this).latchFor(message));
+}
+
+const std::atomic<bool>* GpsState::latchFor(int message) const {
+  const int index = message - kMsgStatusChanged;
+  if (index < 0 || index >= static_cast<int>(latches_.size())) return nullptr;
+  return &latches_[static_cast<size_t>(index)];
+}
+
+size_t GpsState::statusLength() const {
+  return static_cast<size_t>(std::find(statusText_.begin(), statusText_.end(), u'\0') - statusText_.begin());
+}
+
+void GpsState::setStatusText(std::u16string_view text) {
   text = text.substr(0, std::min(text.find(u'\0'), kStatusTextLength));
   {
-    State& s = state();
-    std::lock_guard guard(s.lock);
-    std::copy(text.begin(), text.end(), s.statusText.begin());
-    s.statusText[text.size()] = u'\0';
+    std::lock_guard guard(lock_);
+    std::copy(text.begin(), text.end(), statusText_.begin());
+    statusText_[text.size()] = u'\0';
   }
   postGpsMessage(kMsgStatusChanged);
 }
 
-char16_t* getStatusText(char16_t* buffer, size_t capacity) {
+char16_t* GpsState::getStatusText(char16_t* buffer, size_t capacity) const {
   capacity = std::min(capacity, kStatusTextLength);
   if (capacity == 0) return buffer;
-  State& s = state();
-  std::lock_guard guard(s.lock);
-  const size_t count = std::min(statusLength(s.statusText), capacity - 1);
-  std::copy_n(s.statusText.begin(), count, buffer);
+  std::lock_guard guard(lock_);
+  const size_t count = std::min(statusLength(), capacity - 1);
+  std::copy_n(statusText_.begin(), count, buffer);
   buffer[count] = u'\0';
   buffer[capacity - 1] = u'\0';
   return buffer;
 }
 
-GpsFix& getFix(GpsFix& out) {
-  State& s = state();
-  std::lock_guard guard(s.lock);
-  out = s.fix;
+GpsFix& GpsState::getFix(GpsFix& out) const {
+  std::lock_guard guard(lock_);
+  out = fix_;
   return out;
 }
 
-GpsFix currentFix() {
+GpsFix GpsState::currentFix() const {
   GpsFix fix;
   return getFix(fix);
 }
 
-GpsFix exchangeFix(const GpsFix& newFix) {
-  State& s = state();
-  std::lock_guard guard(s.lock);
-  const GpsFix old = s.fix;
-  s.fix = newFix;
+GpsFix GpsState::exchangeFix(const GpsFix& newFix) {
+  std::lock_guard guard(lock_);
+  const GpsFix old = fix_;
+  fix_ = newFix;
   return old;
 }
 
-void resetSatellites(uint32_t count) {
+void GpsState::resetSatellites(uint32_t count) {
   count = std::min(count, kMaxSatellites);
   // The new list is made before the lock is taken: the lock covers only the swap.
   std::vector<SatelliteInfo> fresh(count);
-  State& s = state();
-  {
-    std::lock_guard guard(s.lock);
-    s.satellites.swap(fresh);
-    s.satellitesFilled = 0;
-    s.satellitesInView.store(count);
-  }
+  std::lock_guard guard(lock_);
+  satellites_.swap(fresh);
+  satellitesFilled_ = 0;
+  satellitesInView_.store(count);
 }
 
-void addSatellite(const SatelliteInfo& info) {
-  State& s = state();
-  std::lock_guard guard(s.lock);
-  if (s.satellitesFilled < s.satellites.size()) s.satellites[s.satellitesFilled++] = info;
+void GpsState::addSatellite(const SatelliteInfo& info) {
+  std::lock_guard guard(lock_);
+  if (satellitesFilled_ < satellites_.size()) satellites_[satellitesFilled_++] = info;
 }
 
-void satellitesChanged() { postGpsMessage(kMsgSatellitesChanged); }
+void GpsState::setSatellites(std::span<const SatelliteInfo> satellites) {
+  satellites = satellites.first(std::min<size_t>(satellites.size(), kMaxSatellites));
+  std::vector<SatelliteInfo> fresh(satellites.begin(), satellites.end());
+  const auto count = static_cast<uint32_t>(fresh.size());
+  std::lock_guard guard(lock_);
+  satellites_.swap(fresh);
+  satellitesFilled_ = count;
+  satellitesInView_.store(count);
+}
 
-uint32_t getSatelliteCount() { return state().satellitesInView.load(); }
+void GpsState::satellitesChanged() { postGpsMessage(kMsgSatellitesChanged); }
 
-SatelliteInfo& getSatellite(uint32_t index, SatelliteInfo& out) {
-  State& s = state();
+uint32_t GpsState::getSatelliteCount() const { return satellitesInView_.load(); }
+
+SatelliteInfo& GpsState::getSatellite(uint32_t index, SatelliteInfo& out) const {
   {
-    std::lock_guard guard(s.lock);
-    if (index < s.satellites.size()) {
-      out = s.satellites[index];
+    std::lock_guard guard(lock_);
+    if (index < satellites_.size()) {
+      out = satellites_[index];
       return out;
     }
   }
@@ -126,56 +106,41 @@ SatelliteInfo& getSatellite(uint32_t index, SatelliteInfo& out) {
   return out;
 }
 
-GpsSnapshot gpsSnapshot() {
+GpsSnapshot GpsState::gpsSnapshot() const {
   GpsSnapshot snapshot;
-  State& s = state();
-  snapshot.satellites.reserve(s.satellitesInView.load());  // usually no allocation under the lock
+  snapshot.satellites.reserve(satellitesInView_.load());  // usually no allocation under the lock
   snapshot.statusText.reserve(kStatusTextLength);
-  std::lock_guard guard(s.lock);
-  snapshot.fix = s.fix;
-  snapshot.satellites.assign(s.satellites.begin(), s.satellites.end());
-  snapshot.statusText.assign(s.statusText.data(), statusLength(s.statusText));
+  std::lock_guard guard(lock_);
+  snapshot.fix = fix_;
+  snapshot.satellites.assign(satellites_.begin(), satellites_.end());
+  snapshot.statusText.assign(statusText_.data(), statusLength());
   return snapshot;
 }
 
-void setGpsMessagePoster(GpsMessagePoster poster) {
+void GpsState::setGpsMessagePoster(GpsMessagePoster poster) {
   auto installed = poster ? std::make_shared<const GpsMessagePoster>(std::move(poster)) : nullptr;
-  std::lock_guard guard(posterLock);
-  installedPoster = std::move(installed);
+  std::lock_guard guard(posterLock_);
+  poster_ = std::move(installed);
 }
 
-void postGpsMessage(int message) {
+void GpsState::postGpsMessage(int message) {
   std::atomic<bool>* latch = latchFor(message);
   if (!latch || latch->exchange(true)) return;
   std::shared_ptr<const GpsMessagePoster> poster;
   {
-    std::lock_guard guard(posterLock);
-    poster = installedPoster;
+    std::lock_guard guard(posterLock_);
+    poster = poster_;
   }
   if (poster) (*poster)(message);
 }
 
-void clearLatch(int message) {
+void GpsState::clearLatch(int message) {
   if (std::atomic<bool>* latch = latchFor(message)) latch->store(false);
 }
 
-bool isLatchSet(int message) {
+bool GpsState::isLatchSet(int message) const {
   const std::atomic<bool>* latch = latchFor(message);
   return latch && latch->load();
-}
-
-void resetGpsState() {
-  std::vector<SatelliteInfo> old;
-  State& s = state();
-  {
-    std::lock_guard guard(s.lock);
-    s.fix = GpsFix{};
-    old.swap(s.satellites);
-    s.satellitesFilled = 0;
-    s.satellitesInView.store(0);
-    s.statusText.fill(u'\0');
-  }
-  for (auto& latch : latches) latch.store(false);
 }
 
 }  // namespace orvel

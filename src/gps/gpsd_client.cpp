@@ -6,6 +6,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <functional>
 #include <cerrno>
 #include <cmath>
 #include <cstdio>
@@ -14,6 +15,7 @@
 #include "core/utf.h"
 #include "gps/gps_state.h"
 #include "gps/gpsd_json.h"
+#include "gps/port_reader.h"
 #include "gps/ole_date.h"
 
 namespace orvel {
@@ -105,8 +107,6 @@ bool parseGpsdUrl(std::string_view text, GpsdAddress& out, std::string& error) {
   out = address;
   return true;
 }
-
-GpsdDecoder::GpsdDecoder(FixSink sink) : sink_(std::move(sink)) {}
 
 void GpsdDecoder::reset() {
   partial_.clear();
@@ -214,7 +214,7 @@ void GpsdDecoder::handleTpv(std::string_view report) {
     if (*mode == 0 && !fix.has(kFixPosition)) code = kFixTypeInvalid;
     setFixType(fix, code);
   }
-  if (sink_.fix) sink_.fix(fix);
+  sink_.updateFix(fix);
 }
 
 void GpsdDecoder::handleSky(std::string_view report) {
@@ -232,33 +232,30 @@ void GpsdDecoder::handleSky(std::string_view report) {
     return;
   }
   const std::vector<std::string_view> satellites = jsonObjects(*list);
-  const uint32_t count = static_cast<uint32_t>(std::min<size_t>(satellites.size(), kMaxSatellites));
-  resetSatellites(count);
+  const size_t count = std::min<size_t>(satellites.size(), kMaxSatellites);
+  std::vector<SatelliteInfo> inView;
+  inView.reserve(count);
   uint32_t used = 0;
-  for (uint32_t i = 0; i < count; ++i) {
+  for (size_t i = 0; i < count; ++i) {
     const std::string_view s = satellites[i];
-    addSatellite(SatelliteInfo{nonNegative(jsonNumber(s, "PRN")), nonNegative(jsonNumber(s, "el")),
-                               nonNegative(jsonNumber(s, "az")), nonNegative(jsonNumber(s, "ss"))});
+    inView.push_back(SatelliteInfo{nonNegative(jsonNumber(s, "PRN")), nonNegative(jsonNumber(s, "el")),
+                                 nonNegative(jsonNumber(s, "az")), nonNegative(jsonNumber(s, "ss"))});
     if (jsonBool(s, "used").value_or(false)) ++used;
   }
+  sink_.setSatellites(inView);
   used_ = used;
   haveUsed_ = true;
-  satellitesChanged();
+  sink_.satellitesChanged();
 }
 
 namespace {
 
-// A connected socket, or -1. Gives up early when `cancelled` says so.
-template <typename Cancelled>
-int connectTo(const GpsdAddress& address, Cancelled cancelled) {
-  addrinfo hints{};
-  hints.ai_family = AF_UNSPEC;
-  hints.ai_socktype = SOCK_STREAM;
-  addrinfo* found = nullptr;
-  const std::string service = std::to_string(address.port);
-  if (::getaddrinfo(address.host.c_str(), service.c_str(), &hints, &found) != 0) return -1;
+// A connected socket, or -1. Every wait is a poll of at most kPollMs after which
+// `cancelled` is asked, so a stop is never held up by the name lookup or the connection.
+int connectTo(const GpsdAddress& address, HostLookups& lookups, const std::function<bool()>& cancelled) {
+  const AddressList found = lookups.lookup(address.host, address.port, cancelled);
   int result = -1;
-  for (addrinfo* a = found; a && result < 0 && !cancelled(); a = a->ai_next) {
+  for (addrinfo* a = found.get(); a && result < 0 && !cancelled(); a = a->ai_next) {
     const int fd = ::socket(a->ai_family, a->ai_socktype | SOCK_NONBLOCK | SOCK_CLOEXEC, a->ai_protocol);
     if (fd < 0) continue;
     if (::connect(fd, a->ai_addr, a->ai_addrlen) == 0) {
@@ -278,14 +275,13 @@ int connectTo(const GpsdAddress& address, Cancelled cancelled) {
     }
     if (result != fd) ::close(fd);
   }
-  ::freeaddrinfo(found);
   return result;
 }
 
-bool sendAll(int fd, std::string_view text) {
+bool sendAll(int fd, std::string_view text, const std::function<bool()>& cancelled) {
   size_t done = 0;
   const uint32_t start = tickCount();
-  while (done < text.size() && tickCount() - start < kConnectTimeoutMs) {
+  while (done < text.size() && tickCount() - start < kConnectTimeoutMs && !cancelled()) {
     const ssize_t n = ::send(fd, text.data() + done, text.size() - done, MSG_NOSIGNAL);
     if (n > 0) {
       done += static_cast<size_t>(n);
@@ -301,23 +297,24 @@ bool sendAll(int fd, std::string_view text) {
 
 }  // namespace
 
-void readGpsd(const GpsdAddress& address, ScanSignals& signals, const ReaderHooks& hooks, FixSink sink) {
-  const auto say = [&](std::u16string_view text) {
-    if (hooks.status) hooks.status(text);
-  };
+void readGpsd(const GpsdAddress& address, ScanSignals& signals, GpsSink& sink, const ScanIndicator& indicator,
+              HostLookups& lookups) {
+  const auto say = [&](std::u16string_view text) { sink.setStatusText(text); };
   const std::string where = address.host.find(':') != std::string::npos
                                 ? "[" + address.host + "]:" + std::to_string(address.port)
                                 : address.host + ":" + std::to_string(address.port);
-  GpsdDecoder decoder(std::move(sink));
+  GpsdDecoder decoder(sink);
   uint32_t retryMs = kFirstRetryMs;
   bool searching = true;
-  const auto ended = [&] { return searching ? signals.stopSet() || signals.foundSet() : signals.stopSet(); };
+  const std::function<bool()> ended = [&] {
+    return searching ? signals.stopSet() || signals.foundSet() : signals.stopSet();
+  };
   std::vector<uint8_t> chunk(kReadChunk);
 
   while (!ended()) {
     say(u"Поиск данных - gpsd...");
-    const int fd = connectTo(address, ended);
-    if (fd >= 0 && sendAll(fd, kGpsdWatch)) {
+    const int fd = connectTo(address, lookups, ended);
+    if (fd >= 0 && sendAll(fd, kGpsdWatch, ended)) {
       decoder.reset();
       uint32_t lastData = tickCount();
       for (;;) {
@@ -339,7 +336,7 @@ void readGpsd(const GpsdAddress& address, ScanSignals& signals, const ReaderHook
           retryMs = kFirstRetryMs;
           signals.setFound();
           say(u"gpsd через " + utf8ToUtf16(where).value_or(u""));
-          if (hooks.connected) hooks.connected();
+          if (indicator.connected) indicator.connected();
         }
       }
     }
@@ -350,9 +347,9 @@ void readGpsd(const GpsdAddress& address, ScanSignals& signals, const ReaderHook
       searching = true;
       signals.resetFound();
       say(u"Не обнаружено данных.");
-      if (hooks.noConnection) hooks.noConnection();
+      if (indicator.noConnection) indicator.noConnection();
     }
-    if (hooks.fixLost) hooks.fixLost();
+    sink.fixLost();
     if (signals.waitStopOrFound(retryMs)) return;
     retryMs = std::min(retryMs * 2, kLongestRetryMs);
   }

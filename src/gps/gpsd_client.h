@@ -8,7 +8,8 @@
 #include <string>
 #include <string_view>
 
-#include "gps/gps_protocol.h"
+#include "gps/gps_sink.h"
+#include "gps/host_lookup.h"
 #include "gps/port_reader.h"
 #include "gps/scan_signals.h"
 
@@ -33,7 +34,8 @@ class GpsdDecoder {
  public:
   static constexpr size_t kMaxLine = 65536;  // a longer line is dropped
 
-  explicit GpsdDecoder(FixSink sink = programFixSink());
+  // The sink must outlive the decoder.
+  explicit GpsdDecoder(GpsSink& sink) : sink_(sink) {}
 
   // Bytes as they arrive; true when they completed at least one TPV or SKY report.
   bool process(std::span<const uint8_t> bytes);
@@ -46,7 +48,7 @@ class GpsdDecoder {
   void handleTpv(std::string_view report);
   void handleSky(std::string_view report);
 
-  FixSink sink_;
+  GpsSink& sink_;
   std::string partial_;
   bool overlong_ = false;
   float hdop_ = 0, vdop_ = 0;
@@ -57,8 +59,11 @@ class GpsdDecoder {
 
 // The gpsd source as one reading thread of the scanner: connects (again after every loss,
 // waiting longer each time up to half a minute), asks for reports and decodes them until
-// a stop, or until another thread finds a receiver first. The status texts and the
-// indicator follow a serial port's ("gpsd через 127.0.0.1:2947").
-void readGpsd(const GpsdAddress& address, ScanSignals& signals, const ReaderHooks& hooks, FixSink sink = programFixSink());
+// a stop, or until another thread finds a receiver first. Fixes, satellites and the status
+// texts go to `sink`; the texts and the indicator follow a serial port's ("gpsd через
+// 127.0.0.1:2947"). The host name is looked up through `lookups`, which must outlive the
+// thread. No wait is longer than kPollMs before the stop is looked at again.
+void readGpsd(const GpsdAddress& address, ScanSignals& scan, GpsSink& sink, const ScanIndicator& indicator,
+              HostLookups& lookups);
 
 }  // namespace orvel

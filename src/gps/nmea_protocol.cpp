@@ -50,7 +50,7 @@ std::string_view asText(std::span<const uint8_t> bytes) {
 
 }  // namespace
 
-NmeaProtocol::NmeaProtocol(TickClock clock, FixSink sink) : GpsProtocol(std::move(clock), std::move(sink)) {}
+NmeaProtocol::NmeaProtocol(TickClock clock, GpsSink& sink) : GpsProtocol(std::move(clock), sink), satellites_(sink) {}
 
 void NmeaProtocol::open() {
   if (GpsPort* p = port()) {
@@ -69,7 +69,7 @@ void NmeaProtocol::open() {
 }
 
 void NmeaProtocol::handOver(uint32_t now) {
-  if (!eachSentence_) handOnFix(assembling_);
+  if (!eachSentence_) sink().updateFix(assembling_);
   assembling_ = GpsFix{};
   pending_ = false;
   lastFlushTick_ = now;
@@ -173,7 +173,7 @@ bool NmeaProtocol::parseSentences(std::span<const uint8_t> text) {
         uint32_t set = 0;
         const std::string_view sentence = asText(text.subspan(lineStart, lineEnd - lineStart));
         if (decodeNmeaSentence(sentence, assembling_, satellites_, set) && eachSentence_) {
-          handOnFix(assembling_);
+          sink().updateFix(assembling_);
           assembling_ = GpsFix{};
         }
       }

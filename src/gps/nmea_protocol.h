@@ -23,7 +23,7 @@ class NmeaProtocol final : public GpsProtocol {
   static constexpr uint32_t kQuietGapMs = 101;      // a burst is over after this quiet gap
   static constexpr uint32_t kMaxHoldMs = 3000;      // a fix is handed on at least this often
 
-  explicit NmeaProtocol(TickClock clock = {}, FixSink sink = programFixSink());
+  NmeaProtocol(TickClock clock, GpsSink& sink);
 
   std::u16string_view getName() const override { return u"NMEA-0183"; }
   // 4800 baud, 8 data bits, no parity check, one stop bit; purges the port; starts afresh.

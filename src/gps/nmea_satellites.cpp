@@ -2,8 +2,6 @@
 
 #include <algorithm>
 
-#include "gps/gps_state.h"
-
 namespace orvel {
 namespace {
 
@@ -66,7 +64,7 @@ void NmeaSatellites::addMessage(std::string_view talker, uint32_t count, uint32_
     for (const SatelliteInfo& info : satellites) merge(*list, info);
     publish();
   }
-  if (number == count) satellitesChanged();
+  if (number == count) sink_.satellitesChanged();
 }
 
 std::vector<SatelliteInfo> NmeaSatellites::merged() const {
@@ -80,11 +78,6 @@ std::vector<SatelliteInfo> NmeaSatellites::merged() const {
   return all;
 }
 
-void NmeaSatellites::publish() const {
-  resetSatellites(static_cast<uint32_t>(merged().size()));
-  for (const TalkerList& list : lists_) {
-    for (const SatelliteInfo& info : list.satellites) addSatellite(info);
-  }
-}
+void NmeaSatellites::publish() const { sink_.setSatellites(merged()); }
 
 }  // namespace orvel

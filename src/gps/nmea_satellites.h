@@ -3,7 +3,7 @@
 // of several constellations in one burst (GPGSV, GLGSV, GAGSV, ...) add up instead of
 // replacing each other. A receiver that reports several signals of one constellation sends
 // one list per signal; the same satellite then appears in each and is kept once, with its
-// strongest signal. After every sentence the merged list is published to the GPS state.
+// strongest signal. After every sentence the merged list is handed to the GPS sink.
 #include <array>
 #include <cstdint>
 #include <span>
@@ -11,23 +11,26 @@
 #include <vector>
 
 #include "gps/gps_fix.h"
+#include "gps/gps_sink.h"
 
 namespace orvel {
 
 class NmeaSatellites {
  public:
+  explicit NmeaSatellites(GpsSink& sink) : sink_(sink) {}
+
   // Longest list kept per talker, and most talkers kept at once.
   static constexpr uint32_t kMaxPerTalker = 64;
   static constexpr size_t kMaxTalkers = 16;
 
   // A new burst begins: the first list that starts in it replaces everything known so far.
   void beginBurst() { freshBurst_ = true; }
-  // Forgets every list (the published state is left alone).
+  // Forgets every list (what the sink was given stays).
   void clear();
 
   // One GSV message of `talker`: message `number` of `count`, `inView` satellites announced,
-  // and the satellites whose number field was present. Publishes the merged list, and posts
-  // the satellites message after the last message of a list.
+  // and the satellites whose number field was present. Hands the merged list on, and tells
+  // the sink that the satellites changed after the last message of a list.
   void addMessage(std::string_view talker, uint32_t count, uint32_t number, uint32_t inView,
                   std::span<const SatelliteInfo> satellites);
 
@@ -45,6 +48,7 @@ class NmeaSatellites {
   void merge(TalkerList& list, const SatelliteInfo& info);
   void publish() const;
 
+  GpsSink& sink_;
   std::vector<TalkerList> lists_;
   bool freshBurst_ = true;
 };

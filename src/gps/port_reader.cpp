@@ -4,18 +4,11 @@
 #include <array>
 
 namespace orvel {
-namespace {
-
-void say(const ReaderHooks& hooks, std::u16string_view text) {
-  if (hooks.status) hooks.status(text);
-}
-
-}  // namespace
 
 AttemptEnd runProtocol(GpsProtocol& protocol, SerialPort& port, std::u16string_view portLabel, ScanSignals& signals,
-                       const ReaderHooks& hooks) {
+                       GpsSink& sink, const ScanIndicator& indicator) {
   const std::u16string name(protocol.getName());
-  say(hooks, u"Поиск данных - " + name + u"...");
+  sink.setStatusText(u"Поиск данных - " + name + u"...");
   port.purge();
   protocol.setPort(&port);
   protocol.open();
@@ -30,8 +23,8 @@ AttemptEnd runProtocol(GpsProtocol& protocol, SerialPort& port, std::u16string_v
   // The receiver was found on this port and has now gone quiet or broken its stream.
   const auto lost = [&](std::u16string_view text) {
     signals.resetFound();
-    say(hooks, text);
-    if (hooks.noConnection) hooks.noConnection();
+    sink.setStatusText(text);
+    if (indicator.noConnection) indicator.noConnection();
     signals.waitStop(kLostPauseMs);
     return end(AttemptEnd::kNext);
   };
@@ -59,20 +52,24 @@ AttemptEnd runProtocol(GpsProtocol& protocol, SerialPort& port, std::u16string_v
     if (searching && result == ProcessResult::kRecognised) {
       searching = false;
       signals.setFound();
-      say(hooks, name + u" через " + std::u16string(portLabel));
-      if (hooks.connected) hooks.connected();
+      sink.setStatusText(name + u" через " + std::u16string(portLabel));
+      if (indicator.connected) indicator.connected();
     }
   }
 }
 
 void readPort(const std::string& path, SerialPort& port, std::u16string_view portLabel,
-              std::span<GpsProtocol* const> protocols, ScanSignals& signals, const ReaderHooks& hooks) {
+              std::span<GpsProtocol* const> protocols, ScanSignals& signals, GpsSink& sink,
+              const ScanIndicator& indicator) {
   if (protocols.empty()) return;
   for (size_t turn = 0; !signals.stopSet(); ++turn) {
     // After an unplug the old handle stays dead; a device that came back is a new open.
     if (!port.healthy()) port.open(path);
-    if (runProtocol(*protocols[turn % protocols.size()], port, portLabel, signals, hooks) == AttemptEnd::kEnd) return;
-    if (hooks.fixLost) hooks.fixLost();
+    if (runProtocol(*protocols[turn % protocols.size()], port, portLabel, signals, sink, indicator) ==
+        AttemptEnd::kEnd) {
+      return;
+    }
+    sink.fixLost();
   }
 }
 

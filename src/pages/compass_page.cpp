@@ -49,7 +49,7 @@ void CompassPage::paint(QPainter& painter) {
   // GDI's box (cx - R, cy - R)..(cx + R, cy + R) leaves out its far edges.
   painter.drawEllipse(QRect(cx - r, cy - r, 2 * r - 1, 2 * r - 1));
 
-  const GpsFix fix = currentFix();
+  const GpsFix fix = context_.gps.currentFix();
   const bool hasCourse = fix.has(kFixCourse);
   const float course = hasCourse ? fix.course : 0.0f;
   for (int a = 0; a < 360; a += 10) {

@@ -128,12 +128,12 @@ void GaugesPage::paint(QPainter& painter) {
 
 void GaugesPage::activate() {
   GpsFix fix;
-  gauges_.updateAllGauges(getFix(fix));
+  gauges_.updateAllGauges(context_.gps.getFix(fix));
 }
 
 void GaugesPage::onFixChanged() {
   GpsFix fix;
-  gauges_.updateAllGauges(getFix(fix));
+  gauges_.updateAllGauges(context_.gps.getFix(fix));
   context_.host.invalidateMainWindow();
 }
 

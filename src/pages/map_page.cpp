@@ -141,7 +141,7 @@ bool MapPage::onKeyDown(int key) {
     case kKeyAction: {
       // The values are those of the moment of pressing; the dialog opens only if the key
       // is still held when the timer fires.
-      const GpsFix fix = currentFix();
+      const GpsFix fix = context_.gps.currentFix();
       const MapPoint centre = view_.centre();
       pendingWaypoint_.longitude = mapUnitsToDegrees(centre.x);
       pendingWaypoint_.latitude = mapUnitsToDegrees(centre.y);
@@ -226,7 +226,7 @@ void MapPage::zoomOut() {
 }
 
 void MapPage::onFixChanged() {
-  const GpsFix fix = currentFix();
+  const GpsFix fix = context_.gps.currentFix();
   bool changed = false;
 
   if (context_.settings.readSettingBool("RotateMap", false) && (fix.flags & kFixCourse)) {

@@ -3,6 +3,7 @@
 // box, the shared drawing objects, the map styles and the receiver's state. The owner of the pages hands them in; a test builds its own.
 namespace orvel {
 
+class GpsState;
 class MapStyles;
 class Messages;
 class PageHost;
@@ -15,6 +16,7 @@ struct PageContext {
   Messages& messages;
   const DrawingObjects& drawing;
   const MapStyles& styles;
+  const GpsState& gps;
 };
 
 }  // namespace orvel

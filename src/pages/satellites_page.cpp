@@ -124,7 +124,7 @@ void SatellitesPage::paint(QPainter& painter) {
     painter.fillRect(QRect(3, base - k, width - 6, 1), greys_[static_cast<size_t>(31 * k / 49)]);
   }
 
-  const GpsSnapshot gps = gpsSnapshot();
+  const GpsSnapshot gps = context_.gps.gpsSnapshot();
   painter.setPen(skyPen_);
   int barX = b;
   for (const SatelliteInfo& satellite : gps.satellites) {

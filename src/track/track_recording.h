@@ -5,7 +5,7 @@
 //   FixObserver observer;
 //   connectTrackRecorders(observer, activeTrack, trackExport);
 //   observer.showReception = ...;  // the reception indicator
-//   setFixObserver(std::move(observer));
+//   fixes.setFixObserver(std::move(observer));  // the program's FixProcessor
 #include "gps/fix_processing.h"
 
 namespace orvel {

@@ -20,11 +20,11 @@ class GpsNotificationTest : public ShellTest {
     observer.showReception = [this](uint32_t used) {
       if (notification) notification->showSatellites(used);
     };
-    setFixObserver(std::move(observer));
+    fixes.setFixObserver(std::move(observer));
   }
   void TearDown() override {
     notification.reset();
-    setFixObserver(FixObserver{});
+    fixes.setFixObserver(FixObserver{});
     ShellTest::TearDown();
   }
   void createGpsNotification() { notification = std::make_unique<GpsNotification>(*window, session->settings); }
@@ -49,12 +49,12 @@ GpsFix makeFix(uint32_t flags, uint32_t used) {
   return fix;
 }
 
-void apply(const Event& event, GpsNotification& notification) {
+void apply(const Event& event, FixProcessor& fixes, GpsNotification& notification) {
   switch (event.kind) {
-    case Event::Fix: updateFix(makeFix(event.flags, event.satellitesUsed)); break;
+    case Event::Fix: fixes.updateFix(makeFix(event.flags, event.satellitesUsed)); break;
     case Event::Connected: notification.showSatellites(0); break;
     case Event::Lost: notification.showNoConnection(); break;
-    case Event::FixLost: fixLost(); break;
+    case Event::FixLost: fixes.fixLost(); break;
   }
 }
 
@@ -93,12 +93,12 @@ TEST_F(GpsNotificationTest, FollowsTheReceiverThroughEachSequence) {
   };
   startWindow();
   for (const Sequence& sequence : sequences) {
-    resetGpsState();
+    gps.exchangeFix(GpsFix{});
     createGpsNotification();
     ASSERT_EQ(shownIconId(), kIconNoConnection) << sequence.what;
     ASSERT_EQ(sequence.events.size(), sequence.icons.size());
     for (size_t i = 0; i < sequence.events.size(); ++i) {
-      apply(sequence.events[i], *notification);
+      apply(sequence.events[i], fixes, *notification);
       processEvents();
       EXPECT_EQ(shownIconId(), sequence.icons[i]) << sequence.what << ", event " << i;
       EXPECT_EQ(receptionIconId(notification->shownReception()), sequence.icons[i]);
@@ -107,17 +107,17 @@ TEST_F(GpsNotificationTest, FollowsTheReceiverThroughEachSequence) {
     notification.reset();
   }
   // Losing the fix left the shown fix in place: the pages still show it.
-  EXPECT_TRUE(currentFix().has(kFixSatellitesUsed));
+  EXPECT_TRUE(gps.currentFix().has(kFixSatellitesUsed));
 }
 
 TEST_F(GpsNotificationTest, ABurstFromTheReadingThreadEndsInItsLastState) {
   startWindow();
   createGpsNotification();
   std::thread reader([this] {
-    for (uint32_t i = 0; i < 500; ++i) updateFix(makeFix(kPos | kUsed, i % 9));
+    for (uint32_t i = 0; i < 500; ++i) fixes.updateFix(makeFix(kPos | kUsed, i % 9));
     notification->showNoConnection();
     notification->showSatellites(0);
-    updateFix(makeFix(kPos | kUsed, 11));
+    fixes.updateFix(makeFix(kPos | kUsed, 11));
   });
   reader.join();
   // Nothing changes on the window until its thread runs.

@@ -55,27 +55,27 @@ TEST_F(MainWindowTest, BackBufferFollowsTheClientSize) {
 TEST_F(MainWindowTest, ABurstOfFixesCostsOneHandling) {
   startWindow();
   mapView().setCentre(0, 0);
-  postGpsMessage(kMsgFixChanged);
-  postGpsMessage(kMsgFixChanged);
-  postGpsMessage(kMsgFixChanged);
-  EXPECT_TRUE(isLatchSet(kMsgFixChanged));
+  gps.postGpsMessage(kMsgFixChanged);
+  gps.postGpsMessage(kMsgFixChanged);
+  gps.postGpsMessage(kMsgFixChanged);
+  EXPECT_TRUE(gps.isLatchSet(kMsgFixChanged));
   GpsFix fix;
   fix.flags = kFixPosition;
   fix.longitude = 1.0f;
   fix.latitude = 2.0f;
-  exchangeFix(fix);
+  gps.exchangeFix(fix);
   const uint64_t before = mapPage().compositionCount();
   processEvents();
   EXPECT_EQ(mapPage().compositionCount(), before + 1);
-  EXPECT_FALSE(isLatchSet(kMsgFixChanged));
+  EXPECT_FALSE(gps.isLatchSet(kMsgFixChanged));
 }
 
 TEST_F(MainWindowTest, StatusTextShowsInTheStatusArea) {
   startWindow();
-  setStatusText(u"NMEA на COM3");
+  gps.setStatusText(u"NMEA на COM3");
   processEvents();
   EXPECT_EQ(window->statusLabel()->text(), QStringLiteral("NMEA на COM3"));
-  EXPECT_FALSE(isLatchSet(kMsgStatusChanged));
+  EXPECT_FALSE(gps.isLatchSet(kMsgStatusChanged));
 }
 
 TEST_F(MainWindowTest, AboutDialogShowsItsVersionLine) {
@@ -142,7 +142,7 @@ TEST_F(MainWindowTest, SavePointUsesTheScreenCentreNotTheGpsPosition) {
   fix.longitude = 30.0f;
   fix.latitude = 60.0f;
   fix.time = 46000.25;
-  exchangeFix(fix);
+  gps.exchangeFix(fix);
   mapView().setCentre(degreesToMapUnits(7.4f), degreesToMapUnits(43.7f));
   window->commandAction(kCmdSavePoint)->trigger();
   ASSERT_EQ(waypointRequests.size(), 1u);

@@ -11,8 +11,8 @@ namespace {
 
 using MapPageTest = ShellTest;
 
-QString scaleLabel() {
-  const std::u16string_view label = mapView().zoomLabel();
+QString scaleLabel(const MapView& view) {
+  const std::u16string_view label = view.zoomLabel();
   return QString::fromUtf16(label.data(), qsizetype(label.size()));
 }
 
@@ -27,11 +27,11 @@ TEST_F(MapPageTest, UpAndDownKeysStepThroughTheZoomTable) {
   const uint64_t before = mapPage().compositionCount();
   QTest::keyClick(client(), Qt::Key_Up);
   EXPECT_EQ(mapView().zoomIndex(), 4u);
-  EXPECT_EQ(scaleLabel(), tableLabel(4));
+  EXPECT_EQ(scaleLabel(mapView()), tableLabel(4));
   QTest::keyClick(client(), Qt::Key_Down);
   QTest::keyClick(client(), Qt::Key_Down);
   EXPECT_EQ(mapView().zoomIndex(), 6u);
-  EXPECT_EQ(scaleLabel(), tableLabel(6));
+  EXPECT_EQ(scaleLabel(mapView()), tableLabel(6));
   EXPECT_EQ(mapPage().compositionCount(), before + 3);
 }
 
@@ -60,7 +60,7 @@ TEST_F(MapPageTest, ZoomMenuItemsShareTheZoomStep) {
   window->commandAction(kCmdZoomOut)->trigger();
   window->commandAction(kCmdZoomOut)->trigger();
   EXPECT_EQ(mapView().zoomIndex(), 13u);
-  EXPECT_EQ(scaleLabel(), tableLabel(13));
+  EXPECT_EQ(scaleLabel(mapView()), tableLabel(13));
 }
 
 TEST_F(MapPageTest, DragPansByTheStylusMovementAndComposesOnce) {
@@ -213,11 +213,11 @@ TEST_F(MapPageTest, ActionKeyTakesTimeAndAltitudeOnlyWhenValid) {
   fix.flags = kFixTime | kFixAltitude;
   fix.time = 45000.5;
   fix.altitude = 123.0f;
-  exchangeFix(fix);
+  gps.exchangeFix(fix);
   QTest::keyPress(client(), Qt::Key_Return);
   window->deliverTimer(kActionTimerId);
   fix.flags = kFixTime;  // altitude no longer valid
-  exchangeFix(fix);
+  gps.exchangeFix(fix);
   QTest::keyRelease(client(), Qt::Key_Return);
   QTest::keyPress(client(), Qt::Key_Return);
   window->deliverTimer(kActionTimerId);
@@ -240,16 +240,16 @@ GpsFix movingFix(float lon, float lat, float speed, float course) {
 
 TEST_F(MapPageTest, KeepVisibleCentresEveryNewPosition) {
   startWindow();
-  updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
-  EXPECT_TRUE(isLatchSet(kMsgFixChanged));
+  fixes.updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
+  EXPECT_TRUE(gps.isLatchSet(kMsgFixChanged));
   processEvents();
-  EXPECT_FALSE(isLatchSet(kMsgFixChanged));
+  EXPECT_FALSE(gps.isLatchSet(kMsgFixChanged));
   EXPECT_EQ(mapView().centre().x, degreesToMapUnits(7.42f));
   EXPECT_EQ(mapView().centre().y, degreesToMapUnits(43.73f));
 
   // The same position again draws nothing.
   const uint64_t before = mapPage().compositionCount();
-  updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
+  fixes.updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
   processEvents();
   EXPECT_EQ(mapPage().compositionCount(), before);
 }
@@ -258,7 +258,7 @@ TEST_F(MapPageTest, KeepVisibleOffLeavesTheView) {
   writeSettingBool("KeepVisible", false);
   startWindow();
   mapView().setCentre(10, 20);
-  updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
+  fixes.updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
   processEvents();
   EXPECT_EQ(mapView().centre().x, 10);
   EXPECT_EQ(mapView().centre().y, 20);
@@ -267,13 +267,13 @@ TEST_F(MapPageTest, KeepVisibleOffLeavesTheView) {
 TEST_F(MapPageTest, RotateMapTurnsFromTwoKilometresAnHour) {
   writeSettingBool("RotateMap", true);
   startWindow();
-  updateFix(movingFix(7.42f, 43.73f, 1.9f, 90.4f));
+  fixes.updateFix(movingFix(7.42f, 43.73f, 1.9f, 90.4f));
   processEvents();
   EXPECT_EQ(mapView().rotation(), 0);
-  updateFix(movingFix(7.43f, 43.73f, 2.0f, 90.6f));
+  fixes.updateFix(movingFix(7.43f, 43.73f, 2.0f, 90.6f));
   processEvents();
   EXPECT_EQ(mapView().rotation(), 91);
-  updateFix(movingFix(7.44f, 43.73f, 1.0f, 200.0f));
+  fixes.updateFix(movingFix(7.44f, 43.73f, 1.0f, 200.0f));
   processEvents();
   EXPECT_EQ(mapView().rotation(), 91);
 }
@@ -282,10 +282,10 @@ TEST_F(MapPageTest, FixesReachOnlyTheCurrentPage) {
   startWindow();
   window->onCommand(kCmdFirstPage + 1);
   mapView().setCentre(10, 20);
-  updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
+  fixes.updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
   processEvents();
   EXPECT_EQ(mapView().centre().x, 10);
-  EXPECT_FALSE(isLatchSet(kMsgFixChanged));
+  EXPECT_FALSE(gps.isLatchSet(kMsgFixChanged));
 }
 
 }  // namespace

@@ -1,4 +1,4 @@
-// A drive recorded by the viewer itself: fixes enter through updateFix while the real window
+// A drive recorded by the viewer itself: fixes enter fix processing while the real window
 // runs, the trail appears on the composed map, and after a restart in this process the trail
 // and the waypoints are still there and the MapSource file holds exactly the recorded points.
 #include <sys/stat.h>
@@ -75,8 +75,8 @@ std::vector<DrivePoint> drive() {
   return points;
 }
 
-MapPoint toScreen(float lon, float lat) {
-  return mapView().mapToScreen({degreesToMapUnits(lon), degreesToMapUnits(lat)});
+MapPoint toScreen(const MapView& view, float lon, float lat) {
+  return view.mapToScreen({degreesToMapUnits(lon), degreesToMapUnits(lat)});
 }
 
 bool trackPixelNear(const QImage& picture, QPointF at) {
@@ -96,8 +96,9 @@ bool trackPixelNear(const QImage& picture, QPointF at) {
 
 // Every stretch between consecutive recorded points of one segment is drawn; the gap between
 // the two segments is not.
-void expectTrailDrawn(const std::vector<DrivePoint>& points, const char* when) {
-  const QImage& picture = mapPage().composer().picture();
+void expectTrailDrawn(const MapPage& page, const MapView& view, const std::vector<DrivePoint>& points,
+                      const char* when) {
+  const QImage& picture = page.composer().picture();
   ASSERT_FALSE(picture.isNull()) << when;
   const DrivePoint* previous = nullptr;
   bool gapChecked = false;
@@ -109,16 +110,16 @@ void expectTrailDrawn(const std::vector<DrivePoint>& points, const char* when) {
     }
     if (!point.recorded) continue;
     if (previous) {
-      const MapPoint a = toScreen(previous->fix.longitude, previous->fix.latitude);
-      const MapPoint b = toScreen(point.fix.longitude, point.fix.latitude);
+      const MapPoint a = toScreen(view, previous->fix.longitude, previous->fix.latitude);
+      const MapPoint b = toScreen(view, point.fix.longitude, point.fix.latitude);
       for (double t : {0.25, 0.5, 0.75}) {
         const QPointF at(a.x + t * (b.x - a.x), a.y + t * (b.y - a.y));
         EXPECT_TRUE(trackPixelNear(picture, at)) << when << ": no trail at " << at.x() << "," << at.y();
       }
       lastOfFirst = &point;
     } else if (lastOfFirst && !gapChecked) {
-      const MapPoint a = toScreen(lastOfFirst->fix.longitude, lastOfFirst->fix.latitude);
-      const MapPoint b = toScreen(point.fix.longitude, point.fix.latitude);
+      const MapPoint a = toScreen(view, lastOfFirst->fix.longitude, lastOfFirst->fix.latitude);
+      const MapPoint b = toScreen(view, point.fix.longitude, point.fix.latitude);
       EXPECT_FALSE(trackPixelNear(picture, QPointF((a.x + b.x) / 2.0, (a.y + b.y) / 2.0))) << when;
       gapChecked = true;
     }
@@ -136,15 +137,8 @@ class RecordingTest : public ShellTest {
  protected:
   void SetUp() override {
     ShellTest::SetUp();
-    // The real waypoint store and dialog, answered here.
-    setWaypointDialog(nullptr);
-    setDialogRunner([this](QDialog& dialog) {
-      dialogsRun.push_back(dialog.objectName().toStdString());
-      if (onDialog) onDialog(dialog);
-      return dialog.result();
-    });
     writeSettingBool("RecordTrack", true);
-    closeSettings();
+    session->settings.closeSettings();
     const std::string dir = scratch.string();
     std::filesystem::create_directories(scratch / "runtime");
     ::chmod((scratch / "runtime").c_str(), 0700);
@@ -160,20 +154,25 @@ class RecordingTest : public ShellTest {
     ShellTest::TearDown();
   }
 
-  // Runs the viewer with `during` called once it is up; ends it with the exit command.
-  int runViewer(const std::function<void()>& during) {
-    QTimer::singleShot(0, [&] {
-      during();
+  // Runs the viewer with `during` called once it is up, its real waypoint store and dialog
+  // answered here; ends it with the exit command.
+  int runViewer(const std::function<void(Session&, MainWindow&)>& during) {
+    return appMain({}, [&](Session& running, MainWindow& shown) {
+      shown.dialogs().dialog = [this](QDialog& dialog) {
+        dialogsRun.push_back(dialog.objectName().toStdString());
+        if (onDialog) onDialog(dialog);
+        return dialog.result();
+      };
+      during(running, shown);
       processEvents();
-      mainWindow()->onCommand(kCmdExit);
+      shown.onCommand(kCmdExit);
     });
-    return appMain({});
   }
 
-  static void showDrive(const GpsFix& last) {
-    mapView().setZoomIndex(kDriveZoom);
-    mapView().setCentre(degreesToMapUnits(last.longitude), degreesToMapUnits(last.latitude));
-    composeMapView();
+  static void showDrive(Session& running, MainWindow& shown, const GpsFix& last) {
+    running.view.setZoomIndex(kDriveZoom);
+    running.view.setCentre(degreesToMapUnits(last.longitude), degreesToMapUnits(last.latitude));
+    shown.pages().mapPage().compose();
   }
 };
 
@@ -185,18 +184,18 @@ TEST_F(RecordingTest, TrailWaypointsAndExportSurviveARestart) {
   const float waypointLat = last.latitude + 0.002f;
   std::filesystem::path exported;
 
-  const int first = runViewer([&] {
-    mapView().setZoomIndex(kDriveZoom);
+  const int first = runViewer([&](Session& running, MainWindow& shown) {
+    running.view.setZoomIndex(kDriveZoom);
     for (const DrivePoint& point : points) {
-      updateFix(point.fix);
+      running.fixes.updateFix(point.fix);
       processEvents();  // the map page follows each fix, as the message loop would
     }
-    EXPECT_EQ(receptionLabel()->property("iconId").toInt(), kIconReceiving);
-    showDrive(last);
-    expectTrailDrawn(points, "while recording");
+    EXPECT_EQ(shown.findChild<QLabel*>("gpsReception")->property("iconId").toInt(), kIconReceiving);
+    showDrive(running, shown, last);
+    expectTrailDrawn(shown.pages().mapPage(), running.view, points, "while recording");
 
     // "Сохранить точку..." at a centre away from the trail, named in the dialog.
-    mapView().setCentre(degreesToMapUnits(waypointLon), degreesToMapUnits(waypointLat));
+    running.view.setCentre(degreesToMapUnits(waypointLon), degreesToMapUnits(waypointLat));
     onDialog = [](QDialog& shown) {
       auto& dialog = static_cast<WaypointEditDialog&>(shown);
       EXPECT_EQ(dialog.field(kWaypointAltitudeId)->text(), QStringLiteral("54.8"));  // the fix's
@@ -204,7 +203,7 @@ TEST_F(RecordingTest, TrailWaypointsAndExportSurviveARestart) {
       dialog.field(kWaypointCommentId)->setText(QStringLiteral("у моста"));
       dialog.accept();
     };
-    mainWindow()->onCommand(kCmdSavePoint);
+    shown.onCommand(kCmdSavePoint);
     onDialog = nullptr;
   });
   ASSERT_EQ(first, 0);
@@ -265,12 +264,12 @@ TEST_F(RecordingTest, TrailWaypointsAndExportSurviveARestart) {
   while (std::time(nullptr) == firstEnded) std::this_thread::sleep_for(std::chrono::milliseconds(20));
 
   const char* shots = std::getenv("ORVEL_SHOT_DIR");
-  const int second = runViewer([&] {
-    showDrive(last);
-    expectTrailDrawn(points, "after the restart");
+  const int second = runViewer([&](Session& running, MainWindow& shown) {
+    showDrive(running, shown, last);
+    expectTrailDrawn(shown.pages().mapPage(), running.view, points, "after the restart");
     // The waypoint's icon is drawn where it lies; the trail is nowhere near.
-    const MapPoint at = toScreen(waypointLon, waypointLat);
-    const QImage& picture = mapPage().composer().picture();
+    const MapPoint at = toScreen(running.view, waypointLon, waypointLat);
+    const QImage& picture = shown.pages().mapPage().composer().picture();
     int marked = 0;
     for (int dy = -8; dy <= 8; ++dy) {
       for (int dx = -8; dx <= 8; ++dx) {
@@ -283,25 +282,23 @@ TEST_F(RecordingTest, TrailWaypointsAndExportSurviveARestart) {
 
     // Holding the action key opens the same dialog; a cancelled one keeps the numbered point.
     dialogsRun.clear();
-    ASSERT_TRUE(mainWindow()->keyDown(Qt::Key_Return, false));
-    mainWindow()->deliverTimer(kActionTimerId);
-    mainWindow()->keyUp(Qt::Key_Return, false);
+    ASSERT_TRUE(shown.keyDown(Qt::Key_Return, false));
+    shown.deliverTimer(kActionTimerId);
+    shown.keyUp(Qt::Key_Return, false);
     EXPECT_EQ(dialogsRun, std::vector<std::string>{"109"});
 
     if (shots) {
       const std::filesystem::path map = dataFile("maps/monaco_cp1252.img");
-      if (!map.empty()) mainWindow()->openMap(QString::fromStdString(map.string()));
-      setGpsReadingActive([] { return true; });
-      setStatusText(u"NMEA 4800, COM1");
-      updateFix(last);
+      if (!map.empty()) shown.openMap(QString::fromStdString(map.string()));
+      running.fixes.setStatusText(u"NMEA 4800, COM1");
+      running.fixes.updateFix(last);
       processEvents();
-      showDrive(last);
-      mapView().setZoomIndex(5);
-      mapView().pan(150, 50);
-      composeMapView();
+      showDrive(running, shown, last);
+      running.view.setZoomIndex(5);
+      running.view.pan(150, 50);
+      shown.pages().mapPage().compose();
       processEvents();
-      mainWindow()->grab().save(QString::fromUtf8(shots) + QStringLiteral("/recording.png"));
-      setGpsReadingActive(nullptr);
+      shown.grab().save(QString::fromUtf8(shots) + QStringLiteral("/recording.png"));
     }
   });
   ASSERT_EQ(second, 0);

@@ -17,11 +17,8 @@ void ShellTest::SetUpTestSuite() {
 }
 
 void ShellTest::SetUp() {
-  scratch = scratchDir(::testing::UnitTest::GetInstance()->current_test_info()->name());
-  session = std::make_unique<Session>(scratch / "data");
   session->settings.openSettingsAt(scratch / "GisOrvel.conf");
   messages = std::make_unique<MessageRecorder>(session->messages);
-  resetGpsState();
   mapView().setZoomIndex(10);
   mapView().setCentre(0, 0);
 }
@@ -66,8 +63,6 @@ void ShellTest::TearDown() {
     window.reset();
   }
   messages.reset();
-  session.reset();
-  resetGpsState();
 }
 
 }  // namespace orvel::test

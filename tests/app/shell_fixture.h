@@ -21,6 +21,8 @@
 #include "app/session.h"
 #include "core/message.h"
 #include "core/settings.h"
+#include "common/test_data.h"
+#include "gps/fix_processing.h"
 #include "gps/gps_state.h"
 #include "map/format/map_file.h"
 #include "pages/map_page.h"
@@ -65,8 +67,10 @@ class ShellTest : public ::testing::Test {
   void writeSettingInt(std::string_view name, int32_t value) { session->settings.writeSettingInt(name, value); }
   void writeSettingBool(std::string_view name, bool value) { session->settings.writeSettingBool(name, value); }
 
-  std::filesystem::path scratch;
-  std::unique_ptr<Session> session;
+  std::filesystem::path scratch = scratchDir(::testing::UnitTest::GetInstance()->current_test_info()->name());
+  std::unique_ptr<Session> session = std::make_unique<Session>(scratch / "data");
+  GpsState& gps = session->gps;
+  FixProcessor& fixes = session->fixes;
   std::unique_ptr<MainWindow> window;
   std::unique_ptr<MessageRecorder> messages;
   std::vector<WaypointRequest> waypointRequests;

@@ -14,7 +14,6 @@
 #include "gps/capture_replay.h"
 #include "gps/fix_text.h"
 #include "gps/garmin_packet.h"
-#include "gps/gps_state.h"
 #include "gps/nmea_protocol.h"
 #include "gps/ole_date.h"
 #include "gps/replay_line.h"
@@ -102,15 +101,13 @@ struct Replayed {
 };
 
 Replayed replay(const std::vector<unsigned char>& bytes, ReplayProtocol protocol) {
-  resetGpsState();
   test::FixCollector collected;
   ReplayOptions options;
   options.protocol = protocol;
   Replayed out;
-  out.summary = replayCapture(std::span<const uint8_t>(bytes.data(), bytes.size()), collected.sink(), options);
+  out.summary = replayCapture(std::span<const uint8_t>(bytes.data(), bytes.size()), collected, options);
   out.fixes = std::move(collected.fixes);
   out.lost = collected.lost;
-  resetGpsState();
   return out;
 }
 
@@ -147,7 +144,8 @@ TEST_P(CaptureReplay, IsRecognisedByItsOwnProtocolOnly) {
 
 TEST_P(CaptureReplay, BinaryIsNeverTakenForNmeaWhateverTheReads) {
   if (GetParam().kind == Kind::kNmea) GTEST_SKIP() << "text capture";
-  NmeaProtocol nmea([] { return 0u; }, FixSink{});
+  test::FixCollector sink;
+  NmeaProtocol nmea([] { return 0u; }, sink);
   for (size_t chunk : {size_t{1}, size_t{13}, size_t{64}, size_t{1024}}) {
     nmea.open();
     for (size_t at = 0; at < bytes.size(); at += chunk) {

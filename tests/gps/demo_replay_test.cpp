@@ -3,9 +3,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <atomic>
 #include <cmath>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -13,7 +11,6 @@
 #include "gps/capture_replay.h"
 #include "gps/demo_capture.h"
 #include "gps/demo_replay.h"
-#include "gps/gps_state.h"
 #include "gps_test_support.h"
 #include "pty_support.h"
 
@@ -84,7 +81,7 @@ TEST(DemoCapture, TheBundledDriveLiesOnTheDemoMapWithItsShapeKept) {
     test::FixCollector fixes;
     ReplayOptions options;
     options.protocol = ReplayProtocol::kNmea;
-    replayCapture(capture, fixes.sink(), options);
+    replayCapture(capture, fixes, options);
     std::vector<GpsFix> located;
     for (const GpsFix& f : fixes.fixes) {
       if (f.has(kFixPosition)) located.push_back(f);
@@ -113,33 +110,26 @@ TEST(DemoCapture, TheBundledDriveLiesOnTheDemoMapWithItsShapeKept) {
 TEST(DemoReplay, RunsInItsOwnThreadAndStopsAtOnce) {
   const auto path = test::dataFile("gps/nmea/bundg_zeus_9.log");
   if (path.empty()) GTEST_SKIP() << "no capture";
-  resetGpsState();
-  std::mutex mutex;
-  std::vector<GpsFix> fixes;
-  std::atomic<int> lost{0};
+  test::FixCollector sink;
+  DemoReplay demo(sink);
   DemoReplayOptions options;
-  options.sink = FixSink{[&](const GpsFix& f) {
-                           std::lock_guard lock(mutex);
-                           fixes.push_back(f);
-                         },
-                         [&] { ++lost; }};
   options.burstMs = 150;  // faster than recorded, still well apart for the burst rules
   options.setStatus = false;
-  EXPECT_FALSE(startDemoReplay("/nonexistent/demo.log", options));
-  EXPECT_FALSE(isDemoReplaying());
-  ASSERT_TRUE(startDemoReplay(path.string(), options));
-  EXPECT_TRUE(isDemoReplaying());
+  EXPECT_FALSE(demo.startDemoReplay("/nonexistent/demo.log", options));
+  EXPECT_FALSE(demo.isDemoReplaying());
+  ASSERT_TRUE(demo.startDemoReplay(path.string(), options));
+  EXPECT_TRUE(demo.isDemoReplaying());
   const auto located = [&] {
-    std::lock_guard lock(mutex);
+    const auto fixes = sink.fixesSoFar();
     return std::count_if(fixes.begin(), fixes.end(), [](const GpsFix& f) { return f.has(kFixPosition); });
   };
   ASSERT_TRUE(test::waitUntil([&] { return located() >= 4; }, 5000));
-  stopDemoReplay();
-  EXPECT_FALSE(isDemoReplaying());
-  const auto count = demoFixCount();
+  demo.stopDemoReplay();
+  EXPECT_FALSE(demo.isDemoReplaying());
+  const auto count = demo.demoFixCount();
   EXPECT_GE(count, 4u);
 
-  std::lock_guard lock(mutex);
+  const std::vector<GpsFix>& fixes = sink.fixes;
   EXPECT_EQ(fixes.size(), count);
   for (const GpsFix& f : fixes) {
     if (!f.has(kFixPosition)) continue;

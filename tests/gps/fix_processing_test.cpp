@@ -52,53 +52,44 @@ std::string text(const char* format, double a, double b) {
   return buffer;
 }
 
-class FixProcessingTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    resetGpsState();
+// A state and its fix processing, with an observer and a poster that log their calls.
+struct Rig {
+  Rig() {
     FixObserver observer;
     // Every hook reads the shared state: were the GPS lock still held, this would hang.
-    observer.beginRecordedTrack = [this] { log.push_back("begin"); touchState(); };
-    observer.markSegmentStart = [this] { log.push_back("mark"); touchState(); };
-    observer.appendRecordedPoint = [this](const GpsFix& fix) {
-      log.push_back(text("rec %g %g", fix.longitude, fix.latitude));
-      touchState();
-    };
-    observer.appendActivePoint = [this](float lon, float lat) {
-      log.push_back(text("act %g %g", lon, lat));
-      touchState();
-    };
-    observer.showReception = [this](uint32_t used) {
-      log.push_back("icon " + std::to_string(used));
-      touchState();
-    };
-    setFixObserver(std::move(observer));
-    setGpsMessagePoster([this](int message) {
+    observer.beginRecordedTrack = [this] { note("begin"); };
+    observer.markSegmentStart = [this] { note("mark"); };
+    observer.appendRecordedPoint = [this](const GpsFix& fix) { note(text("rec %g %g", fix.longitude, fix.latitude)); };
+    observer.appendActivePoint = [this](float lon, float lat) { note(text("act %g %g", lon, lat)); };
+    observer.showReception = [this](uint32_t used) { note("icon " + std::to_string(used)); };
+    fixes.setFixObserver(std::move(observer));
+    state.setGpsMessagePoster([this](int message) {
       ++messages;
       EXPECT_EQ(message, kMsgFixChanged);
       touchState();
     });
   }
-  void TearDown() override {
-    setFixObserver({});
-    setGpsMessagePoster(nullptr);
-    resetGpsState();
+  void note(std::string entry) {
+    log.push_back(std::move(entry));
+    touchState();
   }
   void touchState() {
     GpsFix fix;
-    getFix(fix);
-    resetSatellites(0);
+    state.getFix(fix);
+    state.resetSatellites(0);
   }
   void run(const std::vector<Step>& steps) {
     for (const Step& step : steps) {
       if (step.lost) {
-        fixLost();
+        fixes.fixLost();
       } else {
-        updateFix(step.fix);
+        fixes.updateFix(step.fix);
       }
     }
   }
 
+  GpsState state;
+  FixProcessor fixes{state};
   std::vector<std::string> log;
   int messages = 0;
 };
@@ -109,7 +100,7 @@ struct SequenceCase {
   std::vector<std::string> expected;
 };
 
-TEST_F(FixProcessingTest, Sequences) {
+TEST(FixProcessing, Sequences) {
   const SequenceCase cases[] = {
       {"first fix begins a track and a segment",
        {at(10, 60)},
@@ -142,42 +133,43 @@ TEST_F(FixProcessingTest, Sequences) {
   };
   for (const SequenceCase& c : cases) {
     SCOPED_TRACE(c.name);
-    resetGpsState();
-    log.clear();
-    messages = 0;
-    run(c.steps);
-    EXPECT_EQ(log, c.expected);
+    Rig rig;
+    rig.run(c.steps);
+    EXPECT_EQ(rig.log, c.expected);
     size_t fixes = 0;
     for (const Step& step : c.steps) fixes += step.lost ? 0 : 1;
-    EXPECT_EQ(messages, fixes > 0 ? 1 : 0);  // coalesced: nobody cleared the latch
-    EXPECT_EQ(isLatchSet(kMsgFixChanged), fixes > 0);
+    EXPECT_EQ(rig.messages, fixes > 0 ? 1 : 0);  // coalesced: nobody cleared the latch
+    EXPECT_EQ(rig.state.isLatchSet(kMsgFixChanged), fixes > 0);
   }
 }
 
-TEST_F(FixProcessingTest, StoredFixIsTheNewOneWhole) {
+TEST(FixProcessing, StoredFixIsTheNewOneWhole) {
   Step first = withSatellites(withError(at(10, 60), 5), 8);
   first.fix.flags |= kFixSpeed;
   first.fix.speed = 12;
-  run({first, noPosition()});
-  const GpsFix now = currentFix();
+  Rig rig;
+  rig.run({first, noPosition()});
+  const GpsFix now = rig.state.currentFix();
   EXPECT_EQ(now.flags, kFixTime | kFixType);
   EXPECT_EQ(now.time, 40000.0);
 }
 
-TEST_F(FixProcessingTest, MessagePostsAgainAfterTheLatchIsCleared) {
-  for (int i = 0; i < 20; ++i) run({at(10, 60)});
-  EXPECT_EQ(messages, 1);
-  clearLatch(kMsgFixChanged);
-  run({at(10, 60)});
-  EXPECT_EQ(messages, 2);
+TEST(FixProcessing, MessagePostsAgainAfterTheLatchIsCleared) {
+  Rig rig;
+  for (int i = 0; i < 20; ++i) rig.run({at(10, 60)});
+  EXPECT_EQ(rig.messages, 1);
+  rig.state.clearLatch(kMsgFixChanged);
+  rig.run({at(10, 60)});
+  EXPECT_EQ(rig.messages, 2);
 }
 
-TEST_F(FixProcessingTest, WorksWithoutObserverOrPoster) {
-  setFixObserver({});
-  setGpsMessagePoster(nullptr);
-  run({at(10, 60), lost(), at(11, 61)});
-  EXPECT_TRUE(log.empty());
-  EXPECT_EQ(currentFix().longitude, 11.0f);
+TEST(FixProcessing, WorksWithoutObserverOrPoster) {
+  Rig rig;
+  rig.fixes.setFixObserver({});
+  rig.state.setGpsMessagePoster(nullptr);
+  rig.run({at(10, 60), lost(), at(11, 61)});
+  EXPECT_TRUE(rig.log.empty());
+  EXPECT_EQ(rig.state.currentFix().longitude, 11.0f);
 }
 
 struct ToleranceCase {

@@ -54,7 +54,7 @@ TEST(GarminFuzz, RandomStreamsAndTicks) {
   uint32_t now = 0xFFFFF000u;
   test::FakePort port;
   test::FixCollector collected;
-  GarminProtocol garmin([&] { return now; }, collected.sink());
+  GarminProtocol garmin([&] { return now; }, collected);
   garmin.setPort(&port);
   garmin.open();
   const std::vector<uint8_t> start(kStartPvtPacket.begin(), kStartPvtPacket.end());

@@ -79,7 +79,7 @@ class GarminProtocolTest : public ::testing::Test {
   uint32_t now = 5000;
   test::FakePort port;
   test::FixCollector collected;
-  GarminProtocol garmin{[this] { return now; }, collected.sink()};
+  GarminProtocol garmin{[this] { return now; }, collected};
 };
 
 TEST_F(GarminProtocolTest, OpenSetsUpThePortAndRequestsRecords) {

@@ -11,99 +11,95 @@ namespace {
 
 class GpsStateTest : public ::testing::Test {
  protected:
-  void SetUp() override {
-    resetGpsState();
-    setGpsMessagePoster([this](int message) { posted.push_back(message); });
-  }
-  void TearDown() override {
-    setGpsMessagePoster(nullptr);
-    resetGpsState();
-  }
+  void SetUp() override { state.setGpsMessagePoster([this](int message) { posted.push_back(message); }); }
+  GpsState state;
   std::vector<int> posted;
 };
 
 TEST_F(GpsStateTest, StatusTextIsCutTo128Characters) {
-  setStatusText(std::u16string(200, u'x'));
+  state.setStatusText(std::u16string(200, u'x'));
   char16_t buffer[600];
-  getStatusText(buffer, 600);
+  state.getStatusText(buffer, 600);
   EXPECT_EQ(std::u16string(buffer), std::u16string(127, u'x'));  // capacity is limited to 128 first
-  EXPECT_EQ(gpsSnapshot().statusText, std::u16string(128, u'x'));
+  EXPECT_EQ(state.gpsSnapshot().statusText, std::u16string(128, u'x'));
   EXPECT_EQ(posted, std::vector<int>{kMsgStatusChanged});
 }
 
 TEST_F(GpsStateTest, StatusTextStopsAtItsTerminator) {
-  setStatusText(std::u16string(u"COM3\0junk", 9));
-  EXPECT_EQ(gpsSnapshot().statusText, u"COM3");
+  state.setStatusText(std::u16string(u"COM3\0junk", 9));
+  EXPECT_EQ(state.gpsSnapshot().statusText, u"COM3");
 }
 
 TEST_F(GpsStateTest, GetStatusTextHonoursCapacity) {
-  setStatusText(u"Поиск GPS");
+  state.setStatusText(u"Поиск GPS");
   struct Case {
     size_t capacity;
     std::u16string expected;
   };
   for (const Case& c : {Case{1, u""}, Case{2, u"П"}, Case{5, u"Поис"}, Case{10, u"Поиск GPS"}, Case{500, u"Поиск GPS"}}) {
     std::u16string buffer(600, u'#');
-    getStatusText(buffer.data(), c.capacity);
+    state.getStatusText(buffer.data(), c.capacity);
     EXPECT_EQ(std::u16string(buffer.c_str()), c.expected) << c.capacity;
   }
   std::u16string untouched(4, u'#');
-  getStatusText(untouched.data(), 0);
+  state.getStatusText(untouched.data(), 0);
   EXPECT_EQ(untouched, u"####");
 }
 
 TEST_F(GpsStateTest, SatelliteListIsTheAnnouncedSize) {
-  resetSatellites(12);
-  for (uint32_t prn : {5u, 7u, 9u}) addSatellite({prn, 10 * prn, 100 + prn, 30 + prn});
-  EXPECT_EQ(getSatelliteCount(), 12u);
+  state.resetSatellites(12);
+  for (uint32_t prn : {5u, 7u, 9u}) state.addSatellite({prn, 10 * prn, 100 + prn, 30 + prn});
+  EXPECT_EQ(state.getSatelliteCount(), 12u);
   SatelliteInfo info;
-  EXPECT_EQ(getSatellite(1, info), (SatelliteInfo{7, 70, 107, 37}));
-  for (uint32_t i = 3; i < 12; ++i) EXPECT_EQ(getSatellite(i, info), SatelliteInfo{}) << i;
-  for (int i = 0; i < 9; ++i) addSatellite({100u + i, 1, 1, 1});
-  addSatellite({99, 99, 99, 99});  // the 13th is ignored
-  EXPECT_EQ(getSatellite(11, info).prn, 108u);
-  const GpsSnapshot snapshot = gpsSnapshot();
+  EXPECT_EQ(state.getSatellite(1, info), (SatelliteInfo{7, 70, 107, 37}));
+  for (uint32_t i = 3; i < 12; ++i) EXPECT_EQ(state.getSatellite(i, info), SatelliteInfo{}) << i;
+  for (int i = 0; i < 9; ++i) state.addSatellite({100u + i, 1, 1, 1});
+  state.addSatellite({99, 99, 99, 99});  // the 13th is ignored
+  EXPECT_EQ(state.getSatellite(11, info).prn, 108u);
+  const GpsSnapshot snapshot = state.gpsSnapshot();
   ASSERT_EQ(snapshot.satellites.size(), 12u);
   EXPECT_EQ(snapshot.satellites[0].prn, 5u);
   EXPECT_EQ(snapshot.satellites[11].prn, 108u);
 }
 
 TEST_F(GpsStateTest, SatellitePastTheEndIsZero) {
-  resetSatellites(2);
-  addSatellite({1, 2, 3, 4});
-  addSatellite({5, 6, 7, 8});
+  state.resetSatellites(2);
+  state.addSatellite({1, 2, 3, 4});
+  state.addSatellite({5, 6, 7, 8});
   for (uint32_t index : {2u, 3u, 0xFFFFFFFFu}) {
     SatelliteInfo info{9, 9, 9, 9};
-    EXPECT_EQ(getSatellite(index, info), SatelliteInfo{}) << index;
+    EXPECT_EQ(state.getSatellite(index, info), SatelliteInfo{}) << index;
   }
-  resetSatellites(0xFFFFFFFFu);  // an absurd count is cut, not allocated
-  EXPECT_EQ(getSatelliteCount(), kMaxSatellites);
-  resetSatellites(0);
+  state.resetSatellites(0xFFFFFFFFu);  // an absurd count is cut, not allocated
+  EXPECT_EQ(state.getSatelliteCount(), kMaxSatellites);
+  state.resetSatellites(0);
   SatelliteInfo info{9, 9, 9, 9};
-  EXPECT_EQ(getSatellite(0, info), SatelliteInfo{});
+  EXPECT_EQ(state.getSatellite(0, info), SatelliteInfo{});
 }
 
 TEST_F(GpsStateTest, MessagesAreCoalescedUntilTheLatchIsCleared) {
-  for (int i = 0; i < 20; ++i) postGpsMessage(kMsgFixChanged);
-  satellitesChanged();
-  satellitesChanged();
+  for (int i = 0; i < 20; ++i) state.postGpsMessage(kMsgFixChanged);
+  state.satellitesChanged();
+  state.satellitesChanged();
   EXPECT_EQ(posted, (std::vector<int>{kMsgFixChanged, kMsgSatellitesChanged}));
-  EXPECT_TRUE(isLatchSet(kMsgFixChanged));
-  clearLatch(kMsgFixChanged);
-  EXPECT_FALSE(isLatchSet(kMsgFixChanged));
-  postGpsMessage(kMsgFixChanged);
-  satellitesChanged();  // still latched
+  EXPECT_TRUE(state.isLatchSet(kMsgFixChanged));
+  const GpsState other;  // a second state keeps latches of its own
+  EXPECT_FALSE(other.isLatchSet(kMsgFixChanged));
+  state.clearLatch(kMsgFixChanged);
+  EXPECT_FALSE(state.isLatchSet(kMsgFixChanged));
+  state.postGpsMessage(kMsgFixChanged);
+  state.satellitesChanged();  // still latched
   EXPECT_EQ(posted, (std::vector<int>{kMsgFixChanged, kMsgSatellitesChanged, kMsgFixChanged}));
-  postGpsMessage(1027);  // not one of ours
-  clearLatch(5);
+  state.postGpsMessage(1027);  // not one of ours
+  state.clearLatch(5);
   EXPECT_EQ(posted.size(), 3u);
 }
 
 TEST_F(GpsStateTest, ManyThreadsPostOneMessage) {
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t) {
-    threads.emplace_back([] {
-      for (int i = 0; i < 1000; ++i) postGpsMessage(kMsgFixChanged);
+    threads.emplace_back([this] {
+      for (int i = 0; i < 1000; ++i) state.postGpsMessage(kMsgFixChanged);
     });
   }
   for (auto& thread : threads) thread.join();
@@ -115,18 +111,18 @@ TEST_F(GpsStateTest, FixIsReplacedWhole) {
   first.flags = kFixPosition | kFixSpeed;
   first.longitude = 10.5f;
   first.speed = 30.0f;
-  exchangeFix(first);
+  state.exchangeFix(first);
   GpsFix second;
   second.flags = kFixTime;
   second.time = 38173.5;
-  const GpsFix old = exchangeFix(second);
+  const GpsFix old = state.exchangeFix(second);
   EXPECT_EQ(old.flags, first.flags);
   EXPECT_EQ(old.longitude, 10.5f);
   GpsFix now;
-  getFix(now);
+  state.getFix(now);
   EXPECT_EQ(now.flags, kFixTime);
-  EXPECT_EQ(currentFix().time, 38173.5);
-  EXPECT_EQ(gpsSnapshot().fix.flags, kFixTime);
+  EXPECT_EQ(state.currentFix().time, 38173.5);
+  EXPECT_EQ(state.gpsSnapshot().fix.flags, kFixTime);
 }
 
 TEST(GpsFixTest, NoFixClearsPositionErrorsAndDilutions) {

@@ -1,14 +1,18 @@
 #pragma once
 // Helpers shared by the GPS tests: a port that records what a protocol does with it, a sink
-// that collects fixes, and sentence building.
+// that collects what it is given, and sentence building.
+#include <algorithm>
 #include <cstdint>
 #include <cstdio>
+#include <mutex>
 #include <span>
 #include <string>
 #include <string_view>
 #include <vector>
 
+#include "core/utf.h"
 #include "gps/gps_protocol.h"
+#include "gps/gps_state.h"
 
 namespace orvel::test {
 
@@ -32,12 +36,43 @@ struct FakePort final : GpsPort {
   void write(std::span<const uint8_t> bytes) override { writes.emplace_back(bytes.begin(), bytes.end()); }
 };
 
-struct FixCollector {
+// Keeps every fix, counts the losses and the status texts; fixes, satellites and status
+// also go into a GpsState of its own. Reading threads may feed it: read `fixes` and `lost`
+// once they ended, or through the locked copies.
+struct FixCollector final : GpsSink {
+  GpsState state;
   std::vector<GpsFix> fixes;
   int lost = 0;
-  FixSink sink() {
-    return FixSink{[this](const GpsFix& fix) { fixes.push_back(fix); }, [this] { ++lost; }};
+
+  void updateFix(const GpsFix& fix) override {
+    state.exchangeFix(fix);
+    std::lock_guard lock(mutex);
+    fixes.push_back(fix);
   }
+  void fixLost() override {
+    std::lock_guard lock(mutex);
+    ++lost;
+  }
+  void setSatellites(std::span<const SatelliteInfo> satellites) override { state.setSatellites(satellites); }
+  void satellitesChanged() override { state.satellitesChanged(); }
+  void setStatusText(std::u16string_view text) override {
+    state.setStatusText(text);
+    std::lock_guard lock(mutex);
+    statuses.push_back(utf16ToUtf8(text));
+  }
+
+  std::vector<GpsFix> fixesSoFar() {
+    std::lock_guard lock(mutex);
+    return fixes;
+  }
+  // How often the status `text` was set.
+  int statusCount(const std::string& text) {
+    std::lock_guard lock(mutex);
+    return static_cast<int>(std::count(statuses.begin(), statuses.end(), text));
+  }
+
+  std::mutex mutex;
+  std::vector<std::string> statuses;
 };
 
 inline std::span<const uint8_t> bytesOf(std::string_view text) {

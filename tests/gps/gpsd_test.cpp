@@ -3,8 +3,6 @@
 // protocol and against a real gpsd fed by gpsfake (when Debian's gpsd-clients is installed).
 #include <gtest/gtest.h>
 
-#include <arpa/inet.h>
-#include <netinet/in.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
@@ -13,15 +11,12 @@
 #include <algorithm>
 #include <atomic>
 #include <fstream>
-#include <mutex>
 #include <sstream>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "core/utf.h"
 #include "common/test_data.h"
-#include "gps/gps_state.h"
 #include "gps/gpsd_client.h"
 #include "gps/gpsd_json.h"
 #include "gps/ole_date.h"
@@ -100,9 +95,8 @@ std::vector<std::string> reportsOf(const std::string& relative) {
 TEST(GpsdDecoder, TpvAndSkyOfARealReceiver) {
   const auto lines = reportsOf("gps/nmea/ac12_binary.log.chk");
   if (lines.empty()) GTEST_SKIP() << "no capture";
-  resetGpsState();
   test::FixCollector fixes;
-  GpsdDecoder decoder(fixes.sink());
+  GpsdDecoder decoder(fixes);
   std::string stream;
   for (const auto& line : lines) stream += line + "\n";
   // Cut across reports, as reads from a socket are.
@@ -124,11 +118,10 @@ TEST(GpsdDecoder, TpvAndSkyOfARealReceiver) {
   EXPECT_EQ(last.satellitesUsed, 3u);
   EXPECT_FLOAT_EQ(last.hdop, 2.2f);
 
-  ASSERT_GE(getSatelliteCount(), 1u);
+  const auto satellites = fixes.state.gpsSnapshot().satellites;
+  ASSERT_GE(satellites.size(), 1u);
   bool sawPrn28 = false;
-  for (uint32_t i = 0; i < getSatelliteCount(); ++i) {
-    SatelliteInfo s;
-    getSatellite(i, s);
+  for (const SatelliteInfo& s : satellites) {
     if (s.prn == 28) sawPrn28 = s.elevation > 0 && s.azimuth > 0 && s.snr > 0;
   }
   EXPECT_TRUE(sawPrn28);
@@ -136,7 +129,7 @@ TEST(GpsdDecoder, TpvAndSkyOfARealReceiver) {
 
 TEST(GpsdDecoder, FieldsModesAndUnits) {
   test::FixCollector fixes;
-  GpsdDecoder decoder(fixes.sink());
+  GpsdDecoder decoder(fixes);
   decoder.handleLine(R"({"class":"SKY","hdop":0.9,"vdop":1.4,"uSat":7})");
   decoder.handleLine(
       R"({"class":"TPV","mode":3,"status":2,"time":"2024-05-01T12:30:15.500Z","lat":43.7,"lon":7.42,)"
@@ -163,41 +156,9 @@ TEST(GpsdDecoder, FieldsModesAndUnits) {
   EXPECT_FALSE(fixes.fixes[1].flags & kNoFixClearMask);
 }
 
-// A listening socket on 127.0.0.1 and its port.
-int listenLocal(uint16_t& port) {
-  const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-  sockaddr_in a{};
-  a.sin_family = AF_INET;
-  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
-  socklen_t size = sizeof a;
-  if (fd < 0 || ::bind(fd, reinterpret_cast<sockaddr*>(&a), size) != 0 || ::listen(fd, 4) != 0 ||
-      ::getsockname(fd, reinterpret_cast<sockaddr*>(&a), &size) != 0) {
-    if (fd >= 0) ::close(fd);
-    return -1;
-  }
-  port = ntohs(a.sin_port);
-  return fd;
-}
-
-struct StatusLog {
-  std::mutex mutex;
-  std::vector<std::string> texts;
-  ReaderHooks hooks() {
-    return ReaderHooks{[this](std::u16string_view t) {
-                         std::lock_guard lock(mutex);
-                         texts.push_back(utf16ToUtf8(t));
-                       },
-                       {}, {}, {}};
-  }
-  int count(const std::string& text) {
-    std::lock_guard lock(mutex);
-    return static_cast<int>(std::count(texts.begin(), texts.end(), text));
-  }
-};
-
 TEST(GpsdClient, ReadsAServerAndConnectsAgainAfterALoss) {
   uint16_t port = 0;
-  const int server = listenLocal(port);
+  const int server = test::listenLocal(port);
   ASSERT_GE(server, 0);
   std::atomic<int> watches{0};
   std::thread fake([&] {
@@ -217,28 +178,20 @@ TEST(GpsdClient, ReadsAServerAndConnectsAgainAfterALoss) {
     }
   });
 
+  // By name: the lookup goes through the resolver's own threads.
   ScanSignals signals;
-  StatusLog log;
   test::FixCollector fixes;
-  std::mutex fixMutex;
-  std::atomic<size_t> fixCount{0};
-  FixSink sink{[&](const GpsFix& f) {
-                 std::lock_guard lock(fixMutex);
-                 fixes.fixes.push_back(f);
-                 ++fixCount;
-               },
-               {}};
-  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, log.hooks(), sink); });
-  const std::string found = "gpsd через 127.0.0.1:" + std::to_string(port);
-  EXPECT_TRUE(test::waitUntil([&] { return fixCount >= 6; }, 8000));
-  EXPECT_EQ(log.count(found), 2) << "found, lost, found again";
-  EXPECT_GE(log.count("Не обнаружено данных."), 1);
+  HostLookups lookups;
+  std::thread client([&] { readGpsd(GpsdAddress{"localhost", port}, signals, fixes, {}, lookups); });
+  const std::string found = "gpsd через localhost:" + std::to_string(port);
+  EXPECT_TRUE(test::waitUntil([&] { return fixes.fixesSoFar().size() >= 6; }, 8000));
+  EXPECT_EQ(fixes.statusCount(found), 2) << "found, lost, found again";
+  EXPECT_GE(fixes.statusCount("Не обнаружено данных."), 1);
   EXPECT_EQ(watches, 2);
   signals.setStop();
   client.join();
   fake.join();
   ::close(server);
-  std::lock_guard lock(fixMutex);
   ASSERT_GE(fixes.fixes.size(), 3u);
   EXPECT_NEAR(fixes.fixes[2].latitude, 43.732, 1e-4);
   EXPECT_EQ(fixes.fixes[2].fixType, kFixType2D);
@@ -246,13 +199,14 @@ TEST(GpsdClient, ReadsAServerAndConnectsAgainAfterALoss) {
 
 TEST(GpsdClient, StopsWhileNobodyListens) {
   uint16_t port = 0;
-  const int server = listenLocal(port);
+  const int server = test::listenLocal(port);
   ASSERT_GE(server, 0);
   ::close(server);  // nothing listens there now
   ScanSignals signals;
-  StatusLog log;
-  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, log.hooks(), {}); });
-  EXPECT_TRUE(test::waitUntil([&] { return log.count("Поиск данных - gpsd...") >= 1; }, 2000));
+  test::FixCollector sink;
+  HostLookups lookups;
+  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, sink, {}, lookups); });
+  EXPECT_TRUE(test::waitUntil([&] { return sink.statusCount("Поиск данных - gpsd...") >= 1; }, 2000));
   signals.setStop();
   client.join();
 }
@@ -265,7 +219,7 @@ TEST(GpsdClient, RealGpsdFedByGpsfake) {
     GTEST_SKIP() << "gpsd and gpsfake are not installed (Debian packages gpsd, gpsd-clients)";
   }
   uint16_t port = 0;
-  const int probe = listenLocal(port);
+  const int probe = test::listenLocal(port);
   ASSERT_GE(probe, 0);
   ::close(probe);
   const pid_t child = ::fork();
@@ -281,19 +235,12 @@ TEST(GpsdClient, RealGpsdFedByGpsfake) {
   }
   ::setpgid(child, child);
 
-  resetGpsState();
   ScanSignals signals;
-  StatusLog log;
-  std::mutex fixMutex;
-  std::vector<GpsFix> fixes;
-  FixSink sink{[&](const GpsFix& f) {
-                 std::lock_guard lock(fixMutex);
-                 fixes.push_back(f);
-               },
-               {}};
-  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, log.hooks(), sink); });
+  test::FixCollector sink;
+  HostLookups lookups;
+  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, sink, {}, lookups); });
   const auto located = [&] {
-    std::lock_guard lock(fixMutex);
+    const auto fixes = sink.fixesSoFar();
     return std::count_if(fixes.begin(), fixes.end(), [](const GpsFix& f) { return f.has(kFixPosition); }) >= 3;
   };
   const bool got = test::waitUntil(located, 15000);
@@ -303,9 +250,8 @@ TEST(GpsdClient, RealGpsdFedByGpsfake) {
   ::waitpid(child, nullptr, 0);
 
   ASSERT_TRUE(got) << "no fixes from gpsd on port " << port;
-  EXPECT_EQ(log.count("gpsd через 127.0.0.1:" + std::to_string(port)), 1);
-  std::lock_guard lock(fixMutex);
-  for (const GpsFix& f : fixes) {
+  EXPECT_EQ(sink.statusCount("gpsd через 127.0.0.1:" + std::to_string(port)), 1);
+  for (const GpsFix& f : sink.fixes) {
     if (!f.has(kFixPosition)) continue;
     EXPECT_NEAR(f.latitude, -37.7848, 1e-3);
     EXPECT_NEAR(f.longitude, 175.3149, 1e-3);

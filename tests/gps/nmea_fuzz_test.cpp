@@ -6,7 +6,6 @@
 #include <string>
 #include <vector>
 
-#include "gps/gps_state.h"
 #include "gps/nmea_protocol.h"
 #include "gps_test_support.h"
 
@@ -57,7 +56,7 @@ std::string mangle(std::mt19937& rng) {
   return s;
 }
 
-void drive(NmeaProtocol& nmea, uint32_t& now, std::mt19937& rng, const std::string& stream) {
+void drive(NmeaProtocol& nmea, uint32_t& now, std::mt19937& rng, const std::string& stream, const GpsState& state) {
   size_t at = 0;
   while (at < stream.size()) {
     now += nextStep(rng);
@@ -73,16 +72,14 @@ void drive(NmeaProtocol& nmea, uint32_t& now, std::mt19937& rng, const std::stri
     if (r == ProcessResult::kFailed) nmea.open();
     at += n;
   }
-  EXPECT_LE(getSatelliteCount(), kMaxSatellites);
+  EXPECT_LE(state.getSatelliteCount(), kMaxSatellites);
 }
 
 class NmeaFuzz : public ::testing::Test {
  protected:
-  void SetUp() override { resetGpsState(); }
-  void TearDown() override { resetGpsState(); }
   uint32_t now = 0xFFFF0000u;
   test::FixCollector collected;
-  NmeaProtocol nmea{[this] { return now; }, collected.sink()};
+  NmeaProtocol nmea{[this] { return now; }, collected};
 };
 
 TEST_F(NmeaFuzz, RandomBytesAndTicks) {
@@ -91,7 +88,7 @@ TEST_F(NmeaFuzz, RandomBytesAndTicks) {
   for (int run = 0; run < 300; ++run) {
     std::string stream(rng() % 4096, '\0');
     for (char& c : stream) c = static_cast<char>(rng() % 4 == 0 ? "$,*\n\r"[rng() % 5] : rng());
-    drive(nmea, now, rng, stream);
+    drive(nmea, now, rng, stream, collected.state);
     if (HasFatalFailure()) return;
   }
 }
@@ -104,7 +101,7 @@ TEST_F(NmeaFuzz, MangledSentencesAndTicks) {
     for (int run = 0; run < 400; ++run) {
       std::string stream;
       while (stream.size() < 2000) stream += mangle(rng);
-      drive(nmea, now, rng, stream);
+      drive(nmea, now, rng, stream, collected.state);
       if (HasFatalFailure()) return;
     }
   }
@@ -113,7 +110,8 @@ TEST_F(NmeaFuzz, MangledSentencesAndTicks) {
 
 TEST(NmeaFuzzDirect, ParseSentencesOnAnyText) {
   std::mt19937 rng(99);
-  NmeaProtocol nmea([] { return 0u; }, FixSink{});
+  test::FixCollector sink;
+  NmeaProtocol nmea([] { return 0u; }, sink);
   for (int run = 0; run < 20000; ++run) {
     std::string text = rng() % 2 ? mangle(rng) : std::string(rng() % 64, '\0');
     if (text.size() < 64 && rng() % 2) {
@@ -121,7 +119,6 @@ TEST(NmeaFuzzDirect, ParseSentencesOnAnyText) {
     }
     nmea.parseSentences(test::bytesOf(text));
   }
-  resetGpsState();
 }
 
 }  // namespace

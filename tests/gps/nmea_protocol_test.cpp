@@ -26,11 +26,9 @@ const std::string kRmc = "$GPRMC,030719.000,A,3747.0873,S,17518.8938,E,0.69,181.
 class NmeaProtocolTest : public ::testing::Test {
  protected:
   void SetUp() override {
-    resetGpsState();
     nmea.setPort(&port);
     nmea.open();
   }
-  void TearDown() override { resetGpsState(); }
 
   ProcessResult feed(std::string_view text) { return nmea.process(bytesOf(text)); }
   ProcessResult feedAt(uint32_t t, std::string_view text) {
@@ -51,12 +49,13 @@ class NmeaProtocolTest : public ::testing::Test {
     }
     return last;
   }
-  std::vector<SatelliteInfo> satellites() { return gpsSnapshot().satellites; }
+  std::vector<SatelliteInfo> satellites() { return state.gpsSnapshot().satellites; }
 
   uint32_t now = 1000;
   test::FakePort port;
   test::FixCollector collected;
-  NmeaProtocol nmea{[this] { return now; }, collected.sink()};
+  GpsState& state = collected.state;
+  NmeaProtocol nmea{[this] { return now; }, collected};
 };
 
 TEST_F(NmeaProtocolTest, OpenSetsUpThePortForNmea) {
@@ -218,13 +217,13 @@ const std::string kGsv3 = "$GPGSV,3,3,11,25,20,108,00,27,08,281,00,28,17,339,39,
 
 TEST_F(NmeaProtocolTest, GsvFillsTheSatelliteListAndPostsAtTheLastMessage) {
   feedAt(1010, kGsv1 + kGsv2 + "$");
-  EXPECT_EQ(getSatelliteCount(), 11u);
-  EXPECT_FALSE(isLatchSet(kMsgSatellitesChanged));
+  EXPECT_EQ(state.getSatelliteCount(), 11u);
+  EXPECT_FALSE(state.isLatchSet(kMsgSatellitesChanged));
   SatelliteInfo s;
-  EXPECT_EQ(getSatellite(7, s), (SatelliteInfo{24, 2, 205, 0}));
-  EXPECT_EQ(getSatellite(8, s), SatelliteInfo{});  // not received yet
+  EXPECT_EQ(state.getSatellite(7, s), (SatelliteInfo{24, 2, 205, 0}));
+  EXPECT_EQ(state.getSatellite(8, s), SatelliteInfo{});  // not received yet
   feed(kGsv3 + "$");
-  EXPECT_TRUE(isLatchSet(kMsgSatellitesChanged));
+  EXPECT_TRUE(state.isLatchSet(kMsgSatellitesChanged));
   const auto list = satellites();
   ASSERT_EQ(list.size(), 11u);
   EXPECT_EQ(list[0], (SatelliteInfo{1, 78, 221, 47}));
@@ -234,11 +233,11 @@ TEST_F(NmeaProtocolTest, GsvFillsTheSatelliteListAndPostsAtTheLastMessage) {
 TEST_F(NmeaProtocolTest, AGsvListWhoseFirstMessageIsLostLeavesThePreviousList) {
   feedAt(1010, kGsv1 + kGsv2 + kGsv3 + "$");
   silentAt(1200);
-  clearLatch(kMsgSatellitesChanged);
+  state.clearLatch(kMsgSatellitesChanged);
   const auto before = satellites();
   feedAt(2010, nmeaLine("GPGSV,3,2,11,13,37,235,48,20,41,333,46,22,65,081,46,24,02,205,00") + kGsv3 + "$");
   EXPECT_EQ(satellites(), before);
-  EXPECT_TRUE(isLatchSet(kMsgSatellitesChanged));
+  EXPECT_TRUE(state.isLatchSet(kMsgSatellitesChanged));
 }
 
 TEST_F(NmeaProtocolTest, GsvListsOfSeveralConstellationsInOneBurstAddUp) {

@@ -8,7 +8,6 @@
 #include <string>
 #include <vector>
 
-#include "gps/gps_state.h"
 #include "gps/nmea_protocol.h"
 #include "gps/nmea_sentences.h"
 #include "gps/ole_date.h"
@@ -139,15 +138,12 @@ std::vector<SentenceCase> sentenceCases() {
   };
 }
 
-class NmeaSentence : public ::testing::TestWithParam<SentenceCase> {
- protected:
-  void SetUp() override { resetGpsState(); }
-  void TearDown() override { resetGpsState(); }
-};
+class NmeaSentence : public ::testing::TestWithParam<SentenceCase> {};
 
 TEST_P(NmeaSentence, FillsTheAssembledFix) {
   const SentenceCase& c = GetParam();
-  NmeaProtocol nmea([] { return 0u; }, FixSink{});
+  test::FixCollector sink;
+  NmeaProtocol nmea([] { return 0u; }, sink);
   nmea.open();
   EXPECT_TRUE(nmea.parseSentences(bytesOf(c.text)));
   const GpsFix& fix = nmea.assembling();
@@ -167,7 +163,8 @@ INSTANTIATE_TEST_SUITE_P(Table, NmeaSentence, ::testing::ValuesIn(sentenceCases(
                          [](const ::testing::TestParamInfo<SentenceCase>& info) { return info.param.name; });
 
 TEST(NmeaFraming, ALineCountsFromNineBytesOnAndOnlyAfterADollar) {
-  NmeaProtocol nmea([] { return 0u; }, FixSink{});
+  test::FixCollector sink;
+  NmeaProtocol nmea([] { return 0u; }, sink);
   EXPECT_FALSE(nmea.parseSentences(bytesOf("")));
   EXPECT_FALSE(nmea.parseSentences(bytesOf("GPRMC,1,2,3,4,5,6\r\n")));
   EXPECT_FALSE(nmea.parseSentences(bytesOf("$1234567")));

@@ -2,10 +2,14 @@
 // Pseudo-terminal pairs standing in for serial ports, and receivers behind them: a thread
 // that writes a recorded capture into the master end at a receiver's pace, and for Garmin
 // one that also acknowledges the commands it is sent. The scanner opens the slave end by
-// its path, as it would a USB receiver.
+// its path, as it would a USB receiver. A socket listening on the loopback address stands
+// in for gpsd.
+#include <arpa/inet.h>
 #include <fcntl.h>
+#include <netinet/in.h>
 #include <poll.h>
 #include <pty.h>
+#include <sys/socket.h>
 #include <termios.h>
 #include <unistd.h>
 
@@ -113,6 +117,22 @@ class ReceiverThread {
   std::atomic<int> acks_{0};
   std::thread thread_;
 };
+
+// A listening socket on 127.0.0.1 and its port.
+inline int listenLocal(uint16_t& port) {
+  const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in a{};
+  a.sin_family = AF_INET;
+  a.sin_addr.s_addr = htonl(INADDR_LOOPBACK);
+  socklen_t size = sizeof a;
+  if (fd < 0 || ::bind(fd, reinterpret_cast<sockaddr*>(&a), size) != 0 || ::listen(fd, 4) != 0 ||
+      ::getsockname(fd, reinterpret_cast<sockaddr*>(&a), &size) != 0) {
+    if (fd >= 0) ::close(fd);
+    return -1;
+  }
+  port = ntohs(a.sin_port);
+  return fd;
+}
 
 // Polls `done` every 10 ms for up to `ms`; its last answer.
 inline bool waitUntil(const std::function<bool()>& done, int ms) {

@@ -38,7 +38,7 @@ TEST_F(CompassPageTest, CourseTurnsTheTicksAndDrawsTheArrow) {
   GpsFix fix;
   fix.flags = kFixCourse;
   fix.course = 5.0f;
-  exchangeFix(fix);
+  gps.exchangeFix(fix);
   const std::vector<DrawCall> calls = record(compassPage());
   const std::vector<QLineF> lines = ticks(calls);
   ASSERT_EQ(lines.size(), 36u);

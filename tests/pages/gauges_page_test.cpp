@@ -97,7 +97,7 @@ TEST_F(GaugesPageTest, EveryGaugeIsUpdatedOnEveryFixShownOrNot) {
   fix.flags = kFixMagneticVariation | kFixSpeed;
   fix.magneticVariation = 3.0f;
   fix.speed = 12.5f;
-  exchangeFix(fix);
+  gps.exchangeFix(fix);
   gaugesPage().onFixChanged();
   EXPECT_EQ(repaints_, 1);
   EXPECT_EQ(gaugesPage().gauges().findGauge(u"magvar")->gauge->format(), u"3.0°");  // shown by no cell
@@ -110,7 +110,7 @@ TEST_F(GaugesPageTest, BecomingCurrentCatchesUpWithTheLatestFix) {
   GpsFix fix;
   fix.flags = kFixAltitude;
   fix.altitude = 312.0f;
-  exchangeFix(fix);  // heard by whichever page was current, not this one
+  gps.exchangeFix(fix);  // heard by whichever page was current, not this one
   gaugesPage().activate();
   EXPECT_EQ(gaugesPage().gauges().findGauge(u"elev")->gauge->format(), u"312.0 м");
 }

@@ -71,10 +71,8 @@ class PagesTest : public ::testing::Test {
     ASSERT_EQ(settings_.openSettingsAt(dir / "Orvel" / "GisOrvel.conf"), 0);
     power_ = dir / "power_supply";
     std::filesystem::create_directories(power_);
-    resetGpsState();
     useSize(240, 320);
   }
-  void TearDown() override { resetGpsState(); }
 
   void useSize(int width, int height) {
     host_.width = width_ = width;
@@ -149,7 +147,8 @@ class PagesTest : public ::testing::Test {
   Messages messages_;
   std::filesystem::path power_;  // the power supplies the battery gauge reads
   TestHost host_;
-  PageContext context_{host_, settings_, messages_, drawKit().drawing, drawKit().styles};
+  GpsState gps;
+  PageContext context_{host_, settings_, messages_, drawKit().drawing, drawKit().styles, gps};
   int width_ = 240;
   int height_ = 320;
   int& repaints_ = host_.repaints;

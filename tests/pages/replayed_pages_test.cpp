@@ -4,7 +4,6 @@
 
 #include "gps/capture_replay.h"
 #include "gps/fix_processing.h"
-#include "gps/gps_protocol.h"
 #include "pages/compass_page.h"
 #include "pages/gauges_page.h"
 #include "pages/satellites_page.h"
@@ -23,7 +22,8 @@ class ReplayedPages : public PagesTest, public ::testing::WithParamInterface<con
     ASSERT_FALSE(bytes.empty());
     ReplayOptions options;
     options.protocol = ReplayProtocol::kNmea;
-    replayCapture(std::span<const uint8_t>(bytes.data(), bytes.size()), programFixSink(), options);
+    FixProcessor fixes(gps);
+    replayCapture(std::span<const uint8_t>(bytes.data(), bytes.size()), fixes, options);
     gaugesPage().resetCells();
     gaugesPage().onFixChanged();
   }
@@ -49,9 +49,9 @@ class ReplayedPages : public PagesTest, public ::testing::WithParamInterface<con
 };
 
 TEST_P(ReplayedPages, ShowTheReceiversSkySignalsAndReadings) {
-  const GpsSnapshot gps = gpsSnapshot();
-  ASSERT_FALSE(gps.satellites.empty());
-  ASSERT_TRUE(gps.fix.has(kFixPosition));
+  const GpsSnapshot snapshot = gps.gpsSnapshot();
+  ASSERT_FALSE(snapshot.satellites.empty());
+  ASSERT_TRUE(snapshot.fix.has(kFixPosition));
   for (const QSize size : {QSize(240, 320), QSize(800, 480)}) {
     useSize(size.width(), size.height());
 

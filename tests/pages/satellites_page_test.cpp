@@ -9,9 +9,9 @@ namespace {
 
 class SatellitesPageTest : public PagesTest {
  protected:
-  static void showSatellites(const std::vector<SatelliteInfo>& satellites) {
-    resetSatellites(static_cast<uint32_t>(satellites.size()));
-    for (const SatelliteInfo& satellite : satellites) addSatellite(satellite);
+  void showSatellites(const std::vector<SatelliteInfo>& satellites) {
+    gps.resetSatellites(static_cast<uint32_t>(satellites.size()));
+    for (const SatelliteInfo& satellite : satellites) gps.addSatellite(satellite);
   }
 
   // The satellites' circles: every ellipse after the sky's three, in order.
@@ -195,7 +195,7 @@ TEST_F(SatellitesPageTest, FixQualityLine) {
     fix.fixType = quality.fixType;
     fix.horizontalError = quality.horizontalError;
     fix.hdop = quality.hdop;
-    exchangeFix(fix);
+    gps.exchangeFix(fix);
     QPointF at;
     const std::vector<DrawCall> calls = record(satellitesPage());
     EXPECT_TRUE(hasText(calls, QString::fromUtf8(quality.expected), &at)) << quality.expected;
@@ -209,8 +209,8 @@ TEST_F(SatellitesPageTest, PositionSatellitesUsedAndStatus) {
   fix.latitude = -37.7848f;
   fix.longitude = 175.3149f;
   fix.satellitesUsed = 7;
-  exchangeFix(fix);
-  setStatusText(u"NMEA: COM3");
+  gps.exchangeFix(fix);
+  gps.setStatusText(u"NMEA: COM3");
   const std::vector<DrawCall> calls = record(satellitesPage());
   EXPECT_TRUE(hasText(calls, QString::fromStdU16String(formatLatitude(-37.7848f))));
   QPointF at;

@@ -16,17 +16,14 @@ namespace {
 class RecordingTest : public DataDirTest {
  protected:
   void SetUp() override {
-    resetGpsState();
     FixObserver observer;
     connectTrackRecorders(observer, track, trackExport);
-    setFixObserver(std::move(observer));
-  }
-  void TearDown() override {
-    setFixObserver({});
-    resetGpsState();
+    fixes.setFixObserver(std::move(observer));
   }
   ActiveTrack track{dir, settings, messages};
   TrackExport trackExport{dir, messages};
+  GpsState gps;
+  FixProcessor fixes{gps};
 };
 
 GpsFix fixAt(float lon, float lat, double time) {
@@ -50,15 +47,15 @@ TEST_F(RecordingTest, FixesBecomeTrackPointsAndSegments) {
 
   GpsFix noFix;
   noFix.flags = kFixType;
-  updateFix(fixAt(10.0f, 50.0f, 45000.0));       // first: new track, new segment
-  updateFix(fixAt(10.001f, 50.001f, 45000.001));  // moved
-  updateFix(fixAt(10.001f, 50.002f, 45000.002));  // north only: not a point
-  updateFix(noFix);                               // breaks nothing by itself
-  updateFix(fixAt(10.003f, 50.003f, 45000.003));  // position again: new track and segment
-  updateFix(fixAt(10.004f, 50.004f, 45000.004));
-  fixLost();
-  fixLost();                                      // no second empty track
-  updateFix(fixAt(10.005f, 50.005f, 45000.005));  // moved from the kept fix, after a loss
+  fixes.updateFix(fixAt(10.0f, 50.0f, 45000.0));        // first: new track, new segment
+  fixes.updateFix(fixAt(10.001f, 50.001f, 45000.001));  // moved
+  fixes.updateFix(fixAt(10.001f, 50.002f, 45000.002));  // north only: not a point
+  fixes.updateFix(noFix);                               // breaks nothing by itself
+  fixes.updateFix(fixAt(10.003f, 50.003f, 45000.003));  // position again: new track and segment
+  fixes.updateFix(fixAt(10.004f, 50.004f, 45000.004));
+  fixes.fixLost();
+  fixes.fixLost();                                      // no second empty track
+  fixes.updateFix(fixAt(10.005f, 50.005f, 45000.005));  // moved from the kept fix, after a loss
   trackExport.closeTrackFile();
 
   const auto points = track.activeTrackPoints();
@@ -84,8 +81,8 @@ TEST_F(RecordingTest, FixesBecomeTrackPointsAndSegments) {
 TEST_F(RecordingTest, NothingIsStoredWhileRecordingIsOff) {
   track.openTrackStore();
   track.stopRecording();
-  updateFix(fixAt(1, 1, 45000));
-  updateFix(fixAt(2, 2, 45000));
+  fixes.updateFix(fixAt(1, 1, 45000));
+  fixes.updateFix(fixAt(2, 2, 45000));
   EXPECT_TRUE(track.activeTrackPoints().empty());
   EXPECT_FALSE(trackExport.isTrackFileOpen());
 }

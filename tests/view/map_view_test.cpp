@@ -27,7 +27,6 @@ TEST(MapView, InitialState) {
   EXPECT_EQ(v.sinRot(), 0);
   EXPECT_EQ(v.centre(), (MapPoint{0, 0}));
   EXPECT_EQ(v.latScale(), 255);
-  EXPECT_EQ(&mapView(), &mapView());
 }
 
 TEST(MapView, SetZoomIndexClampsThroughUnsignedTest) {

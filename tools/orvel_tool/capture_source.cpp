@@ -7,6 +7,7 @@
 #include <cstring>
 
 #include "core/utf.h"
+#include "gps/fix_text.h"
 
 namespace orvel::tool {
 
@@ -44,6 +45,35 @@ void printReplayEvent(uint64_t ms, ReplayEvent event, std::u16string_view protoc
   if (event == ReplayEvent::kNoData) what = "no data";
   std::fprintf(stderr, "[%llu.%03llu s] %s %s\n", static_cast<unsigned long long>(ms / 1000),
                static_cast<unsigned long long>(ms % 1000), what, utf16ToUtf8(protocol).c_str());
+}
+
+PrintingSink::PrintingSink(bool flush, std::function<void(std::u16string_view text)> status)
+    : flush_(flush), status_(std::move(status)) {
+  // Each satellites message is printed and its latch cleared at once, so that every list
+  // posts; fix and status messages are only acknowledged.
+  state_.setGpsMessagePoster([this](int message) {
+    if (message == kMsgSatellitesChanged) printSatellites();
+    state_.clearLatch(message);
+  });
+}
+
+void PrintingSink::updateFix(const GpsFix& fix) {
+  std::printf("%s\n", formatFixLine(fix).c_str());
+  if (flush_) std::fflush(stdout);
+  fixes_.updateFix(fix);
+  ++fixCount_;
+}
+
+void PrintingSink::setStatusText(std::u16string_view text) {
+  if (status_) status_(text);
+  fixes_.setStatusText(text);
+}
+
+void PrintingSink::printSatellites() {
+  const std::string line = formatSatellitesLine(state_.gpsSnapshot().satellites);
+  if (line != lastSatellites_) std::printf("%s\n", line.c_str());
+  lastSatellites_ = line;
+  if (flush_) std::fflush(stdout);
 }
 
 }  // namespace orvel::tool

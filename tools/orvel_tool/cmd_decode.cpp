@@ -8,9 +8,6 @@
 #include "commands.h"
 #include "decode_live.h"
 #include "gps/capture_replay.h"
-#include "gps/fix_processing.h"
-#include "gps/fix_text.h"
-#include "gps/gps_state.h"
 
 namespace orvel::tool {
 
@@ -48,31 +45,13 @@ int runDecode(std::span<const char* const> args) {
   std::vector<uint8_t> capture;
   if (!readCapture("decode", source, capture)) return kExitFailed;
 
-  resetGpsState();
-  setFixObserver({});
-  std::string lastSatellites;
-  setGpsMessagePoster([&lastSatellites](int message) {
-    if (message == kMsgSatellitesChanged) {
-      const std::string line = formatSatellitesLine(gpsSnapshot().satellites);
-      if (line != lastSatellites) std::printf("%s\n", line.c_str());
-      lastSatellites = line;
-    }
-    clearLatch(message);
-  });
-  size_t fixes = 0;
-  FixSink sink{[&fixes](const GpsFix& fix) {
-                 std::printf("%s\n", formatFixLine(fix).c_str());
-                 updateFix(fix);
-                 ++fixes;
-               },
-               [] { fixLost(); }};
+  PrintingSink sink(false);
   if (verbose) options.onEvent = printReplayEvent;
   const ReplaySummary summary = replayCapture(capture, sink, options);
-  setGpsMessagePoster(nullptr);
   std::fflush(stdout);
 
   if (verbose) {
-    std::fprintf(stderr, "%zu fixes, %d attempts, %llu s simulated\n", fixes, summary.attempts,
+    std::fprintf(stderr, "%zu fixes, %d attempts, %llu s simulated\n", sink.fixCount(), summary.attempts,
                  static_cast<unsigned long long>(summary.simulatedMs / 1000));
   }
   if (summary.recognisedBy.empty()) {

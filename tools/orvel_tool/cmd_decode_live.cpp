@@ -11,12 +11,10 @@
 #include <vector>
 
 #include "core/utf.h"
+#include "capture_source.h"
 #include "commands.h"
 #include "decode_live.h"
-#include "gps/fix_processing.h"
-#include "gps/fix_text.h"
 #include "gps/garmin_protocol.h"
-#include "gps/gps_state.h"
 #include "gps/nmea_protocol.h"
 #include "gps/port_reader.h"
 #include "gps/serial_port.h"
@@ -58,24 +56,16 @@ int runDecodeLive(const char* device, const LiveDecodeOptions& options) {
     return kExitFailed;
   }
 
-  resetGpsState();
-  setFixObserver({});
-  std::string lastSatellites;
-  setGpsMessagePoster([&lastSatellites](int message) {
-    if (message == kMsgSatellitesChanged) {
-      const std::string line = formatSatellitesLine(gpsSnapshot().satellites);
-      if (line != lastSatellites) std::printf("%s\n", line.c_str());
-      lastSatellites = line;
-      std::fflush(stdout);
-    }
-    clearLatch(message);
-  });
-  const FixSink sink{[](const GpsFix& fix) {
-                       std::printf("%s\n", formatFixLine(fix).c_str());
-                       std::fflush(stdout);
-                       updateFix(fix);
-                     },
-                     [] { fixLost(); }};
+  const auto started = std::chrono::steady_clock::now();
+  std::function<void(std::u16string_view)> status;
+  if (options.verbose) {
+    status = [started](std::u16string_view text) {
+      const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - started);
+      std::fprintf(stderr, "[%lld.%03lld s] %s\n", static_cast<long long>(ms.count() / 1000),
+                   static_cast<long long>(ms.count() % 1000), utf16ToUtf8(text).c_str());
+    };
+  }
+  PrintingSink sink(true, status);
   NmeaProtocol nmea({}, sink);
   nmea.setHandOverEachSentence(options.eachSentence);
   GarminProtocol garmin({}, sink);
@@ -84,17 +74,8 @@ int runDecodeLive(const char* device, const LiveDecodeOptions& options) {
   if (options.protocol != ReplayProtocol::kNmea) protocols.push_back(&garmin);
 
   std::atomic<bool> recognised{false};
-  const auto started = std::chrono::steady_clock::now();
-  ReaderHooks hooks;
-  if (options.verbose) {
-    hooks.status = [started](std::u16string_view text) {
-      const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(std::chrono::steady_clock::now() - started);
-      std::fprintf(stderr, "[%lld.%03lld s] %s\n", static_cast<long long>(ms.count() / 1000),
-                   static_cast<long long>(ms.count() % 1000), utf16ToUtf8(text).c_str());
-    };
-  }
-  hooks.connected = [&recognised] { recognised = true; };
-  hooks.fixLost = [] { fixLost(); };
+  ScanIndicator indicator;
+  indicator.connected = [&recognised] { recognised = true; };
 
   // The reader wakes every 20 ms; a watcher turns an interrupt or the time limit into its
   // stop event (a signal handler may not touch the event itself).
@@ -117,14 +98,13 @@ int runDecodeLive(const char* device, const LiveDecodeOptions& options) {
     }
   });
 
-  readPort(device, port, utf8ToUtf16(device).value_or(u"?"), protocols, signals, hooks);
+  readPort(device, port, utf8ToUtf16(device).value_or(u"?"), protocols, signals, sink, indicator);
 
   done = true;
   watcher.join();
   ::sigaction(SIGINT, &oldInt, nullptr);
   ::sigaction(SIGTERM, &oldTerm, nullptr);
   port.close();
-  setGpsMessagePoster(nullptr);
   std::fflush(stdout);
   if (!recognised) {
     std::fprintf(stderr, "orvel-tool decode: %s: no receiver data recognised\n", device);

@@ -14,7 +14,6 @@
 #include "core/message.h"
 #include "gps/capture_replay.h"
 #include "gps/fix_processing.h"
-#include "gps/gps_state.h"
 #include "track/mps_writer.h"
 
 namespace orvel::tool {
@@ -76,7 +75,8 @@ int runRecord(std::span<const char* const> args) {
   Messages messages;  // to stderr
   TrackExport trackExport(scratch.path(), messages);
 
-  resetGpsState();
+  GpsState state;
+  FixProcessor fixes(state);
   size_t points = 0;
   FixObserver observer;
   observer.beginRecordedTrack = [&trackExport] { trackExport.beginRecordedTrack(); };
@@ -84,19 +84,15 @@ int runRecord(std::span<const char* const> args) {
     trackExport.appendRecordedPoint(fix);
     ++points;
   };
-  setFixObserver(std::move(observer));
+  fixes.setFixObserver(std::move(observer));
   std::tm start{};
   start.tm_year = 100;
   start.tm_mday = 1;
   trackExport.openTrackFileAt(start);
-  if (!trackExport.isTrackFileOpen()) {
-    setFixObserver({});
-    return kExitFailed;  // the reason was shown
-  }
+  if (!trackExport.isTrackFileOpen()) return kExitFailed;  // the reason was shown
   const std::filesystem::path written = trackExport.trackFilePath();
-  const ReplaySummary summary = replayCapture(capture, programFixSink(), options);
+  const ReplaySummary summary = replayCapture(capture, fixes, options);
   trackExport.closeTrackFile();
-  setFixObserver({});
 
   std::error_code error;
   std::filesystem::rename(written, out, error);

@@ -8,7 +8,7 @@
 #include <string>
 
 #include "core/settings.h"
-#include "gps/port_scanner.h"
+#include "gps/gps_input.h"
 
 namespace orvel {
 namespace {
@@ -27,16 +27,19 @@ std::string enableKey(int index) { return "Enable_COM" + std::to_string(index); 
 
 }  // namespace
 
-OptionsDialog::OptionsDialog(OptionsActions actions, QWidget* parent) : QDialog(parent), actions_(std::move(actions)) {
+OptionsDialog::OptionsDialog(GpsInput& input, Settings& settings, OptionsActions actions, QWidget* parent)
+    : QDialog(parent), input_(input), settings_(settings), actions_(std::move(actions)) {
   setObjectName("103");
   setWindowTitle(QStringLiteral("Настройки"));
   auto* layout = new QVBoxLayout(this);
-  keepVisible_ = addSwitch(layout, "1102", QStringLiteral("Держать позицию на экране"), readSettingBool("KeepVisible", true));
-  rotateMap_ = addSwitch(layout, "1103", QStringLiteral("Поворачивать карту по курсу"), readSettingBool("RotateMap", false));
-  recordTrack_ = addSwitch(layout, "1101", QStringLiteral("Записывать трек"), readSettingBool("RecordTrack", false));
-  showTrack_ = addSwitch(layout, "1104", QStringLiteral("Показывать трек"), readSettingBool("ShowTrack", true));
+  keepVisible_ = addSwitch(layout, "1102", QStringLiteral("Держать позицию на экране"),
+                           settings_.readSettingBool("KeepVisible", true));
+  rotateMap_ = addSwitch(layout, "1103", QStringLiteral("Поворачивать карту по курсу"),
+                         settings_.readSettingBool("RotateMap", false));
+  recordTrack_ = addSwitch(layout, "1101", QStringLiteral("Записывать трек"), settings_.readSettingBool("RecordTrack", false));
+  showTrack_ = addSwitch(layout, "1104", QStringLiteral("Показывать трек"), settings_.readSettingBool("ShowTrack", true));
   // Shows whether scanning runs now, which is what OK compares against.
-  scanPorts_ = addSwitch(layout, "1007", QStringLiteral("Искать GPS-приемник на COM-портах"), isScanning());
+  scanPorts_ = addSwitch(layout, "1007", QStringLiteral("Искать GPS-приемник на COM-портах"), input_.isScanning());
 
   ports_ = new QTreeWidget;
   ports_->setObjectName("1005");
@@ -54,56 +57,57 @@ OptionsDialog::OptionsDialog(OptionsActions actions, QWidget* parent) : QDialog(
 
 // One row per port in COM number order (the list comes sorted that way).
 void OptionsDialog::fillPorts() {
-  for (const SerialPortInfo& port : scanPortList()) {
+  for (const SerialPortInfo& port : input_.scanPortList()) {
     auto* row = new QTreeWidgetItem(ports_);
     row->setText(0, QStringLiteral("COM%1:").arg(port.number));
     row->setText(1, QString::fromStdString(port.name));
     row->setData(0, kPortIndexRole, port.number);
     row->setFlags(row->flags() | Qt::ItemIsUserCheckable);
-    row->setCheckState(0, readSettingInt(enableKey(port.number), 1) != 0 ? Qt::Checked : Qt::Unchecked);
+    row->setCheckState(0, settings_.readSettingInt(enableKey(port.number), 1) != 0 ? Qt::Checked : Qt::Unchecked);
   }
 }
 
 void OptionsDialog::accept() {
-  const bool rotateWas = readSettingBool("RotateMap", false);
-  const bool showWas = readSettingBool("ShowTrack", true);
+  const bool rotateWas = settings_.readSettingBool("RotateMap", false);
+  const bool showWas = settings_.readSettingBool("ShowTrack", true);
 
-  writeSettingBool("KeepVisible", keepVisible_->isChecked());
+  settings_.writeSettingBool("KeepVisible", keepVisible_->isChecked());
 
   const bool rotate = rotateMap_->isChecked();
-  writeSettingBool("RotateMap", rotate);
+  settings_.writeSettingBool("RotateMap", rotate);
   if (!rotate && actions_.resetRotation) actions_.resetRotation();
 
   const bool record = recordTrack_->isChecked();
-  writeSettingBool("RecordTrack", record);
+  settings_.writeSettingBool("RecordTrack", record);
   if (actions_.setTrackRecording) actions_.setTrackRecording(record);
 
   const bool show = showTrack_->isChecked();
-  writeSettingBool("ShowTrack", show);
+  settings_.writeSettingBool("ShowTrack", show);
 
   if ((rotate != rotateWas || show != showWas) && actions_.redrawMap) actions_.redrawMap();
 
   // Scanning first, with the port settings as they were; the ports written below take
   // effect at the next scan.
   const bool scan = scanPorts_->isChecked();
-  if (scan != isScanning()) {
-    writeSettingBool("ScanCOMPorts", scan);
+  if (scan != input_.isScanning()) {
+    settings_.writeSettingBool("ScanCOMPorts", scan);
     if (scan) {
-      beginScan();
+      input_.beginScan();
     } else {
-      stopScanning();
+      input_.stopScanning();
     }
   }
 
   for (int i = 0; i < ports_->topLevelItemCount(); ++i) {
     const QTreeWidgetItem* row = ports_->topLevelItem(i);
-    writeSettingInt(enableKey(row->data(0, kPortIndexRole).toInt()), row->checkState(0) == Qt::Checked ? 1 : 0);
+    settings_.writeSettingInt(enableKey(row->data(0, kPortIndexRole).toInt()),
+                              row->checkState(0) == Qt::Checked ? 1 : 0);
   }
   QDialog::accept();
 }
 
-bool runOptionsDialog(QWidget* parent, OptionsActions actions) {
-  OptionsDialog dialog(std::move(actions), parent);
+bool runOptionsDialog(QWidget* parent, GpsInput& input, Settings& settings, OptionsActions actions) {
+  OptionsDialog dialog(input, settings, std::move(actions), parent);
   return dialog.exec() == QDialog::Accepted;
 }
 

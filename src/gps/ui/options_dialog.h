@@ -12,6 +12,9 @@ class QTreeWidget;
 
 namespace orvel {
 
+class GpsInput;
+class Settings;
+
 // What the rest of the program does when a switch changes. Any member left empty is skipped.
 struct OptionsActions {
   std::function<void()> resetRotation;               // "RotateMap" is now off: north up
@@ -21,7 +24,9 @@ struct OptionsActions {
 
 class OptionsDialog final : public QDialog {
  public:
-  explicit OptionsDialog(OptionsActions actions, QWidget* parent = nullptr);
+  // The dialog shows and switches the scanning of `input` and writes `settings`; both must
+  // outlive it.
+  OptionsDialog(GpsInput& input, Settings& settings, OptionsActions actions, QWidget* parent = nullptr);
 
   // Writes and applies everything, then closes.
   void accept() override;
@@ -36,6 +41,8 @@ class OptionsDialog final : public QDialog {
  private:
   void fillPorts();
 
+  GpsInput& input_;
+  Settings& settings_;
   OptionsActions actions_;
   QCheckBox* keepVisible_;
   QCheckBox* rotateMap_;
@@ -46,6 +53,6 @@ class OptionsDialog final : public QDialog {
 };
 
 // Runs the dialog modally over `parent`; true when it was closed with OK.
-bool runOptionsDialog(QWidget* parent, OptionsActions actions);
+bool runOptionsDialog(QWidget* parent, GpsInput& input, Settings& settings, OptionsActions actions);
 
 }  // namespace orvel

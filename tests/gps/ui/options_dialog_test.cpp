@@ -11,8 +11,9 @@
 
 #include "core/settings.h"
 #include "common/test_data.h"
+#include "gps/fix_processing.h"
+#include "gps/gps_input.h"
 #include "gps/gps_state.h"
-#include "gps/port_scanner.h"
 #include "gps/ui/options_dialog.h"
 
 namespace orvel {
@@ -32,19 +33,11 @@ class OptionsDialogTest : public ::testing::Test {
   void SetUp() override {
     app();
     const auto dir = test::scratchDir("options-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
-    openSettingsAt(dir / "GisOrvel.conf");
-    stopScanning();
-    clearScanSources();
-    setScanRoots({}, false);
+    settings.openSettingsAt(dir / "GisOrvel.conf");
+    input.setScanRoots({}, false);
     // Paths that cannot be opened: a scan starts threads that end at once.
-    addScanDevice("/nonexistent/ttyUSB0");
-    addScanDevice("/nonexistent/rfcomm0");
-  }
-  void TearDown() override {
-    stopScanning();
-    clearScanSources();
-    setScanRoots({});
-    closeSettings();
+    input.addScanDevice("/nonexistent/ttyUSB0");
+    input.addScanDevice("/nonexistent/rfcomm0");
   }
 
   OptionsActions recordingActions() {
@@ -53,13 +46,17 @@ class OptionsDialogTest : public ::testing::Test {
                           [this] { calls.push_back("redraw"); }};
   }
   std::vector<std::string> calls;
+  Settings settings;
+  GpsState state;
+  FixProcessor fixes{state};
+  GpsInput input{fixes, settings};
 };
 
 TEST_F(OptionsDialogTest, OpensWithTheSettingsAndThePorts) {
-  writeSettingBool("RotateMap", true);
-  writeSettingBool("ShowTrack", false);
-  writeSettingInt("Enable_COM2", 0);
-  OptionsDialog dialog(recordingActions());
+  settings.writeSettingBool("RotateMap", true);
+  settings.writeSettingBool("ShowTrack", false);
+  settings.writeSettingInt("Enable_COM2", 0);
+  OptionsDialog dialog(input, settings, recordingActions());
   EXPECT_TRUE(dialog.keepVisible()->isChecked());
   EXPECT_TRUE(dialog.rotateMap()->isChecked());
   EXPECT_FALSE(dialog.recordTrack()->isChecked());
@@ -77,8 +74,8 @@ TEST_F(OptionsDialogTest, OpensWithTheSettingsAndThePorts) {
 }
 
 TEST_F(OptionsDialogTest, OkWritesAndAppliesInOrder) {
-  writeSettingBool("RotateMap", true);
-  OptionsDialog dialog(recordingActions());
+  settings.writeSettingBool("RotateMap", true);
+  OptionsDialog dialog(input, settings, recordingActions());
   dialog.rotateMap()->setChecked(false);
   dialog.recordTrack()->setChecked(true);
   dialog.keepVisible()->setChecked(false);
@@ -87,48 +84,48 @@ TEST_F(OptionsDialogTest, OkWritesAndAppliesInOrder) {
   dialog.accept();
 
   EXPECT_EQ(calls, (std::vector<std::string>{"resetRotation", "record on", "redraw"}));
-  EXPECT_FALSE(readSettingBool("KeepVisible", true));
-  EXPECT_FALSE(readSettingBool("RotateMap", true));
-  EXPECT_TRUE(readSettingBool("RecordTrack", false));
-  EXPECT_TRUE(readSettingBool("ShowTrack", false));
-  EXPECT_TRUE(readSettingBool("ScanCOMPorts", false));
-  EXPECT_TRUE(isScanning());
-  EXPECT_EQ(readSettingInt("Enable_COM1", -1), 1);
-  EXPECT_EQ(readSettingInt("Enable_COM2", -1), 0);
+  EXPECT_FALSE(settings.readSettingBool("KeepVisible", true));
+  EXPECT_FALSE(settings.readSettingBool("RotateMap", true));
+  EXPECT_TRUE(settings.readSettingBool("RecordTrack", false));
+  EXPECT_TRUE(settings.readSettingBool("ShowTrack", false));
+  EXPECT_TRUE(settings.readSettingBool("ScanCOMPorts", false));
+  EXPECT_TRUE(input.isScanning());
+  EXPECT_EQ(settings.readSettingInt("Enable_COM1", -1), 1);
+  EXPECT_EQ(settings.readSettingInt("Enable_COM2", -1), 0);
   EXPECT_EQ(dialog.result(), QDialog::Accepted);
 }
 
 TEST_F(OptionsDialogTest, PortsTickedWithScanningOnWaitForTheNextScan) {
-  writeSettingInt("Enable_COM1", 0);
-  writeSettingInt("Enable_COM2", 0);
-  OptionsDialog dialog({});
+  settings.writeSettingInt("Enable_COM1", 0);
+  settings.writeSettingInt("Enable_COM2", 0);
+  OptionsDialog dialog(input, settings, {});
   dialog.scanPorts()->setChecked(true);
   dialog.portList()->topLevelItem(0)->setCheckState(0, Qt::Checked);
   dialog.accept();
   // The scan began with both ports off: no thread, and the status did not say that no port
   // could be opened.
-  EXPECT_TRUE(isScanning());
-  EXPECT_EQ(activeScanThreads(), 0);
-  EXPECT_EQ(gpsSnapshot().statusText, u"Нет соединения с GPS-приемником");
-  EXPECT_EQ(readSettingInt("Enable_COM1", -1), 1);
+  EXPECT_TRUE(input.isScanning());
+  EXPECT_EQ(input.activeScanThreads(), 0);
+  EXPECT_EQ(state.gpsSnapshot().statusText, u"Нет соединения с GPS-приемником");
+  EXPECT_EQ(settings.readSettingInt("Enable_COM1", -1), 1);
 }
 
 TEST_F(OptionsDialogTest, TurningScanningOffStopsItAndCancelWritesNothing) {
-  beginScan();
+  input.beginScan();
   {
-    OptionsDialog dialog({});
+    OptionsDialog dialog(input, settings, {});
     EXPECT_TRUE(dialog.scanPorts()->isChecked());
     dialog.scanPorts()->setChecked(false);
     dialog.accept();
   }
-  EXPECT_FALSE(isScanning());
-  EXPECT_TRUE(isGpsInputShutDown());
-  EXPECT_FALSE(readSettingBool("ScanCOMPorts", true));
+  EXPECT_FALSE(input.isScanning());
+  EXPECT_TRUE(input.isGpsInputShutDown());
+  EXPECT_FALSE(settings.readSettingBool("ScanCOMPorts", true));
 
-  OptionsDialog dialog(recordingActions());
+  OptionsDialog dialog(input, settings, recordingActions());
   dialog.keepVisible()->setChecked(false);
   dialog.reject();
-  EXPECT_TRUE(readSettingBool("KeepVisible", true));
+  EXPECT_TRUE(settings.readSettingBool("KeepVisible", true));
   EXPECT_TRUE(calls.empty());
 }
 

@@ -24,7 +24,6 @@ class WaypointDialogTest : public ::testing::Test {
     }
   }
   void SetUp() override {
-    setCoordinateNotation(static_cast<uint32_t>(CoordNotation::DegreesMinutes));
     waypoint.lat = degreesToSemicircles(55.755833f);
     waypoint.lon = degreesToSemicircles(37.617778f);
     waypoint.altitude = 152.37f;
