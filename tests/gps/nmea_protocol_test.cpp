@@ -1,6 +1,6 @@
 // The NMEA protocol object fed as a scanning thread feeds it, on a fake clock: buffering
-// across reads, burst merging, hand-over on quiet gaps and every three seconds, overlong
-// text, and what it tells the scanner.
+// across reads, burst merging, hand-over on quiet gaps and every three seconds, the tick's
+// wrap, overlong text, and satellite lists.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -13,7 +13,6 @@
 namespace orvel {
 namespace {
 
-using test::bytesOf;
 using test::nmeaLine;
 constexpr auto kNothing = ProcessResult::kNothing;
 constexpr auto kRecognised = ProcessResult::kRecognised;
@@ -22,6 +21,9 @@ constexpr auto kFailed = ProcessResult::kFailed;
 const std::string kGga = "$GPGGA,030719.000,3747.0873,S,17518.8938,E,1,08,1.1,59.9,M,23.7,M,,0000*7D\r\n";
 const std::string kGsa = "$GPGSA,A,3,17,28,06,01,30,20,26,13,,,,,1.8,1.1,1.5*33\r\n";
 const std::string kRmc = "$GPRMC,030719.000,A,3747.0873,S,17518.8938,E,0.69,181.39,311214,,,A*7D\r\n";
+const std::string kGsv1 = "$GPGSV,3,1,11,01,78,221,47,03,09,042,00,04,05,242,00,06,04,149,00*70\r\n";
+const std::string kGsv2 = "$GPGSV,3,2,11,13,37,235,48,20,41,333,46,22,65,081,46,24,02,205,00*7B\r\n";
+const std::string kGsv3 = "$GPGSV,3,3,11,25,20,108,00,27,08,281,00,28,17,339,39,,,,*4C\r\n";
 
 class NmeaProtocolTest : public ::testing::Test {
  protected:
@@ -29,49 +31,27 @@ class NmeaProtocolTest : public ::testing::Test {
     nmea.setPort(&port);
     nmea.open();
   }
-
-  ProcessResult feed(std::string_view text) { return nmea.process(bytesOf(text)); }
   ProcessResult feedAt(uint32_t t, std::string_view text) {
     now = t;
-    return feed(text);
+    return nmea.process(test::bytesOf(text));
   }
   ProcessResult silentAt(uint32_t t) {
     now = t;
     return nmea.process({});
   }
-  // Bytes in reads of `chunk`, `step` ms apart, starting at `t`; the last result.
-  ProcessResult trickle(uint32_t& t, std::string_view text, size_t chunk, uint32_t step = 20) {
+  // Bytes in reads of `chunk`, 20 ms apart, starting after `t`; the last result.
+  ProcessResult trickle(uint32_t& t, std::string_view text, size_t chunk) {
     ProcessResult last = kNothing;
-    for (size_t i = 0; i < text.size(); i += chunk) {
-      t += step;
-      last = feedAt(t, text.substr(i, chunk));
-      if (last == kFailed) break;
-    }
+    for (size_t i = 0; i < text.size() && last != kFailed; i += chunk) last = feedAt(t += 20, text.substr(i, chunk));
     return last;
   }
-  std::vector<SatelliteInfo> satellites() { return state.gpsSnapshot().satellites; }
+  std::vector<SatelliteInfo> satellites() { return collected.state.gpsSnapshot().satellites; }
 
   uint32_t now = 1000;
   test::FakePort port;
   test::FixCollector collected;
-  GpsState& state = collected.state;
   NmeaProtocol nmea{[this] { return now; }, collected};
 };
-
-TEST_F(NmeaProtocolTest, OpenSetsUpThePortForNmea) {
-  EXPECT_EQ(port.baud, 4800u);
-  EXPECT_EQ(port.dataBits, 8);
-  EXPECT_FALSE(port.parity);
-  EXPECT_EQ(port.stopBits, 1);
-  EXPECT_EQ(port.timeouts.readInterval, 100u);
-  EXPECT_EQ(port.timeouts.readTotalMultiplier, 10u);
-  EXPECT_EQ(port.timeouts.readTotalConstant, 10u);
-  EXPECT_EQ(port.timeouts.writeTotalMultiplier, 10u);
-  EXPECT_EQ(port.timeouts.writeTotalConstant, 10u);
-  EXPECT_EQ(port.purges, 1);
-  EXPECT_TRUE(port.writes.empty());
-  EXPECT_EQ(nmea.getName(), u"NMEA-0183");
-}
 
 TEST_F(NmeaProtocolTest, ABurstMergesAndIsHandedOnAfterAQuietGap) {
   EXPECT_EQ(feedAt(1010, kGga + kGsa + "$"), kRecognised);
@@ -80,21 +60,17 @@ TEST_F(NmeaProtocolTest, ABurstMergesAndIsHandedOnAfterAQuietGap) {
   EXPECT_EQ(silentAt(1111), kRecognised);
   ASSERT_EQ(collected.fixes.size(), 1u);
   EXPECT_EQ(collected.fixes[0].flags, 0x782Au);  // GGA and GSA together
-  // Nothing pending any more: quiet.
-  EXPECT_EQ(silentAt(1500), kNothing);
-  EXPECT_EQ(collected.fixes.size(), 1u);
+  EXPECT_EQ(silentAt(1500), kNothing);           // nothing pending any more
   EXPECT_EQ(nmea.assembling().flags, 0u);
-}
-
-TEST_F(NmeaProtocolTest, TheLastSentenceOfABurstWaitsForTheNextDollar) {
-  EXPECT_EQ(feedAt(1010, kGga + kRmc), kRecognised);
-  EXPECT_EQ(silentAt(1200), kRecognised);
-  ASSERT_EQ(collected.fixes.size(), 1u);
-  EXPECT_FALSE(collected.fixes[0].has(kFixTime));  // the RMC is still in the buffer
-  feedAt(2000, kGsa);
+  // The last sentence of a burst waits for the next "$".
+  feedAt(2000, kGga + kRmc);
   EXPECT_EQ(silentAt(2200), kRecognised);
   ASSERT_EQ(collected.fixes.size(), 2u);
-  EXPECT_EQ(collected.fixes[1].flags, 0x0383u);  // the RMC; the GSA waits in turn
+  EXPECT_FALSE(collected.fixes[1].has(kFixTime));
+  feedAt(3000, kGsa);
+  silentAt(3200);
+  ASSERT_EQ(collected.fixes.size(), 3u);
+  EXPECT_EQ(collected.fixes[2].flags, 0x0383u);  // the RMC; the GSA waits in turn
 }
 
 TEST_F(NmeaProtocolTest, ASentenceSplitAcrossReadsIsJoined) {
@@ -102,17 +78,11 @@ TEST_F(NmeaProtocolTest, ASentenceSplitAcrossReadsIsJoined) {
   EXPECT_EQ(trickle(t, kRmc, 7), kNothing);
   EXPECT_EQ(feedAt(t + 20, "$"), kRecognised);
   EXPECT_EQ(nmea.assembling().flags, 0x0383u);
-  EXPECT_NEAR(nmea.assembling().longitude, 175.3148967, 2e-5);
 }
 
 TEST_F(NmeaProtocolTest, AContinuousStreamHandsOnEveryThreeSeconds) {
-  // A sentence every 500 ms never leaves a quiet gap.
-  uint32_t t = 1000;
-  for (int i = 0; i < 6; ++i) {
-    feedAt(t += 500, kGsa);
-    EXPECT_TRUE(collected.fixes.empty()) << "at " << t;
-  }
-  EXPECT_EQ(t, 4000u);  // exactly 3000 ms after open: not yet
+  for (uint32_t t = 1500; t <= 4000; t += 500) feedAt(t, kGsa);  // never a quiet gap
+  EXPECT_TRUE(collected.fixes.empty());  // exactly 3000 ms after open: not yet
   feedAt(4001, kGsa);
   EXPECT_EQ(collected.fixes.size(), 1u);
   feedAt(7001, kGsa);
@@ -130,7 +100,6 @@ TEST_F(NmeaProtocolTest, FiveSecondsOfSilenceEndTheProtocol) {
 }
 
 TEST_F(NmeaProtocolTest, SilenceCountsAcrossTheTickWrap) {
-  nmea.setPort(nullptr);
   now = 0xFFFFF000u;
   nmea.open();
   EXPECT_EQ(feedAt(0xFFFFFF00u, kGsa + "$"), kRecognised);
@@ -141,62 +110,53 @@ TEST_F(NmeaProtocolTest, SilenceCountsAcrossTheTickWrap) {
   EXPECT_EQ(silentAt(4745u), kFailed);
 }
 
-TEST_F(NmeaProtocolTest, BytesWithoutDollarOrLinesFailAt128) {
-  const std::string junk(127, 'A');
-  EXPECT_EQ(feed(junk), kNothing);
-  EXPECT_EQ(feed("A"), kFailed);
+TEST_F(NmeaProtocolTest, WhatIsNoNmeaFails) {
+  struct Case {
+    const char* name;
+    std::string text;
+    size_t chunk;
+  };
+  std::string binaryLines(200, '\x01');
+  binaryLines[50] = '\n';
+  std::string binarySentence = "$GPRMC,";
+  for (int i = 0; i < 200; ++i) binarySentence += static_cast<char>(i % 32);
+  std::string prose;
+  while (prose.size() < 5000) prose += "Lorem ipsum dolor sit amet, consectetur adipiscing elit\r\n";
+  const Case cases[] = {
+      {"128 bytes without a dollar or a line", std::string(128, 'A'), 1024},
+      {"binary overflowing the buffer", binaryLines, 10},
+      {"an overlong sentence with binary inside", kGsa + binarySentence, 10},
+      {"endless text without sentences", prose, 10},
+      {"a short piece between two dollars", kGsa + "$GP$" + kRmc, 1024},
+  };
+  for (const Case& c : cases) {
+    nmea.open();
+    uint32_t t = 1000;
+    EXPECT_EQ(trickle(t, c.text, c.chunk), kFailed) << c.name;
+  }
+  nmea.open();
+  EXPECT_EQ(feedAt(1000, std::string(127, 'A')), kNothing);
 }
 
-TEST_F(NmeaProtocolTest, BinaryBytesOverflowingTheBufferFail) {
-  std::string junk(200, '\x01');
-  junk[50] = '\n';
-  uint32_t t = 1000;
-  EXPECT_EQ(trickle(t, junk, 10), kFailed);
-}
-
-TEST_F(NmeaProtocolTest, CommentLinesBeforeTheFirstSentenceAreSkipped) {
+TEST_F(NmeaProtocolTest, CommentsAndOverlongPrintableSentencesAreSkipped) {
   std::string header;
   for (int i = 0; i < 12; ++i) header += "# Chipset = SiRF-IV, Location = Hamilton, Waikato, 37.8S 175.3E\r\n";
   header += "# " + std::string(150, 'x') + "\r\n";  // one line longer than the buffer
   uint32_t t = 1000;
   EXPECT_EQ(trickle(t, header + kGga + kRmc + "$", 10), kRecognised);
   EXPECT_EQ(nmea.assembling().flags, 0x0383u | 0x382Au);
-}
-
-TEST_F(NmeaProtocolTest, AnOverlongPrintableSentenceIsDroppedAndTheStreamResyncs) {
   const std::string longOne = nmeaLine("PMTKCHN," + std::string(190, '0'));
-  ASSERT_GT(longOne.size(), 200u);
   for (size_t chunk : {size_t{10}, size_t{1024}}) {
-    SCOPED_TRACE(chunk);
     nmea.open();
-    uint32_t t = 1000;
-    EXPECT_NE(trickle(t, kGsa + longOne + kRmc + longOne + kGga + "$", chunk), kFailed);
-    EXPECT_EQ(nmea.assembling().flags, 0x0383u | 0x782Au);
+    EXPECT_NE(trickle(t, kGsa + longOne + kRmc + longOne + kGga + "$", chunk), kFailed) << chunk;
+    EXPECT_EQ(nmea.assembling().flags, 0x0383u | 0x782Au) << chunk;
   }
 }
 
-TEST_F(NmeaProtocolTest, AnOverlongSentenceWithBinaryInsideFails) {
-  std::string binary = "$GPRMC,";
-  for (int i = 0; i < 200; ++i) binary += static_cast<char>(i % 32);
-  uint32_t t = 1000;
-  EXPECT_EQ(trickle(t, kGsa + binary, 10), kFailed);
-}
-
-TEST_F(NmeaProtocolTest, EndlessTextWithoutSentencesFails) {
-  std::string lines;
-  while (lines.size() < 5000) lines += "Lorem ipsum dolor sit amet, consectetur adipiscing elit\r\n";
-  uint32_t t = 1000;
-  EXPECT_EQ(trickle(t, lines, 10), kFailed);
-}
-
-TEST_F(NmeaProtocolTest, AShortPieceBetweenTwoDollarsFails) {
-  EXPECT_EQ(feed(kGsa + "$GP$" + kRmc), kFailed);
-}
-
 TEST_F(NmeaProtocolTest, ReopeningForgetsAHalfSentence) {
-  feed(kRmc.substr(0, 40));
+  feedAt(1000, kRmc.substr(0, 40));
   nmea.open();
-  feed(kRmc.substr(40) + kGsa + "$");
+  feedAt(1000, kRmc.substr(40) + kGsa + "$");
   EXPECT_EQ(nmea.assembling().flags, 0x7000u);  // only the GSA
 }
 
@@ -211,65 +171,42 @@ TEST_F(NmeaProtocolTest, EachSentenceModeHandsOnEverySentence) {
   EXPECT_EQ(collected.fixes.size(), 3u);
 }
 
-const std::string kGsv1 = "$GPGSV,3,1,11,01,78,221,47,03,09,042,00,04,05,242,00,06,04,149,00*70\r\n";
-const std::string kGsv2 = "$GPGSV,3,2,11,13,37,235,48,20,41,333,46,22,65,081,46,24,02,205,00*7B\r\n";
-const std::string kGsv3 = "$GPGSV,3,3,11,25,20,108,00,27,08,281,00,28,17,339,39,,,,*4C\r\n";
-
-TEST_F(NmeaProtocolTest, GsvFillsTheSatelliteListAndPostsAtTheLastMessage) {
+TEST_F(NmeaProtocolTest, GsvListsPostAtTheirLastMessage) {
+  GpsState& state = collected.state;
   feedAt(1010, kGsv1 + kGsv2 + "$");
   EXPECT_EQ(state.getSatelliteCount(), 11u);
   EXPECT_FALSE(state.isLatchSet(kMsgSatellitesChanged));
   SatelliteInfo s;
   EXPECT_EQ(state.getSatellite(7, s), (SatelliteInfo{24, 2, 205, 0}));
   EXPECT_EQ(state.getSatellite(8, s), SatelliteInfo{});  // not received yet
-  feed(kGsv3 + "$");
+  feedAt(1020, kGsv3 + "$");
   EXPECT_TRUE(state.isLatchSet(kMsgSatellitesChanged));
-  const auto list = satellites();
-  ASSERT_EQ(list.size(), 11u);
-  EXPECT_EQ(list[0], (SatelliteInfo{1, 78, 221, 47}));
-  EXPECT_EQ(list[10], (SatelliteInfo{28, 17, 339, 39}));
-}
-
-TEST_F(NmeaProtocolTest, AGsvListWhoseFirstMessageIsLostLeavesThePreviousList) {
-  feedAt(1010, kGsv1 + kGsv2 + kGsv3 + "$");
+  EXPECT_EQ(satellites()[10], (SatelliteInfo{28, 17, 339, 39}));
+  // A list whose first message is lost leaves the previous one.
   silentAt(1200);
   state.clearLatch(kMsgSatellitesChanged);
   const auto before = satellites();
-  feedAt(2010, nmeaLine("GPGSV,3,2,11,13,37,235,48,20,41,333,46,22,65,081,46,24,02,205,00") + kGsv3 + "$");
+  feedAt(2010, kGsv2 + kGsv3 + "$");
   EXPECT_EQ(satellites(), before);
   EXPECT_TRUE(state.isLatchSet(kMsgSatellitesChanged));
 }
 
-TEST_F(NmeaProtocolTest, GsvListsOfSeveralConstellationsInOneBurstAddUp) {
-  const std::string gl = "$GLGSV,3,1,10,65,53,144,,66,58,305,32,67,06,313,,72,09,137,,1*7A\r\n"
-                         "$GLGSV,3,2,10,73,06,174,,74,05,132,,81,64,223,35,82,13,214,33,1*7F\r\n"
-                         "$GLGSV,3,3,10,87,14,030,17,88,62,024,,1*74\r\n";
-  feedAt(1010, kGsv1 + kGsv2 + kGsv3 + gl + "$");
-  auto list = satellites();
-  ASSERT_EQ(list.size(), 21u);
-  EXPECT_EQ(list[10].prn, 28u);
+TEST_F(NmeaProtocolTest, GsvListsOfOneBurstAddUpWithEachSatelliteOnce) {
+  // GPS then GLONASS, the second signal of each GPS satellite again (NMEA 4.10 appends a
+  // signal field, which is no satellite).
+  const std::string gl = nmeaLine("GLGSV,2,1,05,65,53,144,,66,58,305,32,67,06,313,,72,09,137,,1") +
+                         nmeaLine("GLGSV,2,2,05,87,14,030,17,1");
+  const std::string l5 = nmeaLine("GPGSV,1,1,02,01,78,221,,28,17,339,41,6");
+  feedAt(1010, kGsv1 + kGsv2 + kGsv3 + gl + l5 + "$");
+  const auto list = satellites();
+  ASSERT_EQ(list.size(), 16u);
+  EXPECT_EQ(list[0], (SatelliteInfo{1, 78, 221, 47}));
+  EXPECT_EQ(list[10], (SatelliteInfo{28, 17, 339, 41}));  // the better signal
   EXPECT_EQ(list[11], (SatelliteInfo{65, 53, 144, 0}));
-  // The signal field that NMEA 4.10 appends is no satellite.
-  EXPECT_EQ(list[19], (SatelliteInfo{87, 14, 30, 17}));
-  EXPECT_EQ(list[20], (SatelliteInfo{88, 62, 24, 0}));
-  // The next burst starts afresh.
-  silentAt(1200);
+  EXPECT_EQ(list[15], (SatelliteInfo{87, 14, 30, 17}));
+  silentAt(1200);  // the next burst starts afresh
   feedAt(2010, kGsv1 + kGsv2 + kGsv3 + "$");
   EXPECT_EQ(satellites().size(), 11u);
-}
-
-TEST_F(NmeaProtocolTest, ListsOfSeveralSignalsKeepEachSatelliteOnceWithItsBestSignal) {
-  const std::string l1 = "$GPGSV,3,1,12,05,06,110,19,10,24,284,34,13,37,124,29,15,63,083,11,1*60\r\n"
-                         "$GPGSV,3,2,12,16,11,248,10,20,52,273,34,21,79,231,30,24,07,045,,1*64\r\n"
-                         "$GPGSV,3,3,12,26,04,276,,27,15,218,31,29,24,004,13,30,00,159,,1*69\r\n";
-  const std::string l2 = "$GPGSV,3,1,12,05,06,110,,10,24,284,,13,37,124,,15,63,083,,6*63\r\n"
-                         "$GPGSV,3,2,12,16,11,248,,20,52,273,,21,79,231,,24,07,045,,6*66\r\n"
-                         "$GPGSV,3,3,12,26,04,276,,27,15,218,29,29,24,004,,30,00,159,,6*65\r\n";
-  feedAt(1010, l1 + l2 + "$");
-  const auto list = satellites();
-  ASSERT_EQ(list.size(), 12u);
-  EXPECT_EQ(list[0], (SatelliteInfo{5, 6, 110, 19}));
-  EXPECT_EQ(list[9], (SatelliteInfo{27, 15, 218, 31}));
 }
 
 }  // namespace

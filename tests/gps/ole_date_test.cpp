@@ -31,16 +31,11 @@ const DateCase kDates[] = {
     {{2019, 12, 15, 20, 46, 57, 500}, 43814.0 + 74817.5 / 86400.0},
 };
 
-TEST(OleDate, CalendarToDate) {
+TEST(OleDate, CalendarToDateAndBack) {
   for (const DateCase& c : kDates) {
     double date = -99.0;
     ASSERT_TRUE(calendarToAutomationDate(c.time, date)) << c.date;
     EXPECT_NEAR(date, c.date, 1e-9) << c.date;
-  }
-}
-
-TEST(OleDate, DateToCalendar) {
-  for (const DateCase& c : kDates) {
     CalendarTime t;
     ASSERT_TRUE(automationDateToCalendar(c.date, t)) << c.date;
     EXPECT_EQ(t, c.time) << c.date;
@@ -82,7 +77,7 @@ TEST(OleDate, RoundTripsEveryMillisecondDate) {
   std::mt19937 random(7);
   std::uniform_int_distribution<int> year(100, 9999), month(1, 12), day(1, 28), hour(0, 23), minute(0, 59),
       ms(0, 999);
-  for (int i = 0; i < 20000; ++i) {
+  for (int i = 0; i < 5000; ++i) {
     const CalendarTime t{year(random), month(random), day(random), hour(random), minute(random), minute(random),
                          ms(random)};
     double date = 0;
