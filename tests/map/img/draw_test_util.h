@@ -47,9 +47,7 @@ inline std::unique_ptr<LoadedMap> loadBytes(std::vector<unsigned char> bytes) {
 }
 
 inline std::unique_ptr<LoadedMap> loadMap(const std::string& name) {
-  const auto path = dataFile("maps/" + name);
-  if (path.empty()) return nullptr;
-  return loadBytes(readFile(path));
+  return loadBytes(readFile(dataFile("maps/" + name)));
 }
 
 // The view opening the map sets up, at the given size.

@@ -247,34 +247,5 @@ TEST_F(DrawRules, LineLabelsFollowTheSegmentAtTheMiddleOfTheLine) {
   EXPECT_NEAR(along.y(), -100 * std::sin(44 * M_PI / 180), 0.01);
 }
 
-TEST_F(DrawRules, TurnedLabelsOnAPictureLieAlongTheirLine) {
-  // On a raster picture a turned label is drawn upright elsewhere and turned into place:
-  // its ink must lie around the segment's midpoint and run along the segment.
-  QImage picture(240, 320, QImage::Format_RGB32);
-  picture.fill(Qt::white);
-  map_.texts[6] = u"Boulevard de Belgique";
-  paint(picture, {{ObjectKind::Line, 0x16, {{20, 260}, {220, 60}}, 6}});  // trail: dashed black
-  // Black text pixels away from the line itself (the trail is also black, so look for ink
-  // off the diagonal).
-  double sumX = 0, sumY = 0, sumXY = 0, n = 0;
-  for (int y = 0; y < 320; ++y) {
-    for (int x = 0; x < 240; ++x) {
-      const QRgb p = picture.pixel(x, y);
-      if (qRed(p) > 128 || std::abs((x - 20) + (y - 260)) <= 1) continue;
-      sumX += x - 120;
-      sumY += y - 160;
-      sumXY += (x - 120.0) * (y - 160.0);
-      ++n;
-    }
-  }
-  ASSERT_GT(n, 50);
-  // The text stands on the line: its ink lies just above the midpoint (120, 160).
-  const double cx = sumX / n;
-  const double cy = sumY / n;
-  EXPECT_LT(std::hypot(cx, cy), 12);
-  EXPECT_LT(cx + cy, 0);
-  EXPECT_LT(sumXY / n, -100);  // running up to the right, like the line
-}
-
 }  // namespace
 }  // namespace orvel

@@ -1,6 +1,5 @@
-// Damaged real maps: cut short at many lengths, and with header bytes changed. Loading must
-// never read outside the bytes (the sanitizer build checks every access) and a map that
-// loads keeps all its ranges inside.
+// Damaged real maps: cut short at many lengths, and with header bytes changed. A map that
+// still loads keeps all its ranges inside its bytes.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -40,9 +39,7 @@ void loadChecked(const uint8_t* data, size_t size, const std::string& what) {
 class DamagedImgMap : public ::testing::TestWithParam<const char*> {
  protected:
   void SetUp() override {
-    const auto path = test::dataFile(std::string("maps/") + GetParam());
-    if (path.empty()) GTEST_SKIP();
-    bytes_ = test::readFile(path);
+    bytes_ = test::readFile(test::dataFile(std::string("maps/") + GetParam()));
     ASSERT_FALSE(bytes_.empty());
   }
   std::vector<uint8_t> bytes_;
@@ -50,11 +47,11 @@ class DamagedImgMap : public ::testing::TestWithParam<const char*> {
 
 TEST_P(DamagedImgMap, CutShort) {
   const size_t size = bytes_.size();
-  for (size_t length = 0; length < std::min<size_t>(4096, size); ++length) {
+  for (size_t length = 0x600; length < std::min<size_t>(0x1000, size); length += 7) {
     loadChecked(bytes_.data(), length, "length " + std::to_string(length));
   }
-  for (size_t i = 0; i < 300; ++i) {
-    const size_t length = size * i / 300 + (i * 7919) % 512;
+  for (size_t i = 0; i < 100; ++i) {
+    const size_t length = size * i / 100 + (i * 7919) % 512;
     if (length < size) loadChecked(bytes_.data(), length, "length " + std::to_string(length));
   }
 }

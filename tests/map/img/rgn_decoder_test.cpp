@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include <climits>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -16,8 +14,6 @@ namespace {
 using test::BitWriter;
 using test::KeepingConsumer;
 using test::putLe;
-
-constexpr MapRect kEverywhere{INT32_MIN, INT32_MIN, INT32_MAX, INT32_MAX};
 
 // Polygon or polyline record; bit 7 of `head` selects the 2-byte length field.
 std::vector<uint8_t> polyRecord(uint8_t head, uint32_t label, int16_t ox, int16_t oy,
@@ -228,49 +224,42 @@ std::vector<uint8_t> indirectionData(size_t size, uint32_t offset) {
   return data;
 }
 
-TEST(RgnDecoder, NetLabelIndirection) {
-  const std::vector<IndirectionCase> cases = {
+// A label reached through the road data (lines) or the point properties (points); a value
+// that does not fit the rest of that data ends the section.
+TEST(RgnDecoder, LabelIndirection) {
+  const std::vector<IndirectionCase> net = {
       {"Resolved", 100, 10, false, 0x1234},
       {"TwentyBytesLeft", 100, 80, false, 0x1234},
       {"NineteenBytesLeftEndsTheSection", 100, 81, true, 0},
       {"OffsetPastTheEndEndsTheSection", 100, 5000, true, 0},
       {"NoNetDataKeepsTheField", 0, 81, false, 81},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    Rgn rgn;
-    rgn.net = indirectionData(c.dataSize, c.offset);
-    ImgSubdivision& s = rgn.addSubdivision();
-    const auto plain = polyRecord(0x05, 3, 0, 0, onePointStream(), 0x00);
-    const auto viaNet = polyRecord(0x05, kLineNetLabel | c.offset, 0, 0, onePointStream(), 0x00);
-    rgn.setSection(s, kSectionPolylines, concat({plain, viaNet, plain}));
-    const auto objects = rgn.decode(kSectionPolylines);
-    ASSERT_EQ(objects.size(), c.endsSection ? 1u : 3u);
-    if (!c.endsSection) {
-      EXPECT_EQ(objects[1].labelRef, c.labelRef);
-    }
-  }
-}
-
-TEST(RgnDecoder, PoiPropertiesLabelIndirection) {
-  const std::vector<IndirectionCase> cases = {
+  const std::vector<IndirectionCase> poi = {
       {"Resolved", 30, 0, false, 0x1234},
       {"FourBytesLeft", 30, 26, false, 0x1234},
       {"ThreeBytesLeftEndsTheSection", 30, 27, true, 0},
       {"NoPoiPropertiesKeepsTheField", 0, 27, false, 27},
   };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(c.name);
-    Rgn rgn;
-    rgn.poi = indirectionData(c.dataSize, c.offset);
-    ImgSubdivision& s = rgn.addSubdivision();
-    const auto records = concat({pointRecord(0x2C, 3, 0, 0), pointRecord(0x2C, kPointPoiLabel | c.offset, 0, 0, 1),
-                                 pointRecord(0x2C, 3, 0, 0)});
-    rgn.setSection(s, kSectionPoints, records);
-    const auto objects = rgn.decode(kSectionPoints);
-    ASSERT_EQ(objects.size(), c.endsSection ? 1u : 3u);
-    if (!c.endsSection) {
-      EXPECT_EQ(objects[1].labelRef, c.labelRef);
+  for (bool lines : {true, false}) {
+    for (const auto& c : lines ? net : poi) {
+      SCOPED_TRACE(std::string(lines ? "NET " : "POI ") + c.name);
+      Rgn rgn;
+      (lines ? rgn.net : rgn.poi) = indirectionData(c.dataSize, c.offset);
+      ImgSubdivision& s = rgn.addSubdivision();
+      if (lines) {
+        const auto plain = polyRecord(0x05, 3, 0, 0, onePointStream(), 0x00);
+        const auto viaNet = polyRecord(0x05, kLineNetLabel | c.offset, 0, 0, onePointStream(), 0x00);
+        rgn.setSection(s, kSectionPolylines, concat({plain, viaNet, plain}));
+      } else {
+        rgn.setSection(s, kSectionPoints, concat({pointRecord(0x2C, 3, 0, 0),
+                                                  pointRecord(0x2C, kPointPoiLabel | c.offset, 0, 0, 1),
+                                                  pointRecord(0x2C, 3, 0, 0)}));
+      }
+      const auto objects = rgn.decode(lines ? kSectionPolylines : kSectionPoints);
+      ASSERT_EQ(objects.size(), c.endsSection ? 1u : 3u);
+      if (!c.endsSection) {
+        EXPECT_EQ(objects[1].labelRef, c.labelRef);
+      }
     }
   }
 }
@@ -344,78 +333,6 @@ TEST(RgnDecoder, AbsentAndOutOfRangeSectionsGiveNothing) {
   EXPECT_TRUE(rgn.decode(kSectionIndexedPoints).empty());
   EXPECT_TRUE(rgn.decode(kSectionPolylines).empty());
   EXPECT_TRUE(rgn.decode(kSectionPolygons).empty());
-}
-
-TEST(RgnDecoder, DrawingRules) {
-  const MapPoint pts[3] = {{0, 0}, {1, 0}, {1, 1}};
-  struct Case {
-    ObjectKind kind;
-    uint32_t type;
-    size_t points;
-    bool drawn;
-  };
-  const Case cases[] = {
-      {ObjectKind::Polygon, 0x03, 3, true},  {ObjectKind::Polygon, 0x01, 3, false},
-      {ObjectKind::Polygon, 0x02, 3, false}, {ObjectKind::Polygon, 0x4A, 3, false},
-      {ObjectKind::Polygon, 0x4B, 3, false}, {ObjectKind::Polygon, 0x03, 2, false},
-      {ObjectKind::Line, 0x01, 2, true},     {ObjectKind::Line, 0x01, 1, false},
-      {ObjectKind::Point, 0x0100, 1, true},
-  };
-  for (const Case& c : cases) {
-    EXPECT_EQ(isDrawnObject(MapObject{c.kind, c.type, std::span<const MapPoint>(pts, c.points), 0}), c.drawn)
-        << static_cast<int>(c.kind) << " " << c.type << " " << c.points;
-  }
-  EXPECT_EQ(pointBounds(pts), (MapRect{0, 0, 1, 1}));
-  EXPECT_EQ(pointBounds({}), MapRect{});
-}
-
-// Random bytes everywhere: the decoder must stay inside its inputs (checked by the
-// sanitizer build) and hand over only well-formed objects.
-class CheckingConsumer : public ObjectConsumer {
- public:
-  void onObject(const MapObject& o) override {
-    ++count;
-    if (o.points.empty() || o.points.size() > static_cast<size_t>(kMaxObjectPoints)) ++bad;
-    if (o.kind == ObjectKind::Point && o.points.size() != 1) ++bad;
-    if (o.labelRef > kLabelRefMask) ++bad;
-    for (const MapPoint& p : o.points) sum += static_cast<uint32_t>(p.x ^ p.y);
-  }
-  long count = 0;
-  long bad = 0;
-  uint32_t sum = 0;
-};
-
-TEST(RgnDecoder, RandomBytesStayInside) {
-  std::mt19937 rng(20240611);
-  auto below = [&](uint32_t n) { return n ? static_cast<uint32_t>(rng() % n) : 0u; };
-  CheckingConsumer c;
-  for (int iteration = 0; iteration < 4000; ++iteration) {
-    Rgn rgn;
-    rgn.bytes.resize(below(800));
-    for (auto& b : rgn.bytes) b = static_cast<uint8_t>(rng());
-    rgn.net.resize(below(3) ? below(64) : 0);
-    for (auto& b : rgn.net) b = static_cast<uint8_t>(rng());
-    rgn.poi.resize(below(3) ? below(16) : 0);
-    for (auto& b : rgn.poi) b = static_cast<uint8_t>(rng());
-    const auto size = static_cast<uint32_t>(rgn.bytes.size());
-    for (int i = 0; i < 4; ++i) {
-      ImgSubdivision& s = rgn.addSubdivision(static_cast<uint16_t>(below(2)));
-      s.centreX = rng();
-      s.centreY = rng();
-      s.shift = static_cast<uint8_t>(below(4) ? below(25) : rng());
-      for (int k = 0; k < 4; ++k) {
-        if (below(8) == 0) continue;  // absent
-        const uint32_t start = below(size + 8);
-        s.sectionStart[k] = start;
-        s.sectionLength[k] = below(6) ? below(size - std::min(start, size) + 1) : rng();
-      }
-    }
-    const std::vector<ImgLevel> levels{lv(static_cast<uint8_t>(rng())), lv(static_cast<uint8_t>(rng()))};
-    decodeImgView(rgn.input(levels), kEverywhere, static_cast<int>(below(30)), c);
-    decodeImgLevel(rgn.input(levels), 0, kEverywhere, c);
-  }
-  EXPECT_EQ(c.bad, 0);
-  EXPECT_GT(c.count, 4000);
 }
 
 }  // namespace
