@@ -128,28 +128,6 @@ TEST_F(GpsNotificationTest, ABurstFromTheReadingThreadEndsInItsLastState) {
   EXPECT_EQ(shownIconId(), kIconReceiving);
 }
 
-TEST_F(GpsNotificationTest, SitsBeforeTheStatusTextAndWritesItsSettings) {
-  startWindow();
-  createGpsNotification();
-  processEvents();
-  QLabel* icon = notification->receptionLabel();
-  ASSERT_NE(icon, nullptr);
-  EXPECT_TRUE(icon->isVisible());
-  EXPECT_FALSE(icon->pixmap().isNull());
-  EXPECT_EQ(icon->parentWidget(), window->statusBar()->findChild<QLabel*>("gpsStatus")->parentWidget());
-  EXPECT_LT(icon->x(), window->statusLabel()->x());
-  EXPECT_TRUE(icon->toolTip().startsWith(QStringLiteral("Статус GPS-приема")));
-  EXPECT_EQ(notification->receptionTrayIcon() != nullptr, QSystemTrayIcon::isSystemTrayAvailable());
-  EXPECT_EQ(readSettingInt(kNotificationDurationSetting, -1), 0);
-  EXPECT_EQ(readSettingInt(kNotificationOptionsSetting, -1), 0);
-  EXPECT_EQ(gpsNotificationBody(),
-            QStringLiteral("<body>Это информация о качестве приема GPS.<br><hr>"
-                           "<a href=\"cmd:2\">закрыть</a></body>"));
-
-  notification.reset();
-  EXPECT_EQ(window->statusBar()->findChild<QLabel*>("gpsReception"), nullptr);
-}
-
 TEST_F(GpsNotificationTest, AnUpdateQueuedWhenTheIconsGoAwayIsDropped) {
   startWindow();
   createGpsNotification();
@@ -158,39 +136,6 @@ TEST_F(GpsNotificationTest, AnUpdateQueuedWhenTheIconsGoAwayIsDropped) {
   processEvents();  // must not touch the deleted indicator
   createGpsNotification();
   EXPECT_EQ(notification->shownReception(), GpsReception::NoConnection);
-}
-
-// Counts the pixels of the image close to a colour.
-int pixelsNear(const QImage& image, QColor colour) {
-  int count = 0;
-  for (int y = 0; y < image.height(); ++y) {
-    for (int x = 0; x < image.width(); ++x) {
-      const QColor c = image.pixelColor(x, y);
-      if (c.alpha() > 200 && std::abs(c.red() - colour.red()) < 40 &&
-          std::abs(c.green() - colour.green()) < 40 && std::abs(c.blue() - colour.blue()) < 40) {
-        ++count;
-      }
-    }
-  }
-  return count;
-}
-
-TEST_F(GpsNotificationTest, EachStateIconHasItsOwnColoursAtEverySize) {
-  const QColor red(0xD0, 0x10, 0x10), amber(0xF0, 0xB0, 0x00), green(0x20, 0xB0, 0x20);
-  for (int size : {16, 32, 64}) {
-    const QImage none = drawReceptionIcon(GpsReception::NoConnection, size);
-    const QImage searching = drawReceptionIcon(GpsReception::NoSatellites, size);
-    const QImage receiving = drawReceptionIcon(GpsReception::Receiving, size);
-    EXPECT_EQ(none.size(), QSize(size, size));
-    EXPECT_GT(pixelsNear(none, red), 0) << size;
-    EXPECT_EQ(pixelsNear(searching, red), 0) << size;
-    EXPECT_GT(pixelsNear(searching, amber), 0) << size;
-    EXPECT_GT(pixelsNear(receiving, green), 0) << size;
-    EXPECT_EQ(pixelsNear(receiving, amber), 0) << size;
-    EXPECT_NE(none, searching);
-    EXPECT_NE(searching, receiving);
-  }
-  EXPECT_FALSE(receptionIcon(GpsReception::Receiving).isNull());
 }
 
 }  // namespace

@@ -21,7 +21,7 @@ QString tableLabel(uint32_t index) {
   return QString::fromUtf16(label.data(), qsizetype(label.size()));
 }
 
-TEST_F(MapPageTest, UpAndDownKeysStepThroughTheZoomTable) {
+TEST_F(MapPageTest, UpAndDownKeysAndTheMenuStepThroughTheZoomTable) {
   startWindow();
   mapView().setZoomIndex(5);
   const uint64_t before = mapPage().compositionCount();
@@ -29,7 +29,7 @@ TEST_F(MapPageTest, UpAndDownKeysStepThroughTheZoomTable) {
   EXPECT_EQ(mapView().zoomIndex(), 4u);
   EXPECT_EQ(scaleLabel(mapView()), tableLabel(4));
   QTest::keyClick(client(), Qt::Key_Down);
-  QTest::keyClick(client(), Qt::Key_Down);
+  window->commandAction(kCmdZoomOut)->trigger();
   EXPECT_EQ(mapView().zoomIndex(), 6u);
   EXPECT_EQ(scaleLabel(mapView()), tableLabel(6));
   EXPECT_EQ(mapPage().compositionCount(), before + 3);
@@ -52,17 +52,6 @@ TEST_F(MapPageTest, ZoomStopsAtBothEndsWithoutRedrawing) {
   EXPECT_EQ(mapPage().compositionCount(), before);
 }
 
-TEST_F(MapPageTest, ZoomMenuItemsShareTheZoomStep) {
-  startWindow();
-  mapView().setZoomIndex(12);
-  window->commandAction(kCmdZoomIn)->trigger();
-  EXPECT_EQ(mapView().zoomIndex(), 11u);
-  window->commandAction(kCmdZoomOut)->trigger();
-  window->commandAction(kCmdZoomOut)->trigger();
-  EXPECT_EQ(mapView().zoomIndex(), 13u);
-  EXPECT_EQ(scaleLabel(mapView()), tableLabel(13));
-}
-
 TEST_F(MapPageTest, DragPansByTheStylusMovementAndComposesOnce) {
   startWindow();
   mapView().setCentre(100000, 200000);
@@ -82,17 +71,6 @@ TEST_F(MapPageTest, DragPansByTheStylusMovementAndComposesOnce) {
   EXPECT_EQ(mapView().centre().x, expected.centre().x);
   EXPECT_EQ(mapView().centre().y, expected.centre().y);
   EXPECT_EQ(mapPage().compositionCount(), before + 1);
-}
-
-TEST_F(MapPageTest, ATapChangesNothing) {
-  startWindow();
-  mapView().setCentre(5000, 7000);
-  const uint64_t before = mapPage().compositionCount();
-  QTest::mouseClick(client(), Qt::LeftButton, {}, QPoint(60, 80));
-  EXPECT_EQ(mapPage().compositionCount(), before);
-  EXPECT_EQ(mapView().centre().x, 5000);
-  EXPECT_EQ(mapView().centre().y, 7000);
-  EXPECT_TRUE(popups.empty());
 }
 
 TEST_F(MapPageTest, TapAndHoldShowsThePopupMenu) {
@@ -126,38 +104,6 @@ TEST_F(MapPageTest, PopupSavePointOpensTheWaypointDialogAtTheTappedPoint) {
   EXPECT_EQ(waypointRequests[0].altitude, 0.0f);
 }
 
-TEST_F(MapPageTest, PopupCancelDoesNothing) {
-  startWindow();
-  popupChoice = QStringLiteral("Отменить");
-  const uint64_t before = mapPage().compositionCount();
-  QTest::mouseClick(client(), Qt::RightButton, {}, QPoint(40, 90));
-  processEvents();
-  EXPECT_EQ(popups.size(), 1u);
-  EXPECT_TRUE(waypointRequests.empty());
-  EXPECT_EQ(mapPage().compositionCount(), before);
-}
-
-struct CommandCase {
-  int id;
-  int returns;
-};
-
-class MapCommandTest : public ShellTest, public ::testing::WithParamInterface<CommandCase> {};
-
-TEST_P(MapCommandTest, ReturnsItsValue) {
-  startWindow();
-  mapView().setZoomIndex(10);
-  EXPECT_EQ(mapPage().onCommand(GetParam().id), GetParam().returns);
-}
-
-INSTANTIATE_TEST_SUITE_P(
-    Commands, MapCommandTest,
-    ::testing::Values(CommandCase{40001, 1}, CommandCase{40002, 1}, CommandCase{40004, 1},
-                      CommandCase{40005, 0}, CommandCase{40006, 0}, CommandCase{40007, 0},
-                      CommandCase{40008, 0}, CommandCase{40014, 1}, CommandCase{40015, 1},
-                      CommandCase{40019, 1}, CommandCase{40003, 0}, CommandCase{40018, 0},
-                      CommandCase{40000, 0}, CommandCase{40020, 0}));
-
 TEST_F(MapPageTest, PanCommandsMoveTheViewByTwentyPixels) {
   startWindow();
   const struct { int id; int dx; int dy; } cases[] = {
@@ -170,12 +116,6 @@ TEST_F(MapPageTest, PanCommandsMoveTheViewByTwentyPixels) {
     EXPECT_EQ(mapView().centre().x, expected.centre().x) << c.id;
     EXPECT_EQ(mapView().centre().y, expected.centre().y) << c.id;
   }
-}
-
-TEST_F(MapPageTest, GoToSaysItIsNotImplemented) {
-  startWindow();
-  window->onCommand(kCmdGoTo);
-  EXPECT_EQ(messages->last(), "Sorry, the feature is not implemented.");
 }
 
 TEST_F(MapPageTest, HoldingTheActionKeyForTheTimerSavesTheCentreOfThePress) {
@@ -196,15 +136,6 @@ TEST_F(MapPageTest, HoldingTheActionKeyForTheTimerSavesTheCentreOfThePress) {
   window->deliverTimer(kActionTimerId);  // once only
   QTest::keyRelease(client(), Qt::Key_Return);
   EXPECT_EQ(waypointRequests.size(), 1u);
-}
-
-TEST_F(MapPageTest, ReleasingTheActionKeyBeforeTheTimerSavesNothing) {
-  startWindow();
-  QTest::keyPress(client(), Qt::Key_Enter);
-  QTest::keyRelease(client(), Qt::Key_Enter);
-  EXPECT_FALSE(window->pageTimer(kActionTimerId)->isActive());
-  window->deliverTimer(kActionTimerId);
-  EXPECT_TRUE(waypointRequests.empty());
 }
 
 TEST_F(MapPageTest, ActionKeyTakesTimeAndAltitudeOnlyWhenValid) {
@@ -252,16 +183,6 @@ TEST_F(MapPageTest, KeepVisibleCentresEveryNewPosition) {
   fixes.updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
   processEvents();
   EXPECT_EQ(mapPage().compositionCount(), before);
-}
-
-TEST_F(MapPageTest, KeepVisibleOffLeavesTheView) {
-  writeSettingBool("KeepVisible", false);
-  startWindow();
-  mapView().setCentre(10, 20);
-  fixes.updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
-  processEvents();
-  EXPECT_EQ(mapView().centre().x, 10);
-  EXPECT_EQ(mapView().centre().y, 20);
 }
 
 TEST_F(MapPageTest, RotateMapTurnsFromTwoKilometresAnHour) {
