@@ -47,18 +47,5 @@ TEST_F(CompassPageTest, CourseTurnsTheTicksAndDrawsTheArrow) {
   EXPECT_EQ(polygons(calls), 2);
 }
 
-TEST_F(CompassPageTest, DialFitsTheShorterSideOfAWideScreen) {
-  EXPECT_EQ(compassLayout(240, 320).radius, 80);
-  const CompassLayout wide = compassLayout(800, 450);
-  EXPECT_EQ(wide.radius, 150);
-  EXPECT_EQ(wide.cx, 400);
-  EXPECT_EQ(wide.cy, 225);
-}
-
-TEST_F(CompassPageTest, FixRepaints) {
-  compassPage().onFixChanged();
-  EXPECT_EQ(repaints_, 1);
-}
-
 }  // namespace
 }  // namespace orvel::test

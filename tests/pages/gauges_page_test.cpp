@@ -36,12 +36,6 @@ class GaugesPageTest : public PagesTest {
   }
 };
 
-TEST_F(GaugesPageTest, FirstStartShowsTheInitialSet) {
-  const std::u16string expected[] = {u"speed", u"azimuth", u"vspeed", u"elev", u"hdop",
-                                     u"satellites", u"time", u"power", u"<empty>", u"<empty>"};
-  for (int i = 0; i < kGaugeCellCount; ++i) EXPECT_EQ(keyOf(i), expected[i]) << i;
-}
-
 TEST_F(GaugesPageTest, UnknownKeyLeavesItsCellEmpty) {
   settings_.writeSettingString("Gauge_3", u"compass");
   settings_.writeSettingString("Gauge_8", u"magvar");
@@ -115,35 +109,6 @@ TEST_F(GaugesPageTest, BecomingCurrentCatchesUpWithTheLatestFix) {
   EXPECT_EQ(gaugesPage().gauges().findGauge(u"elev")->gauge->format(), u"312.0 м");
 }
 
-TEST_F(GaugesPageTest, TapAndHoldShowsMenu125WhereHeld) {
-  gaugesPage().onContextMenu(130, 60);
-  ASSERT_EQ(popups_.size(), 1u);
-  EXPECT_EQ(popups_[0].menu, 125);
-  EXPECT_EQ(popups_[0].x, 130);
-  EXPECT_EQ(popups_[0].y, 60);
-}
-
-TEST_F(GaugesPageTest, ChoiceDialogListsEveryTypeWithTheCellsOneSelected) {
-  int runs = 0;
-  holdAndChoose(130, 60, kCmdChooseGauge, [&runs](QDialog& dialog) {
-    ++runs;
-    QTreeWidget* list = gaugeChoiceList(dialog);
-    EXPECT_NE(list, nullptr);
-    if (list == nullptr) return 0;
-    EXPECT_EQ(list->headerItem()->text(0), QStringLiteral("Датчик"));
-    EXPECT_EQ(list->topLevelItemCount(), 15);
-    EXPECT_EQ(list->topLevelItem(0)->text(0), QStringLiteral("Верт. скорость"));
-    EXPECT_EQ(list->topLevelItem(14)->text(0), QStringLiteral("Азимут"));
-    const QList<QTreeWidgetItem*> selected = list->selectedItems();
-    EXPECT_EQ(selected.size(), 1);
-    if (!selected.isEmpty()) {
-      EXPECT_EQ(selected.front()->text(0), QStringLiteral("Высота"));  // cell 3: "elev"
-    }
-    return 0;
-  });
-  EXPECT_EQ(runs, 1);
-}
-
 void pressOk(QDialog& dialog) {
   QPushButton* ok = dialog.findChild<QPushButton*>(QStringLiteral("1"));
   ASSERT_NE(ok, nullptr);
@@ -176,29 +141,6 @@ TEST_F(GaugesPageTest, ChoicePersistsInTheCellsSetting) {
   EXPECT_EQ(keyOf(3), u"geoid");
   EXPECT_EQ(keyOf(8), u"vdop");
   EXPECT_EQ(keyOf(0), u"speed");
-}
-
-TEST_F(GaugesPageTest, OkWithoutSelectionKeepsTheCell) {
-  holdAndChoose(5, 5, kCmdChooseGauge, [](QDialog& dialog) {
-    gaugeChoiceList(dialog)->clearSelection();
-    pressOk(dialog);
-    return dialog.result();
-  });
-  EXPECT_EQ(keyOf(0), u"speed");
-  EXPECT_EQ(settings_.readSettingString("Gauge_0", u"<absent>"), u"<absent>");
-  EXPECT_EQ(repaints_, 1);  // ended with 1: repainted
-}
-
-TEST_F(GaugesPageTest, CancelChangesNothing) {
-  holdAndChoose(5, 5, kCmdChooseGauge, [](QDialog& dialog) {
-    QTreeWidget* list = gaugeChoiceList(dialog);
-    list->clearSelection();
-    list->topLevelItem(0)->setSelected(true);
-    dialog.findChild<QPushButton*>(QStringLiteral("2"))->click();
-    return dialog.result();
-  });
-  EXPECT_EQ(keyOf(0), u"speed");
-  EXPECT_EQ(repaints_, 0);
 }
 
 TEST_F(GaugesPageTest, HoldBelowTheGridOpensNoDialog) {
