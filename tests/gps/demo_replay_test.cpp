@@ -3,12 +3,10 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cmath>
 #include <string>
 #include <vector>
 
 #include "common/test_data.h"
-#include "gps/capture_replay.h"
 #include "gps/demo_capture.h"
 #include "gps/demo_replay.h"
 #include "gps_test_support.h"
@@ -16,15 +14,6 @@
 
 namespace orvel {
 namespace {
-
-constexpr double kPi = 3.14159265358979323846;
-
-double metresBetween(double lat1, double lon1, double lat2, double lon2) {
-  const double k = kPi / 180;
-  const double x = (lon2 - lon1) * k * std::cos((lat1 + lat2) / 2 * k);
-  const double y = (lat2 - lat1) * k;
-  return 6371000.0 * std::sqrt(x * x + y * y);
-}
 
 bool checksumHolds(const std::string& line) {
   const size_t star = line.find('*');
@@ -66,44 +55,6 @@ TEST(DemoCapture, SentencesMoveAndKeepTheirForm) {
   const std::string south = shiftSentence(test::nmeaLine("GPGGA,1,0001.0000,N,00001.0000,E,1,5,1,0,M,0,M,,"),
                                           GeoPoint{0.0, 0.0}, GeoPoint{-0.05, -0.05});
   EXPECT_NE(south.find(",0002.0000,S,00002.0000,W,"), std::string::npos) << south;
-}
-
-TEST(DemoCapture, TheBundledDriveLiesOnTheDemoMapWithItsShapeKept) {
-  const auto path = test::dataFile("gps/nmea/bundg_zeus_9.log");
-  const auto original = test::readFile(path);
-  const auto first = firstCapturePosition(original);
-  ASSERT_TRUE(first);
-  EXPECT_NEAR(first->latitude, 52.8502, 1e-3);  // the recording's own first GPRMC
-  const auto moved = shiftCapturePositions(original, *first, kDemoAnchor);
-
-  const auto decode = [](const std::vector<uint8_t>& capture) {
-    test::FixCollector fixes;
-    ReplayOptions options;
-    options.protocol = ReplayProtocol::kNmea;
-    replayCapture(capture, fixes, options);
-    std::vector<GpsFix> located;
-    for (const GpsFix& f : fixes.fixes) {
-      if (f.has(kFixPosition)) located.push_back(f);
-    }
-    return located;
-  };
-  const auto before = decode(original);
-  const auto after = decode(moved);
-  ASSERT_GT(before.size(), 100u);
-  ASSERT_EQ(after.size(), before.size()) << "every sentence still decodes";
-  for (const GpsFix& f : after) {
-    // Monaco, the demo map.
-    EXPECT_TRUE(f.latitude > 43.72 && f.latitude < 43.76 && f.longitude > 7.40 && f.longitude < 7.45)
-        << f.latitude << " " << f.longitude;
-  }
-  const double d0 = metresBetween(before.front().latitude, before.front().longitude, before.back().latitude,
-                                  before.back().longitude);
-  const double d1 = metresBetween(after.front().latitude, after.front().longitude, after.back().latitude,
-                                  after.back().longitude);
-  EXPECT_GT(d0, 300.0) << "the drive moves";
-  EXPECT_NEAR(d1, d0, d0 * 0.01);
-  EXPECT_EQ(before.back().time, after.back().time);
-  EXPECT_EQ(before.back().speed, after.back().speed);
 }
 
 TEST(DemoReplay, RunsInItsOwnThreadAndStopsAtOnce) {

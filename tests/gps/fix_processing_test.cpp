@@ -11,56 +11,31 @@
 namespace orvel {
 namespace {
 
-// One step of a sequence: a fix, or the loss of it.
+// One step of a sequence: a fix (flags, position, satellites used), or with `lost` its loss.
 struct Step {
+  uint32_t flags = 0;
+  float lon = 0, lat = 0;
+  uint32_t used = 0;
   bool lost = false;
-  GpsFix fix;
 };
-
-Step at(float lon, float lat) {
-  Step s;
-  s.fix.flags = kFixPosition;
-  s.fix.longitude = lon;
-  s.fix.latitude = lat;
-  return s;
-}
-Step withError(Step s, float metres) {
-  s.fix.flags |= kFixHorizontalError;
-  s.fix.horizontalError = metres;
-  return s;
-}
-Step withSatellites(Step s, uint32_t used) {
-  s.fix.flags |= kFixSatellitesUsed;
-  s.fix.satellitesUsed = used;
-  return s;
-}
-Step noPosition() {
-  Step s;
-  s.fix.flags = kFixTime | kFixType;
-  s.fix.time = 40000.0;
-  return s;
-}
-Step lost() {
-  Step s;
-  s.lost = true;
-  return s;
-}
-
-std::string text(const char* format, double a, double b) {
-  char buffer[64];
-  std::snprintf(buffer, sizeof buffer, format, a, b);
-  return buffer;
-}
+constexpr uint32_t kPos = kFixPosition;
+const Step kNoPosition{kFixTime | kFixType};
+const Step kLost{0, 0, 0, 0, true};
 
 // A state and its fix processing, with an observer and a poster that log their calls.
 struct Rig {
   Rig() {
     FixObserver observer;
     // Every hook reads the shared state: were the GPS lock still held, this would hang.
+    const auto text = [](const char* what, double a, double b) {
+      char line[64];
+      std::snprintf(line, sizeof line, "%s %g %g", what, a, b);
+      return std::string(line);
+    };
     observer.beginRecordedTrack = [this] { note("begin"); };
     observer.markSegmentStart = [this] { note("mark"); };
-    observer.appendRecordedPoint = [this](const GpsFix& fix) { note(text("rec %g %g", fix.longitude, fix.latitude)); };
-    observer.appendActivePoint = [this](float lon, float lat) { note(text("act %g %g", lon, lat)); };
+    observer.appendRecordedPoint = [this, text](const GpsFix& f) { note(text("rec", f.longitude, f.latitude)); };
+    observer.appendActivePoint = [this, text](float lon, float lat) { note(text("act", lon, lat)); };
     observer.showReception = [this](uint32_t used) { note("icon " + std::to_string(used)); };
     fixes.setFixObserver(std::move(observer));
     state.setGpsMessagePoster([this](int message) {
@@ -82,9 +57,15 @@ struct Rig {
     for (const Step& step : steps) {
       if (step.lost) {
         fixes.fixLost();
-      } else {
-        fixes.updateFix(step.fix);
+        continue;
       }
+      GpsFix fix;
+      fix.flags = step.flags;
+      fix.longitude = step.lon;
+      fix.latitude = step.lat;
+      fix.satellitesUsed = step.used;
+      fix.time = 40000.0;
+      fixes.updateFix(fix);
     }
   }
 
@@ -94,41 +75,32 @@ struct Rig {
   int messages = 0;
 };
 
-struct SequenceCase {
-  const char* name;
-  std::vector<Step> steps;
-  std::vector<std::string> expected;
-};
-
 TEST(FixProcessing, Sequences) {
-  const SequenceCase cases[] = {
-      {"first fix begins a track and a segment",
-       {at(10, 60)},
-       {"begin", "mark", "rec 10 60", "act 10 60", "icon 0"}},
+  const struct {
+    const char* name;
+    std::vector<Step> steps;
+    std::vector<std::string> expected;
+  } cases[] = {
+      {"first fix begins a track and a segment", {{kPos, 10, 60}}, {"begin", "mark", "rec 10 60", "act 10 60", "icon 0"}},
       {"same latitude, far longitude: not moved",
-       {at(10, 60), at(20, 60)},
+       {{kPos, 10, 60}, {kPos, 20, 60}},
        {"begin", "mark", "rec 10 60", "act 10 60", "icon 0", "icon 0"}},
       {"both axes changed a little, no error estimate: moved",
-       {at(10, 60), at(10.00001f, 59.99999f)},
+       {{kPos, 10, 60}, {kPos, 10.00001f, 59.99999f}},
        {"begin", "mark", "rec 10 60", "act 10 60", "icon 0", "rec 10 60", "act 10 60", "icon 0"}},
-      {"no position: nothing recorded, nothing broken",
-       {at(10, 60), noPosition()},
-       {"begin", "mark", "rec 10 60", "act 10 60", "icon 0", "icon 0"}},
-      {"position after none begins a new track",
-       {at(10, 60), noPosition(), at(10, 60)},
+      {"no position: nothing recorded, nothing broken; a position after none begins a new track",
+       {{kPos, 10, 60}, kNoPosition, {kPos, 10, 60}},
        {"begin", "mark", "rec 10 60", "act 10 60", "icon 0", "icon 0", "begin", "mark", "rec 10 60", "act 10 60",
         "icon 0"}},
       {"lost fix breaks the track but keeps the stored position",
-       {at(10, 60), lost(), at(11, 61)},
+       {{kPos, 10, 60}, kLost, {kPos, 11, 61}},
        {"begin", "mark", "rec 10 60", "act 10 60", "icon 0", "begin", "mark", "rec 11 61", "act 11 61", "icon 0"}},
-      {"lost before any fix",
-       {lost(), lost()},
-       {"begin", "mark", "begin", "mark"}},
+      {"lost before any fix", {kLost, kLost}, {"begin", "mark", "begin", "mark"}},
       {"satellite count only when flagged",
-       {withSatellites(noPosition(), 7), [] { Step s = noPosition(); s.fix.satellitesUsed = 9; return s; }()},
+       {{kFixTime | kFixSatellitesUsed, 0, 0, 7}, {kFixTime, 0, 0, 9}},
        {"icon 7", "icon 0"}},
   };
-  for (const SequenceCase& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     Rig rig;
     rig.run(c.steps);
@@ -138,46 +110,26 @@ TEST(FixProcessing, Sequences) {
     EXPECT_EQ(rig.messages, fixes > 0 ? 1 : 0);  // coalesced: nobody cleared the latch
     EXPECT_EQ(rig.state.isLatchSet(kMsgFixChanged), fixes > 0);
   }
-}
-
-TEST(FixProcessing, StoredFixIsTheNewOneWholeAndWorksWithoutObserverOrPoster) {
-  Step first = withSatellites(withError(at(10, 60), 5), 8);
-  first.fix.flags |= kFixSpeed;
-  Rig rig;
-  rig.run({first, noPosition()});
-  EXPECT_EQ(rig.state.currentFix().flags, kFixTime | kFixType);
-  EXPECT_EQ(rig.state.currentFix().time, 40000.0);
+  Rig rig;  // the stored fix is the new one whole, also without observer or poster
   rig.fixes.setFixObserver({});
   rig.state.setGpsMessagePoster(nullptr);
-  rig.log.clear();
-  rig.run({at(10, 60), lost(), at(11, 61)});
+  rig.run({{kPos | kFixSpeed, 10, 60}, kNoPosition});
   EXPECT_TRUE(rig.log.empty());
-  EXPECT_EQ(rig.state.currentFix().longitude, 11.0f);
+  EXPECT_EQ(rig.state.currentFix().flags, kFixTime | kFixType);
 }
-
-struct ToleranceCase {
-  float lat;
-  float error;
-  float dLon;
-  float dLat;
-  bool moved;
-};
 
 TEST(FixTolerance, BothAxesBeyondTheErrorEstimate) {
   // 10 m at 60 degrees: 9e-5 degrees of latitude and 1.8e-4 of longitude.
-  const ToleranceCase cases[] = {
-      {60, 10, 2.0e-4f, 1.0e-4f, true},
-      {60, 10, 1.6e-4f, 1.0e-4f, false},
-      {60, 10, 2.0e-4f, 0.8e-4f, false},
-      {60, 10, -2.0e-4f, -1.0e-4f, true},
-      {-60, 10, 2.0e-4f, -1.0e-4f, true},
-      {-60, 10, 1.6e-4f, -1.0e-4f, false},
-      {0, 0, 1e-5f, 1e-5f, true},
-      {0, 0, 0, 1e-5f, false},
-      {0, 0, 1e-5f, 0, false},
-      {89.9f, 10, 1.0f, 0.05f, false},     // the table's cosine of 90 is 0: no longitude counts
+  const struct {
+    float lat, error, dLon, dLat;
+    bool moved;
+  } cases[] = {
+      {60, 10, 2.0e-4f, 1.0e-4f, true},   {60, 10, 1.6e-4f, 1.0e-4f, false},  {60, 10, 2.0e-4f, 0.8e-4f, false},
+      {60, 10, -2.0e-4f, -1.0e-4f, true}, {-60, 10, 2.0e-4f, -1.0e-4f, true}, {-60, 10, 1.6e-4f, -1.0e-4f, false},
+      {0, 0, 1e-5f, 1e-5f, true},         {0, 0, 0, 1e-5f, false},            {0, 0, 1e-5f, 0, false},
+      {89.9f, 10, 1.0f, 0.05f, false},  // the table's cosine of 90 is 0: no longitude counts
   };
-  for (const ToleranceCase& c : cases) {
+  for (const auto& c : cases) {
     GpsFix old;
     old.flags = kFixPosition;
     old.longitude = 30.0f;
@@ -191,8 +143,7 @@ TEST(FixTolerance, BothAxesBeyondTheErrorEstimate) {
     }
     EXPECT_EQ(hasMoved(old, next), c.moved) << c.lat << " " << c.error << " " << c.dLon << " " << c.dLat;
   }
-  // Both fixes need a position.
-  GpsFix a;
+  GpsFix a;  // both fixes need a position
   a.flags = kFixPosition;
   GpsFix b;
   b.longitude = 1;

@@ -321,28 +321,26 @@ TEST_F(ActiveTrackDrawTest, WrappedRingIsDrawnOldestFirst) {
   EXPECT_EQ(lines[0], polyline({ringSlots[9998], ringSlots[9999], ringSlots[0], ringSlots[1], ringSlots[2]}));
 }
 
-TEST_F(ActiveTrackDrawTest, ClosedStoreDrawsNothing) {
-  RecordingDevice device(240, 320);
-  QPainter painter(&device);
-  track.drawActiveTrack(painter, view);
-  painter.end();
-  EXPECT_TRUE(device.calls().empty());
-}
-
-// Appends numbered points until it is killed; run in a child by the next test. Point k has
-// longitude (k mod kNumbering) / 1000 - 50 degrees and begins a segment when k is a multiple of
-// 37. The numbering is a multiple of 37, so the breaks stay recognisable from lap to lap.
+// The child appends numbered points until it is killed. Point k has longitude
+// (k mod kNumbering) / 1000 - 50 degrees and begins a segment when k is a multiple of 37. The
+// numbering is a multiple of 37, so the breaks stay recognisable from lap to lap.
 constexpr uint32_t kNumbering = 37 * 2700;
-TEST_F(ActiveTrackTest, DISABLED_AppendUntilKilled) {
-  if (!inChildTest()) GTEST_SKIP();
+}  // namespace
+
+int appendTrackPointsUntilKilled(const std::filesystem::path& folder) {
+  Settings settings;
+  Messages messages;
+  ActiveTrack track(folder, settings, messages);
   track.openTrackStore();
-  if (!track.isTrackStoreOpen()) ::_exit(3);
+  if (!track.isTrackStoreOpen()) return 3;
   track.startRecording();
   for (uint32_t k = 0;; ++k) {
     if (k % 37 == 0) track.markSegmentStart();
     track.appendActivePoint(static_cast<float>(k % kNumbering) * 0.001f - 50.0f, 10.0f);
   }
 }
+
+namespace {
 
 uint32_t numberOf(const TrackPoint& p) {
   const double degrees = p.lon / 11930465.0;
@@ -353,7 +351,7 @@ TEST_F(ActiveTrackTest, RingStaysConsistentWhenTheWriterIsKilled) {
   for (int round = 0; round < 3; ++round) {
     SCOPED_TRACE(round);
     std::filesystem::remove(ring());
-    const pid_t child = startChildTest("ActiveTrackTest.DISABLED_AppendUntilKilled", dir);
+    const pid_t child = startChild("appendTrackPointsUntilKilled", dir);
     ASSERT_GT(child, 0);
     // Let it fill the ring at least once, then stop it at a moment of its choosing.
     bool wrapped = false;

@@ -6,7 +6,6 @@
 
 #include <filesystem>
 
-#include "child_process.h"
 #include "common/test_data.h"
 #include "core/message.h"
 #include "core/settings.h"
@@ -15,9 +14,7 @@ namespace orvel::test {
 
 class DataDirTest : public ::testing::Test {
  protected:
-  // A child test works in the folder its parent gave it.
-  const std::filesystem::path dir =
-      inChildTest() ? childFolder() : scratchDir(::testing::UnitTest::GetInstance()->current_test_info()->name());
+  const std::filesystem::path dir = scratchDir(::testing::UnitTest::GetInstance()->current_test_info()->name());
   Settings settings;
   Messages messages;
   MessageRecorder recorded{messages};

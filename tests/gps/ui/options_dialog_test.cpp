@@ -52,27 +52,6 @@ class OptionsDialogTest : public ::testing::Test {
   GpsInput input{fixes, settings};
 };
 
-TEST_F(OptionsDialogTest, OpensWithTheSettingsAndThePorts) {
-  settings.writeSettingBool("RotateMap", true);
-  settings.writeSettingBool("ShowTrack", false);
-  settings.writeSettingInt("Enable_COM2", 0);
-  OptionsDialog dialog(input, settings, recordingActions());
-  EXPECT_TRUE(dialog.keepVisible()->isChecked());
-  EXPECT_TRUE(dialog.rotateMap()->isChecked());
-  EXPECT_FALSE(dialog.recordTrack()->isChecked());
-  EXPECT_FALSE(dialog.showTrack()->isChecked());
-  EXPECT_FALSE(dialog.scanPorts()->isChecked()) << "no scan runs";
-  QTreeWidget* ports = dialog.portList();
-  EXPECT_EQ(ports->headerItem()->text(0), "Порт");
-  EXPECT_EQ(ports->headerItem()->text(1), "Устройство");
-  ASSERT_EQ(ports->topLevelItemCount(), 2);
-  EXPECT_EQ(ports->topLevelItem(0)->text(0), "COM1:");
-  EXPECT_EQ(ports->topLevelItem(0)->text(1), "/nonexistent/ttyUSB0");
-  EXPECT_EQ(ports->topLevelItem(0)->checkState(0), Qt::Checked);
-  EXPECT_EQ(ports->topLevelItem(1)->checkState(0), Qt::Unchecked);
-  EXPECT_NE(dialog.findChild<QCheckBox*>("1007"), nullptr);
-}
-
 TEST_F(OptionsDialogTest, OkWritesAndAppliesInOrder) {
   settings.writeSettingBool("RotateMap", true);
   OptionsDialog dialog(input, settings, recordingActions());

@@ -74,19 +74,6 @@ TEST(FormatLength, RoundsToTenthsOrWholeInTheAltitudeUnit) {
   }
 }
 
-TEST_F(WaypointDialogTest, ShowsEveryFieldUnderItsControlId) {
-  WaypointEditDialog dialog(waypoint, lengths, messages);
-  EXPECT_EQ(dialog.objectName(), QStringLiteral("109"));
-  EXPECT_EQ(text(dialog, kWaypointLatitudeId), QString::fromUtf8("N55°45.350'"));
-  EXPECT_EQ(text(dialog, kWaypointLongitudeId).left(4), QString::fromUtf8("E37°"));
-  EXPECT_EQ(text(dialog, kWaypointNameId), QStringLiteral("001"));
-  EXPECT_EQ(text(dialog, kWaypointAltitudeId), QStringLiteral("152.4"));
-  EXPECT_EQ(text(dialog, kWaypointCommentId), QStringLiteral("у реки"));
-  for (int id = kWaypointLatitudeId; id <= kWaypointCommentId; ++id) {
-    EXPECT_EQ(dialog.field(id)->maxLength(), kWaypointFieldLength) << id;
-  }
-}
-
 TEST_F(WaypointDialogTest, AltitudeIsShownInFeetButStoredAsTyped) {
   lengths.setAltitudeUnit(kUnitFeet);
   waypoint.altitude = 100.0f;
@@ -163,20 +150,6 @@ TEST_F(WaypointDialogTest, EditWaypointTakesTheFieldsOnlyOnOk) {
   }
   EXPECT_EQ(waypoint.name(), u"Мост");
   EXPECT_EQ(waypoint.altitude, 7.0f);
-}
-
-TEST_F(WaypointDialogTest, CommandsThreeAndFourOnlySayTheyAreMissing) {
-  const Waypoint before = waypoint;
-  WaypointEditDialog dialog(waypoint, lengths, messages);
-  for (const char* id : {"3", "4"}) {
-    auto* button = dialog.findChild<QPushButton*>(QString::fromLatin1(id));
-    ASSERT_NE(button, nullptr) << id;
-    button->click();
-    EXPECT_EQ(recorded.last(), "Sorry, the feature is not implemented") << id;
-    EXPECT_EQ(dialog.result(), 0) << id;  // still open
-  }
-  EXPECT_EQ(recorded.messages().size(), 2u);
-  EXPECT_EQ(waypoint, before);
 }
 
 }  // namespace
