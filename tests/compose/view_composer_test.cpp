@@ -120,34 +120,6 @@ class Compose : public ::testing::Test {
   MapRect waypointVisible_;
 };
 
-TEST_F(Compose, PictureIsRecreatedOnlyWhenTheSizeChanges) {
-  composer_.composeView(nullptr, view_);
-  ASSERT_EQ(composer_.picture().size(), QSize(240, 320));
-  EXPECT_EQ(composer_.picture().format(), QImage::Format_RGB32);
-  const uchar* first = composer_.picture().constBits();
-
-  composer_.composeView(nullptr, view_);
-  EXPECT_EQ(composer_.picture().constBits(), first);
-
-  view_.setScreenSize(320, 240);
-  composer_.composeView(nullptr, view_);
-  EXPECT_EQ(composer_.picture().size(), QSize(320, 240));
-  EXPECT_EQ(repaints_, 3);
-}
-
-TEST_F(Compose, WithoutMapThePictureIsWhiteUnderTheLayers) {
-  composer_.setTrackLayer({});
-  composer_.composeView(nullptr, view_);
-  const QImage& picture = composer_.picture();
-  for (int y = 0; y < picture.height(); ++y) {
-    for (int x = 0; x < picture.width(); ++x) {
-      ASSERT_EQ(picture.pixel(x, y), qRgb(255, 255, 255)) << x << "," << y;
-    }
-  }
-  EXPECT_EQ(waypointDraws_, 1);
-  EXPECT_EQ(waypointVisible_, view_.visibleRect());
-}
-
 TEST_F(Compose, MapThenTrackThenWaypoints) {
   const MapRect bounds{1990000, 990000, 2010000, 1030000};
   FakeMap map(bounds, composer_.picture());
@@ -192,14 +164,6 @@ TEST_F(Compose, PaintCopiesThePictureThenDrawsTheFastLayers) {
   EXPECT_TRUE(markers(device).empty());
 }
 
-TEST_F(Compose, PaintBeforeTheFirstCompositionDrawsOnlyTheFastLayers) {
-  const auto recorded = paint(std::nullopt);
-  const RecordingDevice& device = *recorded;
-  EXPECT_TRUE(device.callsOf(DrawCall::Kind::Image).empty());
-  EXPECT_EQ(device.callsOf(DrawCall::Kind::Polyline).size(), 2u);
-  EXPECT_EQ(device.callsOf(DrawCall::Kind::Polygon).size(), 2u);  // north arrow
-}
-
 TEST_F(Compose, SlowFixShowsACircleOf13Pixels) {
   const auto device = paint(fixAtCentre(1.9f, 45.0f));
   const auto shapes = markers(*device);
@@ -209,14 +173,6 @@ TEST_F(Compose, SlowFixShowsACircleOf13Pixels) {
   EXPECT_EQ(c, QPoint(120, 160));
   // Qt outlines a w-wide box over w + 1 pixels: cx - 6 .. cx + 6.
   EXPECT_EQ(shapes[0].transform.mapRect(shapes[0].rect), QRectF(c.x() - 6, c.y() - 6, 12, 12));
-}
-
-TEST_F(Compose, InvalidSpeedShowsACircle) {
-  PositionSnapshot fix = fixAtCentre(50.0f, 0.0f);
-  fix.speedValid = false;
-  const auto shapes = markers(*paint(fix));
-  ASSERT_EQ(shapes.size(), 1u);
-  EXPECT_EQ(shapes[0].kind, DrawCall::Kind::Ellipse);
 }
 
 struct ArrowCase {

@@ -28,17 +28,6 @@ TEST(AtomicFile, CreatesAndReplaces) {
   EXPECT_EQ(entries(dir), 1u);
 }
 
-TEST(AtomicFile, KeepsPermissionsOfTheReplacedFile) {
-  const fs::path dir = scratchDir("atomic-mode");
-  const fs::path target = dir / "private";
-  writeText(target, "old");
-  ASSERT_EQ(::chmod(target.c_str(), 0640), 0);
-  ASSERT_TRUE(writeFileAtomically(target, "new"));
-  struct stat info {};
-  ASSERT_EQ(::stat(target.c_str(), &info), 0);
-  EXPECT_EQ(info.st_mode & 07777, 0640u);
-}
-
 TEST(AtomicFile, FailureLeavesTargetAndNoTemporary) {
   const fs::path dir = scratchDir("atomic-fail");
   fs::create_directories(dir / "occupied" / "child");

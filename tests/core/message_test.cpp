@@ -26,25 +26,5 @@ TEST(Message, FormatsPrintfArgumentsAndCutsAtTheBoxCapacity) {
   EXPECT_EQ(recorder.last(), "");
 }
 
-TEST(Message, RecorderRestoresThePreviousSinkAndInstancesStayApart) {
-  std::vector<std::string> outer;
-  Messages messages([&outer](const std::string& text) { outer.push_back(text); });
-  Messages other;
-  MessageRecorder elsewhere(other);
-  {
-    MessageRecorder recorder(messages);
-    {
-      MessageRecorder inner(messages);
-      showMessage(messages, "inner %d", 1);
-      EXPECT_EQ(inner.messages(), std::vector<std::string>{"inner 1"});
-    }
-    showMessage(messages, "middle");
-    EXPECT_EQ(recorder.messages(), std::vector<std::string>{"middle"});
-  }
-  showMessage(messages, "outer");
-  EXPECT_EQ(outer, std::vector<std::string>{"outer"});
-  EXPECT_TRUE(elsewhere.messages().empty());
-}
-
 }  // namespace
 }  // namespace orvel

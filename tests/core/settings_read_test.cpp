@@ -101,13 +101,6 @@ INSTANTIATE_TEST_SUITE_P(Lines, ReadString, ::testing::Values(
     StringCase{"Gauge_0 string \xC0\xAF\n", u"speed"},         // overlong form
     StringCase{"Gauge_0 string a\rb\n", u"speed"}));
 
-TEST_F(SettingsStore, IntegersRoundTrip) {
-  for (const int32_t value : {0, 1, -1, 2, 42, INT32_MAX, INT32_MIN}) {
-    writeSettingInt("Page", value);
-    EXPECT_EQ(readSettingInt("Page", 7), value);
-  }
-}
-
 TEST_F(SettingsStore, StringsRoundTrip) {
   const std::u16string_view texts[] = {
       u"", u"speed", u"/home/пользователь/Карты/Орвел", u"a\\b\nc\r\nd\\n", u" edges ", u"#hash",
@@ -125,19 +118,6 @@ TEST_F(SettingsStore, WritesReplaceOneLineAndKeepTheRest) {
   writeSettingString("Gauge_9", u"");
   EXPECT_EQ(stored(), "# kept comment\nShowTrack dword 1\n\nGauge_3 string elev\nGauge_9 string \n");
   EXPECT_FALSE(std::filesystem::exists(badCopy()));
-}
-
-TEST_F(SettingsStore, TypeOfAValueFollowsTheLastWrite) {
-  writeSettingString("RotateMap", u"1");
-  EXPECT_FALSE(readSettingBool("RotateMap", false));
-  writeSettingBool("RotateMap", true);
-  EXPECT_TRUE(readSettingBool("RotateMap", false));
-  EXPECT_EQ(readSettingString("RotateMap", u"none"), u"none");
-}
-
-TEST_F(SettingsStore, TextStopsAtZero) {
-  writeSettingString("Path", std::u16string_view(u"before\0after", 12));
-  EXPECT_EQ(readSettingString("Path", u""), u"before");
 }
 
 TEST_F(SettingsStore, NamesThatCannotBeStoredAreIgnored) {
@@ -170,10 +150,6 @@ INSTANTIATE_TEST_SUITE_P(Texts, Capacity, ::testing::Values(
     CapacityCase{u"Скорость", 4, u"Скор"},
     CapacityCase{u"a\U0001F5FAb", 2, u"a"},    // half a surrogate pair is dropped
     CapacityCase{u"a\U0001F5FAb", 3, u"a\U0001F5FA"}));
-
-TEST_F(SettingsStore, DefaultIsTruncatedToo) {
-  EXPECT_EQ(readSettingString("Missing", u"satellites", 3), u"sat");
-}
 
 }  // namespace
 }  // namespace orvel::test

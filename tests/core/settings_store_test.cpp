@@ -90,14 +90,6 @@ TEST(SettingsPlace, UnusableStoreRunsOnDefaults) {
   EXPECT_EQ(readText(dir / "plain"), "a regular file, not a folder\n");
 }
 
-TEST_F(SettingsStore, ClosedStoreReadsDefaultsAndWritesNothing) {
-  writeSettingInt("Page", 2);
-  closeSettings();
-  EXPECT_EQ(readSettingInt("Page", 0), 0);
-  writeSettingInt("Page", 1);
-  EXPECT_EQ(stored(), "Page dword 2\n");
-}
-
 TEST_F(SettingsStore, DamagedFileKeepsWhatCanBeReadAndIsKeptAside) {
   const std::string damaged =
       "RotateMap dword 1\n"
@@ -120,45 +112,6 @@ TEST_F(SettingsStore, DamagedFileKeepsWhatCanBeReadAndIsKeptAside) {
   writeSettingInt("Page", 2);  // the file is sound again: the copy stays as it was
   EXPECT_EQ(readText(badCopy()), damaged);
   EXPECT_EQ(leftovers(file_.parent_path(), file_), std::vector<fs::path>{badCopy()});
-}
-
-TEST_F(SettingsStore, OversizedFileReadsAsDefaults) {
-  std::string huge;
-  while (huge.size() <= (1u << 20)) huge += "Page dword 1\n";
-  store(huge);
-  EXPECT_EQ(readSettingInt("Page", 0), 0);
-  writeSettingBool("ShowTrack", false);
-  EXPECT_EQ(readText(badCopy()).size(), huge.size());
-  EXPECT_EQ(stored(), "ShowTrack dword 0\n");
-}
-
-TEST_F(SettingsStore, BinaryJunkReadsAsDefaults) {
-  std::string junk(4096, '\0');
-  for (size_t i = 0; i < junk.size(); ++i) junk[i] = static_cast<char>((i * 2654435761u) >> 13);
-  store(junk);
-  EXPECT_EQ(readSettingInt("Page", 0), 0);
-  EXPECT_EQ(readSettingString("Gauge_0", u"speed"), u"speed");
-  writeSettingInt("Page", 1);
-  EXPECT_EQ(readText(badCopy()), junk);
-  EXPECT_EQ(readSettingInt("Page", 0), 1);
-}
-
-TEST_F(SettingsStore, FolderInPlaceOfTheFileReadsAsDefaults) {
-  fs::create_directories(file_ / "inside");
-  EXPECT_EQ(readSettingInt("Page", 3), 3);
-  writeSettingInt("Page", 1);  // nothing can be kept aside, so nothing is replaced
-  EXPECT_TRUE(fs::is_directory(file_ / "inside"));
-  EXPECT_EQ(readSettingInt("Page", 3), 3);
-}
-
-TEST_F(SettingsStore, StrayTemporaryFileIsHarmless) {
-  writeSettingInt("Page", 2);
-  const fs::path stray = fs::path(file_) += ".tmp-1-0";
-  writeText(stray, "Page dwo");
-  EXPECT_EQ(readSettingInt("Page", 0), 2);
-  writeSettingInt("Page", 1);
-  EXPECT_EQ(readSettingInt("Page", 0), 1);
-  EXPECT_EQ(readText(stray), "Page dwo");
 }
 
 TEST_F(SettingsStore, CrashBeforeReplaceLeavesPreviousFile) {

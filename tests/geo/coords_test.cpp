@@ -50,12 +50,6 @@ TEST(FormatCoordinate, FourNotations) {
   }
 }
 
-TEST(FormatCoordinate, ShowsDegreesAndMinutesUnlessToldOtherwise) {
-  EXPECT_TRUE(formatLatitude(-33.875f) == u"S33°52.500'");
-  EXPECT_TRUE(formatLongitude(151.2f) == u"E151°12.000'");
-  EXPECT_TRUE(formatLatitude(-33.875f, 0) == u"-33.87500");
-}
-
 struct ParseCase {
   const char16_t* text;
   bool found;
@@ -128,22 +122,6 @@ TEST(ParseCoordinate, Cases) {
       {u"12,5", true, 12.0f, 2},
   };
   for (const auto& c : cases) checkParse(parseCoordinate, c);
-}
-
-TEST(ParseCoordinate, ReadsBackEveryLetterNotation) {
-  for (float v : {55.755833f, -37.6173f, 0.25f, -179.99f, 89.5f}) {
-    for (uint32_t notation : {0u, 1u, 2u, 3u}) {
-      const std::u16string text = formatCoordinate(v, u'N', u'S', notation);
-      const char16_t* after = nullptr;
-      float back = 0;
-      ASSERT_TRUE(parseCoordinate(text.data(), text.data() + text.size(), &after, &back))
-          << utf8(text);
-      EXPECT_NEAR(back, v, 2e-5) << utf8(text);
-      if (notation != 1) {  // the trailing degree sign of notation 1 starts no minutes
-        EXPECT_EQ(after, text.data() + text.size()) << utf8(text);
-      }
-    }
-  }
 }
 
 }  // namespace

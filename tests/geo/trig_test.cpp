@@ -10,38 +10,6 @@ namespace {
 
 float degrees(float d) { return d * kPi / 180.0f; }
 
-TEST(TableSin, ExactValues) {
-  EXPECT_EQ(tableSin(kPi / 2), 1.0f);
-  EXPECT_EQ(tableSin(-kPi / 6), -0.5f);
-  EXPECT_EQ(tableSin(kPi / 6), 0.5f);
-  EXPECT_EQ(tableSin(0.0f), 0.0f);
-  EXPECT_EQ(tableSin(kPi), 0.0f);
-  EXPECT_EQ(tableSin(3 * kPi / 2), -1.0f);
-  EXPECT_EQ(tableSin(-kPi / 2), -1.0f);
-  EXPECT_EQ(tableSin(-3 * kPi / 2), 1.0f);
-}
-
-TEST(TableCos, ExactValues) {
-  EXPECT_EQ(tableCos(kPi), -1.0f);
-  EXPECT_EQ(tableCos(0.0f), 1.0f);
-  EXPECT_EQ(tableCos(kPi / 2), 0.0f);
-  EXPECT_EQ(tableCos(kPi / 3), 0.5f);
-  EXPECT_EQ(tableCos(-kPi / 3), 0.5f);
-  EXPECT_EQ(tableCos(2 * kPi / 3), -0.5f);
-  EXPECT_EQ(tableCos(-kPi), -1.0f);
-  EXPECT_EQ(tableCos(2 * kPi), 1.0f);
-}
-
-// Every whole degree over two full turns both ways, so each quadrant's folding and sign is
-// exercised.
-TEST(TableTrig, WholeDegreesMatchTheLibrary) {
-  for (int d = -360; d <= 360; ++d) {
-    const double exact = d * std::numbers::pi / 180.0;
-    EXPECT_NEAR(tableSin(degrees(static_cast<float>(d))), std::sin(exact), 1e-6) << d;
-    EXPECT_NEAR(tableCos(degrees(static_cast<float>(d))), std::cos(exact), 1e-6) << d;
-  }
-}
-
 TEST(TableTrig, ResolutionIsOneDegreeRoundedToNearest) {
   EXPECT_EQ(tableSin(degrees(30.4f)), 0.5f);
   EXPECT_EQ(tableSin(degrees(29.6f)), 0.5f);

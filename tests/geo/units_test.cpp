@@ -21,12 +21,6 @@ TEST(FloorToInt, RoundsTowardMinusInfinity) {
   for (const auto& c : cases) EXPECT_EQ(floorToInt(c.value), c.expected) << c.value;
 }
 
-TEST(FloorToInt, RoundingIsFloorOfValuePlusHalf) {
-  // Halves go upward, also below zero.
-  const FloorCase cases[] = {{-2.5f, -2}, {2.5f, 3}, {-0.5f, 0}, {0.49f, 0}, {-1.51f, -2}};
-  for (const auto& c : cases) EXPECT_EQ(floorToInt(c.value + 0.5f), c.expected) << c.value;
-}
-
 TEST(FloorToInt, ClampsOutOfRangeAndNan) {
   const float inf = std::numeric_limits<float>::infinity();
   EXPECT_EQ(floorToInt(3e9f), INT32_MAX);
@@ -98,18 +92,6 @@ TEST(Conversions, DegreesToSemicircles) {
       {-180.0f, INT32_MIN},
   };
   for (const auto& c : cases) EXPECT_EQ(degreesToSemicircles(c.degrees), c.expected) << c.degrees;
-}
-
-TEST(Conversions, MapUnitsToDegrees) {
-  EXPECT_EQ(mapUnitsToDegrees(8388608), 180.0f);
-  EXPECT_EQ(mapUnitsToDegrees(-4194304), -90.0f);
-  EXPECT_EQ(mapUnitsToDegrees(0), 0.0f);
-  EXPECT_NEAR(mapUnitsToDegrees(1), 360.0 / 16777216.0, 1e-12);
-  // Degrees that are whole map units survive the trip both ways where a float still resolves
-  // a map unit (below 90 degrees; near 180 its spacing is 0.7 units).
-  for (int32_t units : {1, -1, 46603, -2796203, 3728270, 4194303}) {
-    EXPECT_EQ(degreesToMapUnits(mapUnitsToDegrees(units)), units) << units;
-  }
 }
 
 }  // namespace

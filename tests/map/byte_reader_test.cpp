@@ -52,14 +52,5 @@ TEST(ByteReader, SeekPastTheEndMakesEveryReadFail) {
   EXPECT_FALSE(r.bytes(2, out));
 }
 
-TEST(ByteReader, FixedOffsetReadsCheckTheWholeValue) {
-  const std::array<uint8_t, 5> data{1, 2, 3, 4, 5};
-  uint32_t v = 0;
-  EXPECT_TRUE(readU32At(data, 1, v));
-  EXPECT_EQ(v, 0x05040302u);
-  EXPECT_FALSE(readU32At(data, 2, v));
-  EXPECT_FALSE(readU32At(data, SIZE_MAX - 1, v));
-}
-
 }  // namespace
 }  // namespace orvel

@@ -42,73 +42,13 @@ class OpenMap : public ::testing::Test {
   MapView view_;
 };
 
-struct Expected {
-  const char* file;
-  MapRect bounds;
-  uint32_t zoom;
-};
-
-// Zoom from the map's height: q = (north - south) / 320, zoom = 3 log2 q - 12.5, truncated.
-const Expected kMaps[] = {
-    {"monaco_default_6bit.img", {344072, 2028007, 349542, 2039606}, 3},     // q = 36
-    {"monaco_default_6bit_xor5a.img", {344072, 2028007, 349542, 2039606}, 3},
-    {"monaco_cp1252.img", {344072, 2028007, 349542, 2039606}, 3},
-    {"monaco_unicode.img", {344072, 2028007, 349542, 2039606}, 3},
-    {"liechtenstein_route_cp1252_bs512.img", {441384, 2192584, 449080, 2203001}, 2},  // q = 32
-};
-
-TEST_F(OpenMap, RealMapsBecomeTheCurrentMap) {
-  for (const Expected& e : kMaps) {
-    const auto path = test::dataFile(std::string("maps/") + e.file);
-    if (path.empty()) GTEST_SKIP();
-    view_.setCentre(0, 0);
-    ASSERT_TRUE(openMapFile(path, view_)) << e.file << ": " << messages_.last();
-    ASSERT_NE(currentMap(), nullptr);
-    EXPECT_NE(dynamic_cast<ImgMapFile*>(currentMap()), nullptr);
-    EXPECT_EQ(currentMap()->bounds(), e.bounds) << e.file;
-    EXPECT_EQ(view_.zoomIndex(), e.zoom) << e.file;
-    // The view's centre (0, 0) lay outside: it moves to the middle of the map.
-    EXPECT_EQ(view_.centre(), (MapPoint{(e.bounds.west + e.bounds.east) / 2, (e.bounds.south + e.bounds.north) / 2}));
-  }
-  EXPECT_TRUE(messages_.messages().empty());
-}
-
-TEST_F(OpenMap, CentreInsideTheMapIsKept) {
-  const auto path = test::dataFile("maps/monaco_cp1252.img");
-  if (path.empty()) GTEST_SKIP();
-  view_.setCentre(344072, 2030000);  // on the west edge
-  ASSERT_TRUE(openMapFile(path, view_));
-  EXPECT_EQ(view_.centre(), (MapPoint{344072, 2030000}));
-}
-
-// A map set opens with the union of its tiles' bounds, and the view is set up for it as
-// for one tile.
-TEST_F(OpenMap, MapSetOpensWithTheUnionOfItsTiles) {
-  const auto path = test::dataFile("maps/monaco_tiles_gmapsupp.img");
-  if (path.empty()) GTEST_SKIP();
-  view_.setCentre(0, 0);
-  EXPECT_TRUE(openMapFile(path, view_));
-  ASSERT_NE(currentMap(), nullptr);
-  EXPECT_TRUE(messages_.messages().empty());
-  EXPECT_EQ(currentMap()->bounds(), (MapRect{344064, 2027520, 350208, 2039808}));
-  EXPECT_EQ(view_.centre(), (MapPoint{347136, 2033664}));  // the middle of the union
-}
-
 TEST_F(OpenMap, MissingFileLeavesNoMap) {
   const auto path = test::dataFile("maps/monaco_cp1252.img");
-  if (path.empty()) GTEST_SKIP();
   ASSERT_TRUE(openMapFile(path, view_));
   ASSERT_NE(currentMap(), nullptr);
   EXPECT_FALSE(openMapFile(test::scratchDir("open_map") / "no such map.img", view_));
   EXPECT_EQ(currentMap(), nullptr);
   EXPECT_EQ(messages_.messages(), std::vector<std::string>{"Не удается открыть файл. (Ошибка 2.)"});
-}
-
-TEST_F(OpenMap, FolderCannotBeRead) {
-  EXPECT_FALSE(openMapFile(test::scratchDir("open_map"), view_));
-  EXPECT_EQ(currentMap(), nullptr);
-  ASSERT_EQ(messages_.messages().size(), 1u);
-  EXPECT_EQ(messages_.last().rfind("Не удается прочитать файл. (Ошибка ", 0), 0u) << messages_.last();
 }
 
 TEST_F(OpenMap, FilesOfFourGibibytesAreRefused) {
@@ -117,26 +57,14 @@ TEST_F(OpenMap, FilesOfFourGibibytesAreRefused) {
   ASSERT_GE(fd, 0);
   const bool sparse = ftruncate(fd, off_t{1} << 32) == 0;
   ::close(fd);
-  if (!sparse) GTEST_SKIP() << "no sparse file of 4 GiB here";
+  ASSERT_TRUE(sparse) << "cannot make a sparse file of 4 GiB in " << path.parent_path();
   EXPECT_FALSE(openMapFile(path, view_));
   EXPECT_EQ(messages_.messages(), std::vector<std::string>{"Не удается прочитать файл. (Ошибка 27.)"});
   std::filesystem::remove(path);
 }
 
-TEST_F(OpenMap, ShortFilesAreUnknownFormats) {
-  for (const size_t size : {size_t{0}, size_t{21}}) {
-    messages_.clear();
-    std::vector<uint8_t> bytes(size, 0);
-    if (size >= 21) std::copy_n("\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0\0DSKIM", 21, bytes.begin());
-    EXPECT_EQ(createMapFile(bytes), nullptr) << size;
-    EXPECT_FALSE(openMapFile(writeFile("short.img", bytes), view_));
-    EXPECT_EQ(messages_.messages(), std::vector<std::string>{kUnsupported}) << size;
-  }
-}
-
 TEST_F(OpenMap, LoaderFailureShowsOnlyTheLoadersMessage) {
   const auto path = test::dataFile("maps/monaco_cp1252.img");
-  if (path.empty()) GTEST_SKIP();
   std::vector<uint8_t> bytes = test::readFile(path);
   // Find the TRE subfile's directory entry and set the encryption bit of its header.
   size_t tre = 0;
@@ -157,7 +85,6 @@ TEST_F(OpenMap, LoaderFailureShowsOnlyTheLoadersMessage) {
 // otherwise the IMG probe gets its turn (the signature of an IMG lies at 0x10).
 TEST_F(OpenMap, OwnFormatProbeComesFirst) {
   const auto path = test::dataFile("maps/monaco_default_6bit.img");
-  if (path.empty()) GTEST_SKIP();
   std::vector<uint8_t> bytes = test::readFile(path);
   std::copy_n("GORV", 4, bytes.begin());
   putU32(bytes, 4, 2);

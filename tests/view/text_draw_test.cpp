@@ -58,15 +58,6 @@ TEST_F(TextDraw, AnchorsTheTextBoxByFormat) {
   EXPECT_EQ(drawnTopLeft(50, 60, text, kTextVCenter), QPoint(50, 60 - h / 2));
 }
 
-TEST_F(TextDraw, DrawsAmpersandLiterally) {
-  RecordingDevice device(100, 100);
-  QPainter painter(&device);
-  drawTextAt(painter, 0, 0, u"A&B", 0);
-  painter.end();
-  ASSERT_EQ(device.texts().size(), 1u);
-  EXPECT_EQ(device.texts()[0], QString("A&B"));
-}
-
 TEST_F(TextDraw, HaloIsFourWhiteDiagonalsThenTheColour) {
   RecordingDevice device(100, 100);
   QPainter painter(&device);
@@ -95,54 +86,6 @@ struct ArrowCase {
   QPolygonF blue;
   QPolygonF red;
 };
-
-TEST_F(TextDraw, NorthArrowCornersAndColours) {
-  const float quarter = -kPi / 2;  // map turned 90 degrees: north points left
-  const ArrowCase cases[] = {
-      {0.0f, QPolygonF({{105, 50}, {95, 50}, {100, 35}}), QPolygonF({{95, 50}, {105, 50}, {100, 65}})},
-      {quarter, QPolygonF({{100, 45}, {100, 55}, {85, 50}}), QPolygonF({{100, 55}, {100, 45}, {115, 50}})},
-  };
-  for (const ArrowCase& c : cases) {
-    SCOPED_TRACE(c.angle);
-    RecordingDevice device(200, 200);
-    QPainter painter(&device);
-    drawNorthArrow(painter, objects_, 100, 50, 15, 5, c.angle);
-    painter.end();
-    const auto polygons = device.callsOf(DrawCall::Kind::Polygon);
-    ASSERT_EQ(polygons.size(), 2u);
-    EXPECT_EQ(polygons[0].devicePoints(), c.blue);
-    EXPECT_EQ(polygons[1].devicePoints(), c.red);
-    EXPECT_EQ(polygons[0].brush.color(), QColor(0, 0, 255));
-    EXPECT_EQ(polygons[1].brush.color(), QColor(255, 0, 0));
-    for (const DrawCall& p : polygons) {
-      EXPECT_EQ(p.pen.color(), QColor(Qt::black));
-      EXPECT_EQ(p.pen.width(), 1);
-    }
-  }
-}
-
-TEST_F(TextDraw, SharedDrawingObjects) {
-  const DrawingObjects& objects = objects_;
-  // Heights are character cells (ascent + descent), not em sizes.
-  EXPECT_NEAR(QFontMetrics(objects.smallFont).height(), 12, 1);
-  EXPECT_NEAR(QFontMetrics(objects.largeFont).height(), 14, 1);
-  EXPECT_LT(objects.smallFont.pixelSize(), 12);
-  EXPECT_EQ(objects.smallFont.family(), QString("Liberation Sans"));
-  EXPECT_EQ(objects.outlinePen.color(), QColor(Qt::white));
-  EXPECT_EQ(objects.outlinePen.width(), 3);
-  EXPECT_EQ(objects.thinPen.color(), QColor(Qt::black));
-  EXPECT_EQ(objects.thinPen.width(), 1);
-  const QColor expected[kSolidBrushCount] = {
-      {0, 0, 0},       {128, 0, 0},   {0, 128, 0},   {128, 128, 0}, {0, 0, 128},   {128, 0, 128},
-      {0, 128, 128},   {96, 96, 96},  {192, 192, 192}, {255, 0, 0}, {0, 255, 0},   {255, 255, 0},
-      {0, 0, 255},     {255, 0, 255}, {0, 255, 255}, {255, 255, 255}};
-  for (int i = 0; i < kSolidBrushCount; ++i) {
-    SCOPED_TRACE(i);
-    EXPECT_EQ(objects.brushes[size_t(i)].color(), expected[i]);
-    EXPECT_EQ(objects.brushes[size_t(i)].style(), Qt::SolidPattern);
-  }
-  EXPECT_EQ(objects.brush(SolidBrush::DarkGrey).color(), QColor(96, 96, 96));
-}
 
 }  // namespace
 }  // namespace orvel

@@ -33,37 +33,6 @@ Loaded load(ImgMapFile& map, const ByteVector& bytes) {
   return result;
 }
 
-TEST(ImgContainer, ProbeNeedsTheDescrambledSignature) {
-  ImgMapFile map;
-  ByteVector bytes = buildImg({}).bytes;
-  EXPECT_TRUE(map.probe(bytes));
-  EXPECT_TRUE(map.probe(test::scrambled(bytes, 0x37)));
-  EXPECT_FALSE(map.probe(ByteVector(bytes.begin(), bytes.begin() + 21)));
-  EXPECT_TRUE(map.probe(ByteVector(bytes.begin(), bytes.begin() + 22)));
-  EXPECT_FALSE(map.probe({}));
-  bytes[0x15] = 'X';
-  EXPECT_FALSE(map.probe(bytes));
-}
-
-TEST(ImgContainer, PlainFileIsReadInPlaceAndScrambledOneFromACopy) {
-  const ByteVector plain = buildImg({}).bytes;
-  ASSERT_EQ(plain[0x10], 0x44);
-  ImgMapFile a;
-  ASSERT_TRUE(load(a, plain).ok);
-  EXPECT_EQ(a.fileBytes().data(), plain.data());
-  EXPECT_EQ(a.xorKey(), 0);
-
-  // The key comes from byte 0x10, not byte 0: a scrambled byte 0 of anything is fine.
-  ByteVector mixed = test::scrambled(plain, 0xA5);
-  mixed[0] = 0x00;
-  ImgMapFile b;
-  ASSERT_TRUE(load(b, mixed).ok);
-  EXPECT_EQ(b.xorKey(), 0xA5);
-  EXPECT_NE(b.fileBytes().data(), mixed.data());
-  EXPECT_EQ(b.bounds(), a.bounds());
-  EXPECT_TRUE(std::equal(a.rgnData().begin(), a.rgnData().end(), b.rgnData().begin(), b.rgnData().end()));
-}
-
 TEST(ImgContainer, BoundsAreSignExtended) {
   ImgLayout layout;
   layout.north = -5;
@@ -73,22 +42,6 @@ TEST(ImgContainer, BoundsAreSignExtended) {
   ImgMapFile map;
   ASSERT_TRUE(load(map, buildImg(layout).bytes).ok);
   EXPECT_EQ(map.bounds(), (MapRect{-0x800000, -0x7FFFFF, 0x7FFFFF, -5}));
-}
-
-TEST(ImgContainer, BlockSizeIsSixteenBits) {
-  struct Case {
-    uint8_t e1, e2;
-    uint16_t size;
-  };
-  for (const Case c : {Case{9, 0, 512}, Case{9, 1, 1024}, Case{8, 7, 32768}}) {
-    ImgLayout layout;
-    layout.e1 = c.e1;
-    layout.e2 = c.e2;
-    // The builder lays subfiles out in 512-byte blocks; larger blocks land on block 0.
-    ImgMapFile map;
-    load(map, buildImg(layout).bytes);
-    EXPECT_EQ(map.blockSize(), c.size) << +c.e1 << "+" << +c.e2;
-  }
 }
 
 // Exponents 9 and 7 give 65536, kept as 0: every subfile is looked for at offset 0, where
@@ -177,22 +130,6 @@ TEST(ImgContainer, LaterPartsAreSkippedButLaterFirstPartsReplace) {
   if (result.ok) {
     EXPECT_TRUE(test::staysInside(replaced));
   }
-}
-
-TEST(ImgContainer, NetRoadDataRunsToTheEndOfNet) {
-  ImgLayout layout;
-  layout.withNet = true;
-  layout.roadData = {9, 8, 7, 6, 5};
-  const test::BuiltImg built = buildImg(layout);
-  ImgMapFile map;
-  ASSERT_TRUE(load(map, built.bytes).ok);
-  EXPECT_TRUE(map.hasNet());
-  EXPECT_EQ(map.netData().data(), built.bytes.data() + built.offsets[test::kBuiltNet] + 0x37);
-  EXPECT_EQ(map.netData().size(), 5u);
-
-  ImgMapFile without;
-  ASSERT_TRUE(load(without, buildImg({}).bytes).ok);
-  EXPECT_TRUE(without.netData().empty());
 }
 
 TEST(ImgContainer, LabelSettings) {

@@ -13,7 +13,7 @@
 
 #include "common/recording_device.h"
 #include "map/catalogue/catalogue.h"
-#include "draw_test_util.h"
+#include "common/draw_kit.h"
 #include "map/catalogue/map_styles.h"
 #include "map/draw/map_painter.h"
 #include "map/img/rgn_decoder.h"
@@ -177,22 +177,6 @@ TEST_F(DrawRules, PointsGetTheirIconCentredAndTheirLabelBelowRight) {
   EXPECT_EQ(calls[2].pen.color(), QColor(96, 96, 96));  // the default point label style
 }
 
-TEST_F(DrawRules, PointsOnTheViewsEdgeAreDrawnThoseBeyondAreNot) {
-  const MapRect visible = view_.visibleRect();
-  RecordingDevice device(240, 320);
-  {
-    QPainter painter(&device);
-    MapPainter mapPainter(painter, view_, visible, map_, drawing_);
-    mapPainter.begin();
-    const MapPoint inside[] = {{visible.west, visible.south}, {visible.east, visible.north}};
-    const MapPoint outside[] = {{visible.west - 1, visible.south}, {visible.east, visible.north + 1}};
-    for (const MapPoint& p : inside) mapPainter.onObject(MapObject{ObjectKind::Point, 0x2A00, {&p, 1}, 0});
-    for (const MapPoint& p : outside) mapPainter.onObject(MapObject{ObjectKind::Point, 0x2A00, {&p, 1}, 0});
-    mapPainter.finish();
-  }
-  EXPECT_EQ(device.callsOf(DrawCall::Kind::Image).size(), 2u);
-}
-
 TEST_F(DrawRules, AreaLabelsNeedRoomForTheirText) {
   const auto calls = record({
       {ObjectKind::Polygon, 0x3C, square(20, 20, 60), 1},   // "Lake": fits
@@ -214,37 +198,6 @@ TEST_F(DrawRules, AreaLabelsNeedRoomForTheirText) {
   // Centred on the vertex mean (50, 50).
   const QFontMetrics metrics(lake.font);
   EXPECT_EQ(texts[0].deviceOrigin(), QPointF((50 + 51 - metrics.horizontalAdvance("Lake")) / 2, 50 + metrics.ascent()));
-}
-
-TEST_F(DrawRules, LabelsComeAfterAllGeometryAndPointLabelsKeepApart) {
-  const auto calls = record({
-      {ObjectKind::Point, 0x2A00, {{100, 100}}, 4},
-      {ObjectKind::Polygon, 0x3C, square(10, 10, 200), 1},
-      {ObjectKind::Line, 0x06, {{0, 300}, {239, 300}}, 3},
-      {ObjectKind::Point, 0x2A00, {{102, 101}}, 5},  // its label would cover the first one's
-  });
-  std::vector<DrawCall::Kind> kinds;
-  std::vector<QString> texts;
-  for (const DrawCall& c : calls) {
-    kinds.push_back(c.kind);
-    if (c.kind == DrawCall::Kind::Text) texts.push_back(c.text);
-  }
-  using K = DrawCall::Kind;
-  EXPECT_EQ(kinds, (std::vector<K>{K::Image, K::Polygon, K::Polyline, K::Image, K::Text, K::Text, K::Text}));
-  EXPECT_EQ(texts, (std::vector<QString>{"Cafe", "Lake", "Main Street"}));
-}
-
-TEST_F(DrawRules, LineLabelsFollowTheSegmentAtTheMiddleOfTheLine) {
-  const auto calls = record({{ObjectKind::Line, 0x06, {{20, 200}, {120, 100}, {220, 100}}, 3}});
-  ASSERT_EQ(calls.size(), 2u);
-  ASSERT_EQ(calls[1].kind, DrawCall::Kind::Text);
-  EXPECT_EQ(calls[1].text, "Main Street");
-  // The middle of the length lies on the first (rising) segment: the text turns counter-
-  // clockwise about its position, by 44 degrees: -45 rounded by adding 0.5 and truncating.
-  const QTransform& t = calls[1].transform;
-  const QPointF along = t.map(QPointF(100, 0)) - t.map(QPointF(0, 0));
-  EXPECT_NEAR(along.x(), 100 * std::cos(44 * M_PI / 180), 0.01);
-  EXPECT_NEAR(along.y(), -100 * std::sin(44 * M_PI / 180), 0.01);
 }
 
 }  // namespace

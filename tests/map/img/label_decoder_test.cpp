@@ -100,14 +100,6 @@ TEST(SixBitLabel, RunsIntoTheEndOfTheData) {
   EXPECT_EQ(decode({0x04, 0x20, 0xC4, 0x08, 0x30}, 0, LabelSchema::SixBit), u"ABCDBC");
 }
 
-TEST(SixBitLabel, StartsAtTheOffset) {
-  std::vector<uint8_t> data = packSixBit({1, 1});
-  const auto second = packSixBit({2, 3});
-  data.insert(data.end(), second.begin(), second.end());
-  EXPECT_EQ(decode(data, 3, LabelSchema::SixBit), u"BC");
-  EXPECT_EQ(decode(data, 0, LabelSchema::SixBit), u"AA");
-}
-
 TEST(ByteLabel, ControlCodesDropped) {
   const std::vector<uint8_t> data = {0x1E, 'M', 'a', 'i', 'n', 0x1F, 0};
   EXPECT_EQ(decode(data, 0, LabelSchema::Byte), u"Main");

@@ -178,33 +178,6 @@ TEST(RgnDecoder, SectionEndsAtARecordThatDoesNotFit) {
   }
 }
 
-TEST(RgnDecoder, PointRecordsWithAndWithoutSubtype) {
-  Rgn rgn;
-  ImgSubdivision& s = rgn.addSubdivision();
-  s.centreX = 0xFFFF00;  // -256 once sign-extended
-  s.centreY = 0x000100;
-  s.shift = 1;
-  const auto records = concat({pointRecord(0x2C, 0x1234, -1, 3), pointRecord(0x2F, 0x55, 0, 0, 0x0B),
-                               pointRecord(0x01, 0, 0, 0, 0x00)});
-  rgn.setSection(s, kSectionPoints, records);
-  // The same records as indexed points, cut in the middle of a subtype record's ninth byte.
-  rgn.setSection(s, kSectionIndexedPoints, std::vector<uint8_t>(records.begin(), records.begin() + 8 + 8));
-
-  const auto points = rgn.decode(kSectionPoints);
-  ASSERT_EQ(points.size(), 3u);
-  EXPECT_EQ(points[0].kind, ObjectKind::Point);
-  EXPECT_EQ(points[0].type, 0x2C00u);
-  EXPECT_EQ(points[0].labelRef, 0x1234u);
-  EXPECT_EQ(points[0].points, (std::vector<MapPoint>{{-258, 262}}));
-  EXPECT_EQ(points[1].type, 0x2F0Bu);
-  EXPECT_EQ(points[1].labelRef, 0x55u);
-  EXPECT_EQ(points[2].type, 0x0100u);
-
-  const auto indexed = rgn.decode(kSectionIndexedPoints);
-  ASSERT_EQ(indexed.size(), 1u);
-  EXPECT_EQ(indexed[0].type, 0x2C00u);
-}
-
 struct IndirectionCase {
   std::string name;
   size_t dataSize;      // 0: the map has no such data
@@ -319,20 +292,6 @@ TEST(RgnDecoder, VisitsVisibleSubdivisionsOfTheLevelInDrawingOrder) {
   std::vector<uint32_t> order;
   for (const auto& o : c.objects) order.push_back(o.kind == ObjectKind::Point ? o.type >> 8 : o.type);
   EXPECT_EQ(order, (std::vector<uint32_t>{0x14, 0x34, 0x13 & 0x3F, 0x33 & 0x3F, 0x11, 0x12, 0x31, 0x32}));
-}
-
-TEST(RgnDecoder, AbsentAndOutOfRangeSectionsGiveNothing) {
-  Rgn rgn;
-  ImgSubdivision& s = rgn.addSubdivision();
-  rgn.setSection(s, kSectionPoints, pointRecord(0x2C, 0, 0, 0));
-  s.sectionStart[kSectionIndexedPoints] = 1000;
-  s.sectionLength[kSectionIndexedPoints] = 8;
-  s.sectionStart[kSectionPolygons] = 0;
-  s.sectionLength[kSectionPolygons] = kNoSection;
-  EXPECT_EQ(rgn.decode(kSectionPoints).size(), 1u);
-  EXPECT_TRUE(rgn.decode(kSectionIndexedPoints).empty());
-  EXPECT_TRUE(rgn.decode(kSectionPolylines).empty());
-  EXPECT_TRUE(rgn.decode(kSectionPolygons).empty());
 }
 
 }  // namespace

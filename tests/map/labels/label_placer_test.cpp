@@ -99,20 +99,6 @@ TEST_F(Labels, GridIsClippedAtTheRightAndBottomEdges) {
   EXPECT_EQ(placer_.pending().size(), 3u);
 }
 
-TEST_F(Labels, GridIsClippedAtTheLeftAndTopEdges) {
-  placer_.resetLabels(80, 40);
-  const int w = extent(u"Eze").width();
-  // Starting 3 pixels left of and above the screen: the box reaches into column 0 and row 0.
-  EXPECT_TRUE(point(u"Eze", 1, -3, -3));
-  EXPECT_EQ(placer_.cell(0, 0), 0);
-  EXPECT_EQ(placer_.cell((w - 3) / 8, 0), 0);
-  EXPECT_FALSE(point(u"Eze", 2, 0, 0));
-  // Ending just left of the screen: it covers no cell, so column 0 stays free below it.
-  EXPECT_TRUE(point(u"Eze", 3, -w - 9, 20));
-  EXPECT_EQ(placer_.cell(0, 5), LabelPlacer::kFreeCell);
-  EXPECT_TRUE(point(u"La Turbie", 4, 0, 20));
-}
-
 TEST_F(Labels, AreaLabelSitsOnTheVertexMean) {
   placer_.resetLabels(240, 320);
   const MapPoint square[] = {{10, 20}, {110, 20}, {110, 71}, {10, 71}};
@@ -176,44 +162,6 @@ TEST_F(Labels, LineLabelFollowsTheMiddleSegment) {
     EXPECT_EQ(QPoint(label.x(), label.y()), c.position);
     EXPECT_EQ(label.alignment, 0);
   }
-}
-
-TEST_F(Labels, DrawnWithTheirTextsFetchedAgain) {
-  LabelMap map;
-  map.texts = {{1, u"Port Hercule"}, {2, u"Larvotto"}, {3, u"Boulevard & Co"}};
-  placer_.resetLabels(240, 320);
-  ASSERT_TRUE(point(u"Port Hercule", 1, 30, 40));
-  const MapPoint area[] = {{100, 100}, {140, 100}, {140, 140}, {100, 140}};
-  placer_.addAreaLabel(2, area, font_, QColor(0, 128, 0));
-  const MapPoint line[] = {{0, 0}, {100, 100}};
-  placer_.addLineLabel(3, line, font_, Qt::black, 14, 40);
-  placer_.addAreaLabel(99, area, font_, Qt::black);  // no text: nothing drawn
-
-  RecordingDevice device(240, 320);
-  QPainter painter(&device);
-  placer_.drawLabels(painter, map);
-  painter.end();
-
-  const auto texts = device.callsOf(DrawCall::Kind::Text);
-  ASSERT_EQ(texts.size(), 3u);
-  const QFontMetrics metrics(font_);
-
-  EXPECT_EQ(texts[0].text, QString("Port Hercule"));
-  EXPECT_EQ(texts[0].deviceOrigin(), QPointF(30, 40 + metrics.ascent()));
-
-  EXPECT_EQ(texts[1].text, QString("Larvotto"));
-  EXPECT_EQ(texts[1].pen.color(), QColor(0, 128, 0));
-  const int w = metrics.horizontalAdvance("Larvotto");
-  EXPECT_EQ(texts[1].deviceOrigin(), QPointF((120 + 121 - w) / 2, 120 + metrics.ascent()));
-
-  // The turned text keeps its top-left corner at the label position and runs along the line.
-  EXPECT_EQ(texts[2].text, QString("Boulevard & Co"));
-  const QTransform& t = texts[2].transform;
-  EXPECT_EQ(t.map(QPointF(0, 0)), QPointF(47, 27));
-  const QPointF along = t.map(QPointF(100, 0)) - t.map(QPointF(0, 0));
-  EXPECT_NEAR(along.x(), 70.71, 0.01);
-  EXPECT_NEAR(along.y(), 70.71, 0.01);
-  EXPECT_EQ(texts[2].origin, QPointF(0, metrics.ascent()));
 }
 
 }  // namespace
