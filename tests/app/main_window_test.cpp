@@ -31,23 +31,6 @@ TEST_F(MainWindowTest, ABurstOfFixesCostsOneHandling) {
   EXPECT_FALSE(gps.isLatchSet(kMsgFixChanged));
 }
 
-TEST_F(MainWindowTest, StatusTextShowsInTheStatusArea) {
-  startWindow();
-  gps.setStatusText(u"NMEA на COM3");
-  processEvents();
-  EXPECT_EQ(window->statusLabel()->text(), QStringLiteral("NMEA на COM3"));
-  EXPECT_FALSE(gps.isLatchSet(kMsgStatusChanged));
-}
-
-TEST(Hyperlink, IsDecidedByClassAndText) {
-  const struct { const char* text; bool link; } cases[] = {
-      {"http://x.org", true}, {"HTTP://X.ORG", true}, {"Ftp:host", true},
-      {"mailto:a@b", true},   {"www.x.org", false},  {"https://x.org", false},
-      {"htt", false},         {"", false},           {" http://x", false},
-  };
-  for (const auto& c : cases) EXPECT_EQ(isHyperlinkText(QString::fromUtf8(c.text)), c.link) << c.text;
-}
-
 TEST_F(MainWindowTest, OpenCommandOpensTheChosenMap) {
   const std::filesystem::path map = dataFile("maps/monaco_default_6bit.img");
   startWindow();
@@ -75,13 +58,6 @@ TEST_F(MainWindowTest, SavePointUsesTheScreenCentreNotTheGpsPosition) {
   EXPECT_FLOAT_EQ(waypointRequests[0].lat, mapUnitsToDegrees(degreesToMapUnits(43.7f)));
   EXPECT_EQ(waypointRequests[0].time, 46000.25);
   EXPECT_EQ(waypointRequests[0].altitude, 0.0f);
-}
-
-TEST_F(MainWindowTest, KeysOtherThanTheMapsGoUnconsumed) {
-  startWindow();
-  EXPECT_FALSE(window->keyDown(Qt::Key_A, false));
-  EXPECT_FALSE(window->keyUp(Qt::Key_A, false));
-  EXPECT_TRUE(window->keyUp(Qt::Key_Return, false));
 }
 
 }  // namespace

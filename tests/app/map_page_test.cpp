@@ -35,23 +35,6 @@ TEST_F(MapPageTest, UpAndDownKeysAndTheMenuStepThroughTheZoomTable) {
   EXPECT_EQ(mapPage().compositionCount(), before + 3);
 }
 
-TEST_F(MapPageTest, ZoomStopsAtBothEndsWithoutRedrawing) {
-  startWindow();
-  mapView().setZoomIndex(0);
-  uint64_t before = mapPage().compositionCount();
-  QTest::keyClick(client(), Qt::Key_Up);
-  window->commandAction(kCmdZoomIn)->trigger();
-  EXPECT_EQ(mapView().zoomIndex(), 0u);
-  EXPECT_EQ(mapPage().compositionCount(), before);
-
-  mapView().setZoomIndex(kZoomSteps - 1);
-  before = mapPage().compositionCount();
-  QTest::keyClick(client(), Qt::Key_Down);
-  window->commandAction(kCmdZoomOut)->trigger();
-  EXPECT_EQ(mapView().zoomIndex(), uint32_t(kZoomSteps - 1));
-  EXPECT_EQ(mapPage().compositionCount(), before);
-}
-
 TEST_F(MapPageTest, DragPansByTheStylusMovementAndComposesOnce) {
   startWindow();
   mapView().setCentre(100000, 200000);
@@ -73,23 +56,6 @@ TEST_F(MapPageTest, DragPansByTheStylusMovementAndComposesOnce) {
   EXPECT_EQ(mapPage().compositionCount(), before + 1);
 }
 
-TEST_F(MapPageTest, TapAndHoldShowsThePopupMenu) {
-  startWindow();
-  QTest::mousePress(client(), Qt::LeftButton, {}, QPoint(50, 70));
-  ASSERT_TRUE(window->holdPending());
-  window->completeHold();  // as the hold timer does after its time
-  QTest::mouseRelease(client(), Qt::LeftButton, {}, QPoint(50, 70));
-  ASSERT_EQ(popups.size(), 1u);
-  const auto& items = popups[0].items;
-  ASSERT_EQ(items.size(), 4u);
-  EXPECT_EQ(items[0], std::make_pair(QStringLiteral("Сохранить точку..."), true));
-  EXPECT_EQ(items[1], std::make_pair(QStringLiteral("Go to..."), false));
-  EXPECT_EQ(items[2].first, QString());
-  EXPECT_EQ(items[3], std::make_pair(QStringLiteral("Отменить"), true));
-  EXPECT_EQ(popups[0].globalPos, client()->mapToGlobal(QPoint(50, 70)));
-  EXPECT_FALSE(mapPage().panning());  // the release belonged to the gesture
-}
-
 TEST_F(MapPageTest, PopupSavePointOpensTheWaypointDialogAtTheTappedPoint) {
   startWindow();
   mapView().setCentre(300000, 400000);
@@ -102,20 +68,6 @@ TEST_F(MapPageTest, PopupSavePointOpensTheWaypointDialogAtTheTappedPoint) {
   EXPECT_FLOAT_EQ(waypointRequests[0].lat, mapUnitsToDegrees(at.y));
   EXPECT_EQ(waypointRequests[0].time, 0.0);
   EXPECT_EQ(waypointRequests[0].altitude, 0.0f);
-}
-
-TEST_F(MapPageTest, PanCommandsMoveTheViewByTwentyPixels) {
-  startWindow();
-  const struct { int id; int dx; int dy; } cases[] = {
-      {40005, 20, 0}, {40006, -20, 0}, {40007, 0, 20}, {40008, 0, -20}};
-  for (const auto& c : cases) {
-    mapView().setCentre(1000000, 2000000);
-    MapView expected = mapView();
-    expected.pan(c.dx, c.dy);
-    window->onCommand(c.id);
-    EXPECT_EQ(mapView().centre().x, expected.centre().x) << c.id;
-    EXPECT_EQ(mapView().centre().y, expected.centre().y) << c.id;
-  }
 }
 
 TEST_F(MapPageTest, HoldingTheActionKeyForTheTimerSavesTheCentreOfThePress) {
@@ -136,27 +88,6 @@ TEST_F(MapPageTest, HoldingTheActionKeyForTheTimerSavesTheCentreOfThePress) {
   window->deliverTimer(kActionTimerId);  // once only
   QTest::keyRelease(client(), Qt::Key_Return);
   EXPECT_EQ(waypointRequests.size(), 1u);
-}
-
-TEST_F(MapPageTest, ActionKeyTakesTimeAndAltitudeOnlyWhenValid) {
-  startWindow();
-  GpsFix fix;
-  fix.flags = kFixTime | kFixAltitude;
-  fix.time = 45000.5;
-  fix.altitude = 123.0f;
-  gps.exchangeFix(fix);
-  QTest::keyPress(client(), Qt::Key_Return);
-  window->deliverTimer(kActionTimerId);
-  fix.flags = kFixTime;  // altitude no longer valid
-  gps.exchangeFix(fix);
-  QTest::keyRelease(client(), Qt::Key_Return);
-  QTest::keyPress(client(), Qt::Key_Return);
-  window->deliverTimer(kActionTimerId);
-  ASSERT_EQ(waypointRequests.size(), 2u);
-  EXPECT_EQ(waypointRequests[0].time, 45000.5);
-  EXPECT_EQ(waypointRequests[0].altitude, 123.0f);
-  EXPECT_EQ(waypointRequests[1].time, 45000.5);
-  EXPECT_EQ(waypointRequests[1].altitude, 0.0f);
 }
 
 GpsFix movingFix(float lon, float lat, float speed, float course) {
@@ -197,16 +128,6 @@ TEST_F(MapPageTest, RotateMapTurnsFromTwoKilometresAnHour) {
   fixes.updateFix(movingFix(7.44f, 43.73f, 1.0f, 200.0f));
   processEvents();
   EXPECT_EQ(mapView().rotation(), 91);
-}
-
-TEST_F(MapPageTest, FixesReachOnlyTheCurrentPage) {
-  startWindow();
-  window->onCommand(kCmdFirstPage + 1);
-  mapView().setCentre(10, 20);
-  fixes.updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
-  processEvents();
-  EXPECT_EQ(mapView().centre().x, 10);
-  EXPECT_FALSE(gps.isLatchSet(kMsgFixChanged));
 }
 
 }  // namespace

@@ -46,20 +46,9 @@ void RecordingEngine::drawRects(const QRectF* rects, int count) {
   calls.push_back(std::move(call));
 }
 
-void RecordingEngine::drawRects(const QRect* rects, int count) {
-  std::vector<QRectF> converted(rects, rects + count);
-  drawRects(converted.data(), count);
-}
-
 void RecordingEngine::drawLines(const QLineF* lines, int count) {
   DrawCall call = start(DrawCall::Kind::Lines);
   for (int i = 0; i < count; ++i) call.points << lines[i].p1() << lines[i].p2();
-  calls.push_back(std::move(call));
-}
-
-void RecordingEngine::drawLines(const QLine* lines, int count) {
-  DrawCall call = start(DrawCall::Kind::Lines);
-  for (int i = 0; i < count; ++i) call.points << QPointF(lines[i].p1()) << QPointF(lines[i].p2());
   calls.push_back(std::move(call));
 }
 
@@ -68,8 +57,6 @@ void RecordingEngine::drawEllipse(const QRectF& rect) {
   call.rect = rect;
   calls.push_back(std::move(call));
 }
-
-void RecordingEngine::drawEllipse(const QRect& rect) { drawEllipse(QRectF(rect)); }
 
 void RecordingEngine::drawPath(const QPainterPath& path) {
   DrawCall call = start(DrawCall::Kind::Path);
@@ -84,21 +71,9 @@ void RecordingEngine::drawPoints(const QPointF* points, int count) {
   calls.push_back(std::move(call));
 }
 
-void RecordingEngine::drawPoints(const QPoint* points, int count) {
-  DrawCall call = start(DrawCall::Kind::Points);
-  for (int i = 0; i < count; ++i) call.points << QPointF(points[i]);
-  calls.push_back(std::move(call));
-}
-
 void RecordingEngine::drawPolygon(const QPointF* points, int count, PolygonDrawMode mode) {
   DrawCall call = start(mode == PolylineMode ? DrawCall::Kind::Polyline : DrawCall::Kind::Polygon);
   call.points = QPolygonF(QList<QPointF>(points, points + count));
-  calls.push_back(std::move(call));
-}
-
-void RecordingEngine::drawPolygon(const QPoint* points, int count, PolygonDrawMode mode) {
-  DrawCall call = start(mode == PolylineMode ? DrawCall::Kind::Polyline : DrawCall::Kind::Polygon);
-  for (int i = 0; i < count; ++i) call.points << QPointF(points[i]);
   calls.push_back(std::move(call));
 }
 

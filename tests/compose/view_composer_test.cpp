@@ -136,18 +136,6 @@ TEST_F(Compose, MapThenTrackThenWaypoints) {
   EXPECT_EQ(waypointDraws_, 1);
 }
 
-TEST_F(Compose, SettingsTurnTheLayersOff) {
-  settings_.writeSettingBool("ShowTrack", false);
-  composer_.composeView(nullptr, view_);
-  EXPECT_EQ(trackDraws_, 0);
-  EXPECT_EQ(waypointDraws_, 1);
-  settings_.writeSettingBool("ShowTrack", true);
-  settings_.writeSettingBool("ShowWaypoints", false);
-  composer_.composeView(nullptr, view_);
-  EXPECT_EQ(trackDraws_, 1);
-  EXPECT_EQ(waypointDraws_, 1);
-}
-
 TEST_F(Compose, PaintCopiesThePictureThenDrawsTheFastLayers) {
   composer_.composeView(nullptr, view_);
   const auto recorded = paint(std::nullopt);
@@ -199,19 +187,6 @@ TEST_F(Compose, MovingFixShowsAnArrow) {
     ASSERT_EQ(shapes.size(), 1u);
     ASSERT_EQ(shapes[0].kind, DrawCall::Kind::Polygon);
     EXPECT_EQ(shapes[0].devicePoints(), QPolygonF(c.corners.translated(marker())));
-  }
-}
-
-TEST_F(Compose, NorthArrowTurnsAgainstTheMap) {
-  const int32_t rotations[] = {0, 90, 180};
-  const QPointF blueTips[] = {{220, 5}, {205, 20}, {220, 35}};
-  for (size_t i = 0; i < 3; ++i) {
-    SCOPED_TRACE(rotations[i]);
-    view_.setRotation(rotations[i]);
-    const auto polygons = paint(std::nullopt)->callsOf(DrawCall::Kind::Polygon);
-    ASSERT_EQ(polygons.size(), 2u);
-    EXPECT_EQ(polygons[0].brush.color(), QColor(0, 0, 255));
-    EXPECT_EQ(polygons[0].devicePoints()[2], blueTips[i]);
   }
 }
 

@@ -120,14 +120,6 @@ TEST_F(SettingsStore, WritesReplaceOneLineAndKeepTheRest) {
   EXPECT_FALSE(std::filesystem::exists(badCopy()));
 }
 
-TEST_F(SettingsStore, NamesThatCannotBeStoredAreIgnored) {
-  for (const char* name : {"", "Two words", "Tab\tName", "#Comment", "Имя"}) {
-    writeSettingInt(name, 5);
-    EXPECT_EQ(readSettingInt(name, 7), 7) << name;
-  }
-  EXPECT_FALSE(std::filesystem::exists(file_));
-}
-
 struct CapacityCase {
   std::u16string_view stored;
   size_t capacity;

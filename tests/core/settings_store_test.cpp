@@ -38,58 +38,6 @@ std::vector<fs::path> leftovers(const fs::path& dir, const fs::path& keep) {
   return found;
 }
 
-TEST(SettingsPlace, ConfigFileVariableWins) {
-  Settings settings;
-  const fs::path dir = scratchDir("settings-place-env");
-  const fs::path file = dir / "nested" / "my.conf";
-  ScopedEnv config("ORVEL_CONFIG_FILE", file.c_str());
-  ScopedEnv xdg("XDG_CONFIG_HOME", dir.c_str());
-  EXPECT_EQ(settings.openSettings(), 0);
-  EXPECT_EQ(settings.settingsFile(), file);
-  EXPECT_TRUE(fs::is_directory(dir / "nested"));
-  settings.closeSettings();
-}
-
-TEST(SettingsPlace, FollowsXdgThenHome) {
-  Settings settings;
-  const fs::path dir = scratchDir("settings-place-xdg");
-  ScopedEnv config("ORVEL_CONFIG_FILE", nullptr);
-  {
-    ScopedEnv xdg("XDG_CONFIG_HOME", (dir / "xdg").c_str());
-    EXPECT_EQ(settings.openSettings(), 0);
-    EXPECT_EQ(settings.settingsFile(), dir / "xdg" / "Orvel" / "GisOrvel.conf");
-    EXPECT_TRUE(fs::is_directory(dir / "xdg" / "Orvel"));
-  }
-  for (const char* xdgValue : {static_cast<const char*>(nullptr), "", "relative/path"}) {
-    ScopedEnv xdg("XDG_CONFIG_HOME", xdgValue);
-    ScopedEnv home("HOME", (dir / "home").c_str());
-    EXPECT_EQ(settings.openSettings(), 0);
-    EXPECT_EQ(settings.settingsFile(), dir / "home" / ".config" / "Orvel" / "GisOrvel.conf");
-  }
-  settings.closeSettings();
-}
-
-TEST(SettingsPlace, UnusableStoreRunsOnDefaults) {
-  Settings settings;
-  const fs::path dir = scratchDir("settings-unusable");
-  writeText(dir / "plain", "a regular file, not a folder\n");
-  const fs::path file = dir / "plain" / "Orvel" / "GisOrvel.conf";
-  ScopedEnv config("ORVEL_CONFIG_FILE", file.c_str());
-  EXPECT_NE(settings.openSettings(), 0);
-  EXPECT_TRUE(settings.settingsFile().empty());
-
-  settings.writeSettingInt("Page", 2);
-  settings.writeSettingBool("ShowTrack", false);
-  settings.writeSettingString("Gauge_0", u"elev");
-  EXPECT_EQ(settings.readSettingInt("Page", 0), 0);
-  EXPECT_TRUE(settings.readSettingBool("ShowTrack", true));
-  EXPECT_TRUE(settings.readSettingBool("ShowWaypoints", true));
-  EXPECT_TRUE(settings.readSettingBool("ScanCOMPorts", true));
-  EXPECT_TRUE(settings.readSettingBool("Enable_COM19", true));
-  EXPECT_EQ(settings.readSettingString("Gauge_0", u"speed", 32), u"speed");
-  EXPECT_EQ(readText(dir / "plain"), "a regular file, not a folder\n");
-}
-
 TEST_F(SettingsStore, DamagedFileKeepsWhatCanBeReadAndIsKeptAside) {
   const std::string damaged =
       "RotateMap dword 1\n"

@@ -57,42 +57,5 @@ TEST(DemoCapture, SentencesMoveAndKeepTheirForm) {
   EXPECT_NE(south.find(",0002.0000,S,00002.0000,W,"), std::string::npos) << south;
 }
 
-TEST(DemoReplay, RunsInItsOwnThreadAndStopsAtOnce) {
-  const auto path = test::dataFile("gps/nmea/bundg_zeus_9.log");
-  test::FixCollector sink;
-  DemoReplay demo(sink);
-  DemoReplayOptions options;
-  options.burstMs = 150;  // faster than recorded, still well apart for the burst rules
-  options.setStatus = false;
-  EXPECT_FALSE(demo.startDemoReplay("/nonexistent/demo.log", options));
-  EXPECT_FALSE(demo.isDemoReplaying());
-  ASSERT_TRUE(demo.startDemoReplay(path.string(), options));
-  EXPECT_TRUE(demo.isDemoReplaying());
-  const auto located = [&] {
-    const auto fixes = sink.fixesSoFar();
-    return std::count_if(fixes.begin(), fixes.end(), [](const GpsFix& f) { return f.has(kFixPosition); });
-  };
-  ASSERT_TRUE(test::waitUntil([&] { return located() >= 4; }, 5000));
-  demo.stopDemoReplay();
-  EXPECT_FALSE(demo.isDemoReplaying());
-  const auto count = demo.demoFixCount();
-  EXPECT_GE(count, 4u);
-
-  const std::vector<GpsFix>& fixes = sink.fixes;
-  EXPECT_EQ(fixes.size(), count);
-  for (const GpsFix& f : fixes) {
-    if (!f.has(kFixPosition)) continue;
-    EXPECT_NEAR(f.latitude, kDemoAnchor.latitude, 0.01);
-    EXPECT_NEAR(f.longitude, kDemoAnchor.longitude, 0.01);
-  }
-  // One burst a second as recorded: successive fixes are about one second apart.
-  std::vector<double> times;
-  for (const GpsFix& f : fixes) {
-    if (f.has(kFixTime)) times.push_back(f.time * 86400.0);
-  }
-  ASSERT_GE(times.size(), 3u);
-  EXPECT_NEAR(times[2] - times[1], 1.0, 0.01);
-}
-
 }  // namespace
 }  // namespace orvel

@@ -69,23 +69,5 @@ TEST(GarminPacket, CheckOfAReceivedPacket) {
   for (const Case& c : cases) EXPECT_EQ(checkGarminPacket(c.packet), c.expected) << ::testing::PrintToString(c.packet);
 }
 
-TEST(GarminScan, FindsWellFormedPacketsWithTheirStuffingUndone) {
-  Bytes stream{'j', 'u', 'n', 'k', 0x10};
-  const auto a = frameGarminPacket(0x72, Bytes{0x10, 0x10, 1});
-  const auto b = frameGarminPacket(0x33, Bytes{7});
-  stream.insert(stream.end(), a.begin(), a.end());
-  stream.insert(stream.end(), {0x10, 0x33, 0x01, 0x07, 0x00, 0x10, 0x03});  // bad checksum
-  stream.insert(stream.end(), b.begin(), b.end());
-  std::vector<std::pair<uint8_t, Bytes>> found;
-  scanGarminPackets(stream, [&](uint8_t id, std::span<const uint8_t> data, size_t end) {
-    found.emplace_back(id, Bytes(data.begin(), data.end()));
-    EXPECT_EQ(stream[end - 1], 0x03);
-  });
-  ASSERT_EQ(found.size(), 2u);
-  EXPECT_EQ(found[0].first, 0x72);
-  EXPECT_EQ(found[0].second, (Bytes{0x10, 0x10, 1}));
-  EXPECT_EQ(found[1].second, Bytes{7});
-}
-
 }  // namespace
 }  // namespace orvel

@@ -107,19 +107,6 @@ TEST_F(GarminProtocolTest, TheStartRequestAndItsAnswer) {
   EXPECT_EQ(silentAt(55000), kNothing);  // the ACK time-out no longer applies
 }
 
-TEST_F(GarminProtocolTest, AQuietGapWhileStreamingRequestsAgain) {
-  acknowledge(5100);
-  EXPECT_EQ(silentAt(5799), kNothing);
-  EXPECT_EQ(port.writes.size(), 1u);
-  EXPECT_EQ(silentAt(5800), kNothing);
-  ASSERT_EQ(port.writes.size(), 2u);
-  EXPECT_EQ(port.writes[1], kStart);
-  EXPECT_TRUE(garmin.awaitingAck());
-  // The repeated request unanswered: 3000 ms later the receiver counts as gone.
-  EXPECT_EQ(silentAt(8800), kNothing);
-  EXPECT_EQ(silentAt(8801), kFailed);
-}
-
 TEST_F(GarminProtocolTest, APositionRecordBecomesAFixAndIsAnsweredWithStop) {
   acknowledge(5100);
   EXPECT_EQ(feedAt(5200, frameGarminPacket(kGarminPvt, Pvt{}.bytes())), kRecognised);
@@ -196,16 +183,6 @@ TEST_F(GarminProtocolTest, RecordsThatGiveNoFix) {
   EXPECT_EQ(collected.lost, 2);
   // A size that does not match its data (checksum right) is no Garmin.
   EXPECT_EQ(feedAt(5600, std::vector<uint8_t>{0x10, 0x06, 0x03, 0x0A, 0x00, 0xED, 0x10, 0x03}), kFailed);
-}
-
-TEST_F(GarminProtocolTest, PacketsSplitAcrossReadsAreJoined) {
-  acknowledge(5100);
-  const auto packet = frameGarminPacket(kGarminPvt, Pvt{}.bytes());
-  uint32_t t = 5100;
-  for (size_t i = 0; i < packet.size(); ++i) {
-    EXPECT_EQ(feedAt(t += 5, std::vector<uint8_t>{packet[i]}), i + 1 == packet.size() ? kRecognised : kNothing) << i;
-  }
-  EXPECT_EQ(collected.fixes.size(), 1u);
 }
 
 }  // namespace

@@ -78,25 +78,6 @@ TEST_F(GpsInputTest, FindsAnNmeaReceiverAndHandsOnItsFixes) {
   EXPECT_TRUE(sawStatus("Нет соединения с GPS-приемником"));
 }
 
-TEST_F(GpsInputTest, FindsAGarminReceiverAfterNmeaGivesUp) {
-  const auto bytes = capture("gps/garmin_binary/garmin18x-bin.raw");
-  test::PtyPair pty;
-  ASSERT_TRUE(pty.ok());
-  input.addScanDevice(pty.slavePath());
-  test::ReceiverThread receiver(pty.master(), bytes, 150, true);
-
-  input.beginScan();
-  ASSERT_TRUE(waitStatus("Протокол Garmin через COM1", 8000)) << history();
-  EXPECT_TRUE(sawStatus("Поиск данных - NMEA-0183..."));
-  EXPECT_TRUE(sawStatus("Поиск данных - Протокол Garmin..."));
-  ASSERT_TRUE(test::waitUntil([this] { return currentFix().has(kFixPosition); }, kPatienceMs));
-  // Position records of the GPS 18x near San Antonio, TX, in radians in the capture.
-  EXPECT_NEAR(currentFix().latitude, 29.4456, 1e-3);
-  EXPECT_NEAR(currentFix().longitude, -98.6066, 1e-3);
-  EXPECT_GT(receiver.acks(), 0);
-  EXPECT_FALSE(sawStatus("Ошибка протокола.")) << history();
-}
-
 TEST_F(GpsInputTest, AnUnpluggedReceiverIsReportedAndSearchedForAgain) {
   const auto bytes = capture("gps/nmea/bu353s4.log");
   test::PtyPair pty;
@@ -148,56 +129,6 @@ TEST_F(GpsInputTest, StopJoinsThreadsWaitingOnAQuietPortAndASilentGpsd) {
   EXPECT_TRUE(again.open(quiet.slavePath()));
   ::close(client);
   ::close(server);
-}
-
-TEST_F(GpsInputTest, SettingsDecideWhatIsScanned) {
-  test::PtyPair one, two;
-  ASSERT_TRUE(one.ok() && two.ok());
-  input.addScanDevice(one.slavePath());
-  input.addScanDevice(two.slavePath());
-
-  settings.writeSettingBool("ScanCOMPorts", false);
-  input.startScanning();
-  EXPECT_EQ(input.activeScanThreads(), 0);
-  EXPECT_FALSE(input.isScanning());
-  EXPECT_TRUE(sawStatus("Нет соединения с GPS-приемником"));
-
-  settings.writeSettingBool("ScanCOMPorts", true);
-  settings.writeSettingInt("Enable_COM1", 0);
-  settings.writeSettingInt("Enable_COM2", 0);
-  input.startScanning();
-  EXPECT_EQ(input.activeScanThreads(), 0);
-
-  settings.writeSettingInt("Enable_COM2", 1);
-  input.startScanning();
-  EXPECT_TRUE(test::waitUntil([this] { return input.activeScanThreads() == 1; }, kPatienceMs));
-}
-
-TEST(GpsOption, DevicesAndGpsdAddresses) {
-  struct Case {
-    const char* value;
-    bool ok;
-  };
-  const Case cases[] = {{"/dev/ttyUSB0", true},          {"/dev/pts/4", true},   {"gpsd://", true},
-                        {"gpsd://localhost:2948", true}, {"gpsd://host:x", false}, {"", false}};
-  test::FixCollector sink;
-  Settings settings;
-  GpsInput input(sink, settings), other(sink, settings);
-  for (const Case& c : cases) {
-    std::string error;
-    EXPECT_EQ(input.addGpsOption(c.value, error), c.ok) << c.value;
-    EXPECT_EQ(error.empty(), c.ok) << c.value;
-  }
-  input.clearScanSources();
-  input.setScanRoots({}, false);
-  other.setScanRoots({}, false);
-  std::string error;
-  ASSERT_TRUE(input.addGpsOption("/dev/pts/9", error));
-  const auto ports = input.scanPortList();
-  ASSERT_EQ(ports.size(), 1u);
-  EXPECT_EQ(ports[0].path, "/dev/pts/9");
-  EXPECT_EQ(ports[0].number, 1);
-  EXPECT_TRUE(other.scanPortList().empty()) << "each object has sources of its own";
 }
 
 }  // namespace

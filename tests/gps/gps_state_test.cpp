@@ -76,32 +76,5 @@ TEST_F(GpsStateTest, MessagesAreCoalescedUntilTheLatchIsCleared) {
   EXPECT_EQ(posted, (std::vector<int>{kMsgFixChanged, kMsgSatellitesChanged, kMsgFixChanged}));
 }
 
-TEST_F(GpsStateTest, FixIsReplacedWhole) {
-  GpsFix first;
-  first.flags = kFixPosition | kFixSpeed;
-  first.longitude = 10.5f;
-  state.exchangeFix(first);
-  GpsFix second;
-  second.flags = kFixTime;
-  second.time = 38173.5;
-  const GpsFix old = state.exchangeFix(second);
-  EXPECT_EQ(old.flags, first.flags);
-  EXPECT_EQ(old.longitude, 10.5f);
-  GpsFix now;
-  state.getFix(now);
-  EXPECT_EQ(now.flags, kFixTime);
-  EXPECT_EQ(state.gpsSnapshot().fix.time, 38173.5);
-}
-
-TEST(GpsFixTest, NoFixClearsPositionErrorsAndDilutions) {
-  GpsFix fix;
-  fix.flags = 0x7FFF & ~kFixReserved;
-  setFixType(fix, kFixType3D);
-  EXPECT_EQ(fix.flags, 0x7FFFu & ~kFixReserved);
-  setFixType(fix, kFixTypeInvalid);
-  EXPECT_EQ(fix.flags, (0x7FFFu & ~kFixReserved) & ~0x6016u);
-  EXPECT_EQ(fix.fixType, 0u);
-}
-
 }  // namespace
 }  // namespace orvel

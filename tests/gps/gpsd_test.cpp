@@ -1,6 +1,5 @@
-// gpsd as a source: its address on the command line, the JSON members we read, reports
-// turned into fixes and satellites (gpsd's own reports of a real receiver among them), and
-// the client against a small server speaking gpsd's protocol.
+// gpsd as a source: its address on the command line, the JSON members we read, and reports
+// turned into fixes and satellites.
 #include <gtest/gtest.h>
 
 #include <sys/socket.h>
@@ -8,12 +7,10 @@
 
 #include <algorithm>
 #include <atomic>
-#include <fstream>
 #include <string>
 #include <thread>
 #include <vector>
 
-#include "common/test_data.h"
 #include "gps/gpsd_client.h"
 #include "gps/gpsd_json.h"
 #include "gps/ole_date.h"
@@ -77,51 +74,6 @@ TEST(GpsdJson, MembersAtTheTopLevelOnly) {
   }
 }
 
-// gpsd's own reports of real receivers, as its regression files keep them.
-std::vector<std::string> reportsOf(const std::string& relative) {
-  std::vector<std::string> lines;
-  std::ifstream in(test::dataFile(relative));
-  for (std::string line; std::getline(in, line);) {
-    if (line.rfind("{\"class\":", 0) == 0) lines.push_back(line);
-  }
-  return lines;
-}
-
-TEST(GpsdDecoder, TpvAndSkyOfARealReceiver) {
-  const auto lines = reportsOf("gps/nmea/ac12_binary.log.chk");
-  ASSERT_FALSE(lines.empty());
-  test::FixCollector fixes;
-  GpsdDecoder decoder(fixes);
-  std::string stream;
-  for (const auto& line : lines) stream += line + "\n";
-  // Cut across reports, as reads from a socket are.
-  for (size_t at = 0; at < stream.size(); at += 100) {
-    decoder.process(test::bytesOf(std::string_view(stream).substr(at, 100)));
-  }
-  size_t tpv = 0;
-  for (const auto& line : lines) tpv += line.find("\"class\":\"TPV\"") != std::string::npos;
-  ASSERT_EQ(fixes.fixes.size(), tpv);
-
-  const auto located = std::find_if(fixes.fixes.begin(), fixes.fixes.end(), [](const GpsFix& f) { return f.has(kFixPosition); });
-  ASSERT_NE(located, fixes.fixes.end());
-  // The AC12 lay at 20°37.76'N 87°04.07'W on 2007-12-23.
-  EXPECT_NEAR(located->latitude, 20.6293, 1e-3);
-  EXPECT_NEAR(located->longitude, -87.0679, 1e-3);
-  const GpsFix& last = fixes.fixes.back();
-  ASSERT_TRUE(last.has(kFixTime | kFixType | kFixSatellitesUsed | kFixHdop));
-  EXPECT_EQ(formatIso8601Utc(last.time).substr(0, 10), "2007-12-23");
-  EXPECT_EQ(last.satellitesUsed, 3u);
-  EXPECT_FLOAT_EQ(last.hdop, 2.2f);
-
-  const auto satellites = fixes.state.gpsSnapshot().satellites;
-  ASSERT_GE(satellites.size(), 1u);
-  bool sawPrn28 = false;
-  for (const SatelliteInfo& s : satellites) {
-    if (s.prn == 28) sawPrn28 = s.elevation > 0 && s.azimuth > 0 && s.snr > 0;
-  }
-  EXPECT_TRUE(sawPrn28);
-}
-
 TEST(GpsdDecoder, FieldsModesAndUnits) {
   test::FixCollector fixes;
   GpsdDecoder decoder(fixes);
@@ -149,47 +101,6 @@ TEST(GpsdDecoder, FieldsModesAndUnits) {
   // No fix: position, errors and dilutions become invalid together.
   EXPECT_EQ(fixes.fixes[1].fixType, kFixTypeInvalid);
   EXPECT_FALSE(fixes.fixes[1].flags & kNoFixClearMask);
-}
-
-TEST(GpsdClient, ReadsAServerAndConnectsAgainAfterALoss) {
-  uint16_t port = 0;
-  const int server = test::listenLocal(port);
-  ASSERT_GE(server, 0);
-  std::atomic<int> watches{0};
-  std::thread fake([&] {
-    for (int connection = 0; connection < 2; ++connection) {
-      const int client = ::accept(server, nullptr, nullptr);
-      if (client < 0) return;
-      char request[256] = {};
-      const ssize_t n = ::recv(client, request, sizeof request - 1, 0);
-      if (n > 0 && std::string(request).find("?WATCH={\"enable\":true,\"json\":true}") == 0) ++watches;
-      std::string reports = R"({"class":"VERSION","release":"3.22"})" "\n";
-      for (int i = 0; i < 3; ++i) {
-        reports += R"({"class":"TPV","mode":2,"lat":)" + std::to_string(43.73 + i * 0.001) + R"(,"lon":7.42})" "\n";
-      }
-      ::send(client, reports.data(), reports.size(), MSG_NOSIGNAL);
-      std::this_thread::sleep_for(std::chrono::milliseconds(200));
-      ::close(client);  // gpsd went away
-    }
-  });
-
-  // By name: the lookup goes through the resolver's own threads.
-  ScanSignals signals;
-  test::FixCollector fixes;
-  HostLookups lookups;
-  std::thread client([&] { readGpsd(GpsdAddress{"localhost", port}, signals, fixes, {}, lookups); });
-  const std::string found = "gpsd через localhost:" + std::to_string(port);
-  EXPECT_TRUE(test::waitUntil([&] { return fixes.fixesSoFar().size() >= 6; }, 8000));
-  EXPECT_EQ(fixes.statusCount(found), 2) << "found, lost, found again";
-  EXPECT_GE(fixes.statusCount("Не обнаружено данных."), 1);
-  EXPECT_EQ(watches, 2);
-  signals.setStop();
-  client.join();
-  fake.join();
-  ::close(server);
-  ASSERT_GE(fixes.fixes.size(), 3u);
-  EXPECT_NEAR(fixes.fixes[2].latitude, 43.732, 1e-4);
-  EXPECT_EQ(fixes.fixes[2].fixType, kFixType2D);
 }
 
 }  // namespace

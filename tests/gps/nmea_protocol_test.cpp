@@ -73,13 +73,6 @@ TEST_F(NmeaProtocolTest, ABurstMergesAndIsHandedOnAfterAQuietGap) {
   EXPECT_EQ(collected.fixes[2].flags, 0x0383u);  // the RMC; the GSA waits in turn
 }
 
-TEST_F(NmeaProtocolTest, ASentenceSplitAcrossReadsIsJoined) {
-  uint32_t t = 1000;
-  EXPECT_EQ(trickle(t, kRmc, 7), kNothing);
-  EXPECT_EQ(feedAt(t + 20, "$"), kRecognised);
-  EXPECT_EQ(nmea.assembling().flags, 0x0383u);
-}
-
 TEST_F(NmeaProtocolTest, AContinuousStreamHandsOnEveryThreeSeconds) {
   for (uint32_t t = 1500; t <= 4000; t += 500) feedAt(t, kGsa);  // never a quiet gap
   EXPECT_TRUE(collected.fixes.empty());  // exactly 3000 ms after open: not yet
@@ -153,24 +146,6 @@ TEST_F(NmeaProtocolTest, CommentsAndOverlongPrintableSentencesAreSkipped) {
   }
 }
 
-TEST_F(NmeaProtocolTest, ReopeningForgetsAHalfSentence) {
-  feedAt(1000, kRmc.substr(0, 40));
-  nmea.open();
-  feedAt(1000, kRmc.substr(40) + kGsa + "$");
-  EXPECT_EQ(nmea.assembling().flags, 0x7000u);  // only the GSA
-}
-
-TEST_F(NmeaProtocolTest, EachSentenceModeHandsOnEverySentence) {
-  nmea.setHandOverEachSentence(true);
-  EXPECT_EQ(feedAt(1010, kGga + kGsa + kRmc + "$"), kRecognised);
-  ASSERT_EQ(collected.fixes.size(), 3u);
-  EXPECT_EQ(collected.fixes[0].flags, 0x382Au);
-  EXPECT_EQ(collected.fixes[1].flags, 0x7000u);
-  EXPECT_EQ(collected.fixes[2].flags, 0x0383u);
-  EXPECT_EQ(silentAt(1200), kRecognised);  // the burst still ends, with nothing more to hand on
-  EXPECT_EQ(collected.fixes.size(), 3u);
-}
-
 TEST_F(NmeaProtocolTest, GsvListsPostAtTheirLastMessage) {
   GpsState& state = collected.state;
   feedAt(1010, kGsv1 + kGsv2 + "$");
@@ -189,24 +164,6 @@ TEST_F(NmeaProtocolTest, GsvListsPostAtTheirLastMessage) {
   feedAt(2010, kGsv2 + kGsv3 + "$");
   EXPECT_EQ(satellites(), before);
   EXPECT_TRUE(state.isLatchSet(kMsgSatellitesChanged));
-}
-
-TEST_F(NmeaProtocolTest, GsvListsOfOneBurstAddUpWithEachSatelliteOnce) {
-  // GPS then GLONASS, the second signal of each GPS satellite again (NMEA 4.10 appends a
-  // signal field, which is no satellite).
-  const std::string gl = nmeaLine("GLGSV,2,1,05,65,53,144,,66,58,305,32,67,06,313,,72,09,137,,1") +
-                         nmeaLine("GLGSV,2,2,05,87,14,030,17,1");
-  const std::string l5 = nmeaLine("GPGSV,1,1,02,01,78,221,,28,17,339,41,6");
-  feedAt(1010, kGsv1 + kGsv2 + kGsv3 + gl + l5 + "$");
-  const auto list = satellites();
-  ASSERT_EQ(list.size(), 16u);
-  EXPECT_EQ(list[0], (SatelliteInfo{1, 78, 221, 47}));
-  EXPECT_EQ(list[10], (SatelliteInfo{28, 17, 339, 41}));  // the better signal
-  EXPECT_EQ(list[11], (SatelliteInfo{65, 53, 144, 0}));
-  EXPECT_EQ(list[15], (SatelliteInfo{87, 14, 30, 17}));
-  silentAt(1200);  // the next burst starts afresh
-  feedAt(2010, kGsv1 + kGsv2 + kGsv3 + "$");
-  EXPECT_EQ(satellites().size(), 11u);
 }
 
 }  // namespace

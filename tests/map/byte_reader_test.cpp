@@ -36,21 +36,5 @@ TEST(ByteReader, FailedReadLeavesCursorAndOutput) {
   EXPECT_EQ(w, 0xCCBB);
 }
 
-TEST(ByteReader, SeekPastTheEndMakesEveryReadFail) {
-  const std::array<uint8_t, 4> data{1, 2, 3, 4};
-  ByteReader r(data);
-  r.seek(100);
-  EXPECT_EQ(r.remaining(), 0u);
-  std::span<const uint8_t> out;
-  uint8_t v = 0;
-  EXPECT_FALSE(r.u8(v));
-  EXPECT_FALSE(r.bytes(0, out));
-  EXPECT_FALSE(r.skip(1));
-  r.seek(1);
-  ASSERT_TRUE(r.bytes(2, out));
-  EXPECT_EQ(out.data(), data.data() + 1);
-  EXPECT_FALSE(r.bytes(2, out));
-}
-
 }  // namespace
 }  // namespace orvel

@@ -51,18 +51,6 @@ TEST_F(OpenMap, MissingFileLeavesNoMap) {
   EXPECT_EQ(messages_.messages(), std::vector<std::string>{"Не удается открыть файл. (Ошибка 2.)"});
 }
 
-TEST_F(OpenMap, FilesOfFourGibibytesAreRefused) {
-  const auto path = test::scratchDir("open_map") / "huge.img";
-  const int fd = ::open(path.c_str(), O_CREAT | O_WRONLY | O_TRUNC, 0600);
-  ASSERT_GE(fd, 0);
-  const bool sparse = ftruncate(fd, off_t{1} << 32) == 0;
-  ::close(fd);
-  ASSERT_TRUE(sparse) << "cannot make a sparse file of 4 GiB in " << path.parent_path();
-  EXPECT_FALSE(openMapFile(path, view_));
-  EXPECT_EQ(messages_.messages(), std::vector<std::string>{"Не удается прочитать файл. (Ошибка 27.)"});
-  std::filesystem::remove(path);
-}
-
 TEST_F(OpenMap, LoaderFailureShowsOnlyTheLoadersMessage) {
   const auto path = test::dataFile("maps/monaco_cp1252.img");
   std::vector<uint8_t> bytes = test::readFile(path);

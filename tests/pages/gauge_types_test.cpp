@@ -30,13 +30,6 @@ class GaugeTypes : public ::testing::Test {
   std::filesystem::path root_;
 };
 
-TEST_F(GaugeTypes, FindsKeysExactly) {
-  ASSERT_NE(findGauge(u"speed"), nullptr);
-  EXPECT_EQ(findGauge(u"Speed"), nullptr);
-  EXPECT_EQ(findGauge(u"speed "), nullptr);
-  EXPECT_EQ(findGauge(u""), nullptr);
-}
-
 struct FieldCase {
   const char16_t* key;
   uint32_t bit;
@@ -108,13 +101,6 @@ TEST_F(BatteryGaugeTest, ExternalPowerShowsChargingElseTheBatteryCharge) {
   }
 }
 
-TEST_F(BatteryGaugeTest, NoSuppliesOrNoFolderShowsDash) {
-  EXPECT_EQ(shown(u"power"), QStringLiteral("-"));
-  GaugeRegistry elsewhere;
-  registerGaugeTypes(elsewhere, root_ / "missing");
-  EXPECT_EQ(elsewhere.findGauge(u"power")->gauge->format(), u"-");
-}
-
 class TimeGaugeTest : public GaugeTypes {
  protected:
   void SetUp() override {
@@ -161,14 +147,6 @@ TEST_F(TimeGaugeTest, DaylightTimeIsAddedInSummer) {
   EXPECT_EQ(showTime(2024, 1, 1, 12, 0, 0), QString::fromStdU16String(formatTimeOfDay(13, 0, 0)));
   // Across midnight into the next local day.
   EXPECT_EQ(showTime(2024, 1, 1, 23, 30, 15), QString::fromStdU16String(formatTimeOfDay(0, 30, 15)));
-}
-
-TEST_F(TimeGaugeTest, WithoutTimeShowsDash) {
-  GpsFix fix;
-  fix.time = 45000.5;
-  fix.flags = 0x7FFF & ~kFixTime;
-  findGauge(u"time")->gauge->update(fix);
-  EXPECT_EQ(shown(u"time"), QStringLiteral("-"));
 }
 
 }  // namespace

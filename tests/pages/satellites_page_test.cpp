@@ -45,15 +45,6 @@ class SatellitesPageTest : public PagesTest {
   }
 };
 
-TEST_F(SatellitesPageTest, WideScreenKeepsSkyAndTextsOnScreen) {
-  for (const QSize size : {QSize(800, 480), QSize(640, 480), QSize(480, 640), QSize(1024, 600)}) {
-    const SatellitesLayout layout = satellitesLayout(size.width(), size.height());
-    EXPECT_GE(layout.cy - layout.radius, 16) << size.width() << "x" << size.height();
-    EXPECT_LE(layout.base + 80, size.height()) << size.width() << "x" << size.height();
-    EXPECT_GT(layout.radius, 60);
-  }
-}
-
 struct SkyCase {
   uint32_t elevation, azimuth;
   QPointF centre;
@@ -114,15 +105,6 @@ TEST_F(SatellitesPageTest, BarsRiseHalfTheSignalFromTheBandBottom) {
   EXPECT_EQ(numbersUnderBars, 1);
 }
 
-TEST_F(SatellitesPageTest, SixteenthBarStartsPastTheRightEdge) {
-  std::vector<SatelliteInfo> many;
-  for (uint32_t i = 1; i <= 16; ++i) many.push_back({i, 10 + i, 20 * i, 40});
-  showSatellites(many);
-  const std::vector<QRectF> drawn = bars(record(satellitesPage()));
-  ASSERT_EQ(drawn.size(), 16u);
-  EXPECT_EQ(drawn[15].left(), 248);
-}
-
 struct QualityCase {
   uint32_t flags;
   uint32_t fixType;
@@ -172,14 +154,6 @@ TEST_F(SatellitesPageTest, PositionSatellitesUsedAndStatus) {
   EXPECT_FALSE(hasText(calls, QStringLiteral("-")));
   EXPECT_TRUE(hasText(calls, QStringLiteral("Исп.: 7")));
   EXPECT_TRUE(hasText(calls, QStringLiteral("NMEA: COM3")));
-}
-
-TEST_F(SatellitesPageTest, EachGpsMessageRepaints) {
-  SatellitesPage& page = satellitesPage();
-  page.onStatusChanged();
-  page.onFixChanged();
-  page.onSatellitesChanged();
-  EXPECT_EQ(repaints_, 3);
 }
 
 }  // namespace

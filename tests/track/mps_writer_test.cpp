@@ -81,22 +81,6 @@ TEST(MpsFormat, Conversions) {
   EXPECT_EQ(mpsUnixTime(1e9), UINT32_MAX);
 }
 
-TEST(MpsFormat, AbsentFieldsAreZero) {
-  GpsFix fix;
-  fix.flags = kFixPosition;
-  fix.latitude = 1;
-  fix.longitude = 2;
-  fix.altitude = 55;
-  fix.time = 38173.5;
-  fix.reserved = 3;
-  const auto bytes = encodeMpsPoint(mpsPointFromFix(fix));
-  for (size_t i = 8; i < kMpsPointSize; ++i) EXPECT_EQ(bytes[i], 0) << i;
-  fix.flags |= kFixReserved;
-  const auto withDepth = encodeMpsPoint(mpsPointFromFix(fix));
-  EXPECT_EQ(withDepth[22], 1);
-  EXPECT_EQ(le::loadDouble(withDepth.data() + 23), 3.0);
-}
-
 // The points of a real MapSource file, decoded independently into a CSV, written again:
 // the points come out byte for byte as in the real file, through a fix and directly.
 TEST_F(MpsWriterTest, WritesTheRealTrackBackByteForByte) {
@@ -138,72 +122,6 @@ TEST_F(MpsWriterTest, WritesTheRealTrackBackByteForByte) {
   EXPECT_EQ(ours->records[2].length, 10 + 9 + 64 * kMpsPointSize);
   EXPECT_EQ(ours->tracks[0].rawPoints, real->tracks[0].rawPoints);
   EXPECT_EQ(std::string(bytes.end() - 7, bytes.end()), mpsEndRecord());
-}
-
-TEST_F(MpsWriterTest, FixesRoundTripThroughTheFile) {
-  struct Input {
-    bool breakBefore;
-    GpsFix fix;
-  };
-  std::vector<Input> inputs;
-  const auto fix = [](float lon, float lat, uint32_t flags, float altitude, double time) {
-    GpsFix f;
-    f.flags = flags;
-    f.longitude = lon;
-    f.latitude = lat;
-    f.altitude = altitude;
-    f.time = time;
-    return f;
-  };
-  const uint32_t all = kFixPosition | kFixAltitude | kFixTime;
-  inputs.push_back({false, fix(37.617633f, 55.755833f, all, 152.37f, 45000.123456)});
-  inputs.push_back({false, fix(-0.0000123f, -33.9f, all, -12.5f, 45000.5)});
-  inputs.push_back({false, fix(179.99998f, 89.99999f, kFixPosition, 7, 45000.6)});       // no altitude or time
-  inputs.push_back({true, fix(-179.99998f, -89.99999f, kFixPosition | kFixTime, 7, 45001.0)});
-  inputs.push_back({false, fix(12.0f, 13.0f, kFixTime, 7, 45001.0)});  // no position: not written
-  inputs.push_back({true, fix(-71.676f, 44.4352f, all, 1e6f, 43814.86594)});
-
-  trackExport.openTrackFileAt(localTime(2023, 1, 2, 3, 4, 5));
-  const auto path = trackExport.trackFilePath();
-  std::vector<std::vector<GpsFix>> expected(1);
-  for (const Input& input : inputs) {
-    if (input.breakBefore) {
-      trackExport.beginRecordedTrack();
-      expected.emplace_back();
-    }
-    trackExport.appendRecordedPoint(input.fix);
-    if (input.fix.has(kFixPosition)) expected.back().push_back(input.fix);
-  }
-  trackExport.closeTrackFile();
-
-  const auto file = readMpsFile(bytesOf(path));
-  ASSERT_TRUE(file);
-  EXPECT_TRUE(file->ended);
-  ASSERT_EQ(file->tracks.size(), expected.size());
-  const double semicircle = 180.0 / 2147483648.0;
-  for (size_t t = 0; t < expected.size(); ++t) {
-    char name[32];
-    std::snprintf(name, sizeof name, "Track %03zu", t);
-    EXPECT_EQ(file->tracks[t].name, name);
-    ASSERT_EQ(file->tracks[t].points.size(), expected[t].size()) << t;
-    for (size_t i = 0; i < expected[t].size(); ++i) {
-      const GpsFix& in = expected[t][i];
-      const MpsPoint& out = file->tracks[t].points[i];
-      SCOPED_TRACE(::testing::Message() << "track " << t << " point " << i);
-      EXPECT_NEAR(out.latitude * semicircle, in.latitude, 0.5 * semicircle);
-      // 180 east is one past the range and saturates, one semicircle short.
-      EXPECT_NEAR(out.longitude * semicircle, in.longitude, 1.0 * semicircle);
-      EXPECT_EQ(out.hasAltitude, in.has(kFixAltitude));
-      EXPECT_EQ(out.altitude, in.has(kFixAltitude) ? static_cast<double>(in.altitude) : 0.0);
-      EXPECT_EQ(out.hasTime, in.has(kFixTime));
-      if (in.has(kFixTime)) {
-        EXPECT_NEAR(out.time, automationDateToUnixSeconds(in.time), 0.5);
-      } else {
-        EXPECT_EQ(out.time, 0u);
-      }
-      EXPECT_FALSE(out.hasDepth);
-    }
-  }
 }
 
 TEST_F(MpsWriterTest, ManyPointsGoThroughTheBufferAndPatchesLandRight) {
@@ -251,52 +169,6 @@ TEST_F(MpsWriterTest, CrashLeavesThePlaceholders) {
   EXPECT_EQ(bytes[48], 'T');
   EXPECT_EQ(le::load32(bytes.data() + 49 + 10 + 5), kMpsCountPlaceholder);
   EXPECT_FALSE(readMpsFile(bytes));
-}
-
-TEST_F(MpsWriterTest, FileThatCannotBeCreatedIsReported) {
-  std::ofstream(dir / "blocker") << "x";
-  TrackExport blocked(dir / "blocker" / "inside", messages);
-  blocked.openTrackFileAt(localTime(2023, 1, 2, 3, 4, 10));
-  EXPECT_FALSE(blocked.isTrackFileOpen());
-  ASSERT_EQ(recorded.messages().size(), 1u);
-  EXPECT_EQ(recorded.last(), "Не удается создать файл для записи треков:\n " +
-                                 (dir / "blocker" / "inside" / "2023-01-02_03-04-10.mps").string());
-}
-
-TEST(BufferedWriter, BuffersWritesLargeBlocksAndSeeks) {
-  const auto path = scratchDir("buffered-writer") / "out.bin";
-  const int fd = ::open(path.c_str(), O_RDWR | O_CREAT | O_TRUNC, 0644);
-  ASSERT_GE(fd, 0);
-  BufferedWriter w;
-  writerOpen(w, fd);
-  const std::string small(3000, 'a');
-  const std::string large(5000, 'b');
-  writerWrite(w, small.data(), small.size());
-  EXPECT_EQ(w.waiting, 3000u);
-  writerWrite(w, small.data(), small.size());  // does not fit: the first 3000 go out
-  EXPECT_EQ(w.waiting, 3000u);
-  writerWrite(w, large.data(), large.size());  // larger than the buffer: straight through
-  EXPECT_EQ(w.waiting, 0u);
-  EXPECT_EQ(w.total, 11000u);
-  writerSeek(w, 10);
-  writerWrite32(w, 0x44434241);
-  writerSeek(w, 11000);
-  writerWrite(w, "z", 1);
-  writerFlush(w);
-  EXPECT_FALSE(w.error);
-  ::close(fd);
-  const auto bytes = bytesOf(path);
-  ASSERT_EQ(bytes.size(), 11001u);
-  EXPECT_EQ(std::string(bytes.begin() + 8, bytes.begin() + 16), "aaABCDaa");
-  EXPECT_EQ(bytes[5999], 'a');
-  EXPECT_EQ(bytes[6000], 'b');
-  EXPECT_EQ(bytes[11000], 'z');
-
-  BufferedWriter broken;
-  writerOpen(broken, -1);
-  writerWrite(broken, "x", 1);
-  writerFlush(broken);
-  EXPECT_TRUE(broken.error);
 }
 
 }  // namespace

@@ -44,25 +44,5 @@ TEST(OrvelToolWaypoints, ListsTheFileInItsOrder) {
             "002\t-33.902284\t0.000000\t0.0\t-\t\n");
 }
 
-TEST(OrvelToolWaypoints, DamagedAndMissingFilesFail) {
-  const auto dir = scratchDir("tool-waypoints-bad");
-  std::string bytes = waypointFileHeader();
-  Waypoint a;
-  a.strings[0] = u"A";
-  appendWaypointRecord(bytes, a);
-  appendWaypointRecord(bytes, a);
-  std::ofstream(dir / "cut.bin", std::ios::binary) << bytes.substr(0, bytes.size() - 3);
-  ToolRun run = runTool(quoted("waypoints", dir / "cut.bin"));
-  EXPECT_EQ(run.exitCode, 1);
-  EXPECT_EQ(run.out, "A\t0.000000\t0.000000\t0.0\t-\t\n");
-  EXPECT_NE(run.err.find("Waypoint data are damaged."), std::string::npos);
-
-  run = runTool(quoted("waypoints", dir / "missing.bin"));
-  EXPECT_EQ(run.exitCode, 1);
-  EXPECT_TRUE(run.out.empty());
-  run = runTool("waypoints");
-  EXPECT_EQ(run.exitCode, 2);
-}
-
 }  // namespace
 }  // namespace orvel::test

@@ -78,14 +78,5 @@ TEST_F(RecordingTest, FixesBecomeTrackPointsAndSegments) {
   EXPECT_EQ(file->tracks[2].points[0].altitude, 100.0);
 }
 
-TEST_F(RecordingTest, NothingIsStoredWhileRecordingIsOff) {
-  track.openTrackStore();
-  track.stopRecording();
-  fixes.updateFix(fixAt(1, 1, 45000));
-  fixes.updateFix(fixAt(2, 2, 45000));
-  EXPECT_TRUE(track.activeTrackPoints().empty());
-  EXPECT_FALSE(trackExport.isTrackFileOpen());
-}
-
 }  // namespace
 }  // namespace orvel::test

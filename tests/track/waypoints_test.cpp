@@ -64,24 +64,6 @@ class WaypointsTest : public DataDirTest {
   WaypointStore store{dir, messages};
 };
 
-TEST_F(WaypointsTest, MissingFileLoadsNothingQuietly) {
-  store.loadWaypoints();
-  EXPECT_TRUE(store.waypoints().empty());
-  EXPECT_TRUE(recorded.messages().empty());
-  EXPECT_FALSE(std::filesystem::exists(file()));
-}
-
-TEST_F(WaypointsTest, OtherMagicIsDamaged) {
-  for (const std::string& bytes : {std::string("XO\x02\x20\x04"), std::string("W"), std::string(),
-                                   std::string("WO\x02\x20")}) {
-    writeText(file(), bytes);
-    recorded.clear();
-    store.loadWaypoints();
-    EXPECT_TRUE(store.waypoints().empty());
-    EXPECT_EQ(recorded.messages(), std::vector<std::string>{"Waypoint data are damaged."});
-  }
-}
-
 TEST_F(WaypointsTest, LoadReversesAndSaveKeepsRecordsExactly) {
   const std::string a = record(1, {u"A", u"comment A", u"", u"x"});
   const std::string b = record(2, {u"B", u"", u"", u""});
@@ -91,53 +73,6 @@ TEST_F(WaypointsTest, LoadReversesAndSaveKeepsRecordsExactly) {
   EXPECT_EQ(names(), (std::vector<std::u16string>{u"Привет", u"B", u"A"}));
   ASSERT_TRUE(store.saveWaypoints());
   EXPECT_EQ(fileText(file()), header() + c + b + a);
-}
-
-TEST_F(WaypointsTest, FixedRecordFields) {
-  Waypoint w;
-  w.reserved0 = 0x01020304;
-  w.lon = -123456789;
-  w.lat = 987654321;
-  w.time = 38173.5;
-  w.altitude = -12.25f;
-  w.reserved24 = 0xAABBCCDD;
-  w.attributeA = 18;
-  w.attributeB = 1;
-  w.reserved30 = 0xBEEF;
-  w.strings = {u"n", u"c", u"", u"z"};
-  std::string bytes = waypointFileHeader();
-  appendWaypointRecord(bytes, w);
-  ASSERT_EQ(bytes.size(), 5u + 32 + 4 * 4 + 2 * 3);
-  const auto* p = reinterpret_cast<const uint8_t*>(bytes.data()) + 5;
-  EXPECT_EQ(le::load32(p + 4), static_cast<uint32_t>(-123456789));
-  EXPECT_EQ(le::loadDouble(p + 12), 38173.5);
-  EXPECT_EQ(le::loadFloat(p + 20), -12.25f);
-  EXPECT_EQ(p[28], 18);
-  EXPECT_EQ(p[29], 1);
-  std::vector<Waypoint> back;
-  ASSERT_TRUE(parseWaypointFile(std::span(p - 5, bytes.size()), back));
-  ASSERT_EQ(back.size(), 1u);
-  EXPECT_EQ(back[0], w);
-}
-
-TEST_F(WaypointsTest, FifthStringsAreDroppedAndOtherRecordSizesRead) {
-  writeText(file(), header(32, 5) + record(1, {u"A", u"a", u"", u"", u"dropped"}) +
-                        record(2, {u"B", u"", u"", u"", u"gone"}));
-  store.loadWaypoints();
-  EXPECT_EQ(names(), (std::vector<std::u16string>{u"B", u"A"}));
-  ASSERT_TRUE(store.saveWaypoints());
-  EXPECT_EQ(fileText(file()), header() + record(2, {u"B", u"", u"", u""}) + record(1, {u"A", u"a", u"", u""}));
-  store.freeWaypoints();
-
-  // A longer fixed record: its first 32 bytes are kept, the rest skipped.
-  writeText(file(), header(40, 2) + record(5, {u"Long", u"c"}, 40));
-  store.loadWaypoints();
-  ASSERT_EQ(names(), std::vector<std::u16string>{u"Long"});
-  EXPECT_EQ(store.waypoints().front().strings[1], u"c");
-  EXPECT_EQ(store.waypoints().front().strings[2], u"");
-  ASSERT_TRUE(store.saveWaypoints());
-  const std::string longRecord = record(5, {}, 40);
-  EXPECT_EQ(fileText(file()), header() + longRecord.substr(0, 32) + record(0, {u"Long", u"c", u"", u""}).substr(32));
 }
 
 TEST_F(WaypointsTest, DamagedFileKeepsWholeRecordsAndIsNotRewritten) {
@@ -297,72 +232,6 @@ TEST_F(WaypointsTest, InterruptedSaveLosesNothing) {
   EXPECT_EQ(fileText(file()), bytes);
   store.loadWaypoints();
   EXPECT_EQ(names(), std::vector<std::u16string>{u"A"});
-}
-
-TEST_F(WaypointsTest, DrawsIconsAndNamesInsideTheVisibleBox) {
-  ensureGuiApplication();
-  MapView view;
-  view.setScreenSize(240, 320);
-  view.setZoomIndex(8);
-  view.setCentre(2000000, 2500000);
-  const MapRect visible = view.visibleRect();
-  // On the box's edges (inclusive), and just beyond them.
-  const struct {
-    const char16_t* name;
-    int32_t x;
-    int32_t y;
-    bool drawn;
-  } places[] = {
-      {u"centre", view.centre().x, view.centre().y, true},
-      {u"west edge", visible.west, view.centre().y, true},
-      {u"north-east corner", visible.east, visible.north, true},
-      {u"past east", visible.east + 1, view.centre().y, false},
-      {u"past south", view.centre().x, visible.south - 1, false},
-  };
-  std::string bytes = header();
-  std::vector<std::u16string> expectedNames;
-  std::vector<QPoint> expectedIcons;
-  for (const auto& place : places) {
-    Waypoint w;
-    w.lon = place.x * 256 + 100;  // the fine part is dropped for the visibility test
-    w.lat = place.y * 256 + 100;
-    w.strings[0] = place.name;
-    appendWaypointRecord(bytes, w);
-  }
-  writeText(file(), bytes);
-  store.loadWaypoints();
-  for (const Waypoint& w : store.waypoints()) {  // drawn from the head: the file's order reversed
-    for (const auto& place : places) {
-      if (w.name() != place.name || !place.drawn) continue;
-      expectedNames.emplace_back(place.name);
-      const MapPoint s = view.semicirclesToScreen({w.lon, w.lat});
-      expectedIcons.emplace_back(s.x - 15, s.y - 15);
-    }
-  }
-
-  const DrawingObjects drawing;
-  RecordingDevice device(240, 320);
-  {
-    QPainter painter(&device);
-    store.drawWaypoints(painter, drawing, view, visible);
-  }
-  std::vector<std::u16string> texts;
-  std::vector<QPoint> icons;
-  for (const DrawCall& call : device.calls()) {
-    if (call.kind == DrawCall::Kind::Text) {
-      texts.push_back(call.text.toStdU16String());
-      // The shared 12-pixel "Arial" label font.
-      EXPECT_EQ(call.font.pixelSize(), drawing.smallFont.pixelSize());
-      EXPECT_EQ(call.font.family(), qtFamilyFor("Arial"));
-      EXPECT_EQ(call.pen.color(), QColor(Qt::black));
-      EXPECT_EQ(call.backgroundMode, Qt::TransparentMode);
-    } else if (call.kind == DrawCall::Kind::Image || call.kind == DrawCall::Kind::Pixmap) {
-      icons.push_back(call.transform.map(call.rect.topLeft()).toPoint());
-      EXPECT_EQ(call.rect.size(), QSizeF(32, 32));
-    }
-  }
-  EXPECT_EQ(texts, expectedNames);
-  EXPECT_EQ(icons, expectedIcons);
 }
 
 }  // namespace

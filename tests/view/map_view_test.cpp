@@ -61,27 +61,6 @@ TEST(MapView, SetCentreClampsLatitudeAndScalesLongitude) {
   }
 }
 
-TEST(MapView, PanStopsAtEightyDegrees) {
-  MapView v = makeView(26, 0, {0, -3728000});
-  EXPECT_EQ(v.pan(0, -1000), 44);
-  EXPECT_EQ(v.centre().y, -3728270);
-  EXPECT_EQ(v.latScale(), 44);
-  v.pan(0, 3000);
-  EXPECT_EQ(v.centre().y, 3728270);
-}
-
-// After a pan by (dx, dy) the point that was under (sx, sy) is under (sx + dx, sy + dy).
-TEST(MapView, PanAgreesWithProjectionAtEveryRotation) {
-  for (int32_t rotation : {0, 30, 90, 135, 200, 270, 333}) {
-    MapView v = makeView(15, rotation, {1200000, 3000000});
-    const MapPoint before = v.screenToMap(100, 200);
-    v.pan(20, -20);
-    const MapPoint after = v.mapToScreen(before);
-    EXPECT_NEAR(after.x, 120, 2) << rotation;
-    EXPECT_NEAR(after.y, 180, 2) << rotation;
-  }
-}
-
 struct ProjectionCase {
   int32_t rotation;
   MapPoint offset;  // from the centre, in map units
@@ -172,38 +151,10 @@ TEST(MapView, IsLargeEnough) {
   EXPECT_TRUE(north.isLargeEnough({0, 0, 4, 0}, 2));
 }
 
-TEST(MapView, SemicirclesKeepSubUnitPrecision) {
-  MapView v = makeView(0);  // 19 pixels per map unit
-  EXPECT_EQ(v.semicirclesToScreen({0, 128}), (MapPoint{120, 160 - 9}));  // half a unit
-  EXPECT_EQ(v.semicirclesToScreen({0, -31}), (MapPoint{120, 161}));      // -31/16 is -1
-  EXPECT_EQ(v.mapToScreen({0, 0}), (MapPoint{120, 160}));
-}
-
 struct FitCase {
   int32_t span;  // north - south
   uint32_t zoom;
 };
-
-TEST(MapView, FitNewMapChoosesZoomFromHeight) {
-  const FitCase cases[] = {
-      {2 * 320, 26},     // 3 log2(2) - 12.5 = -9.5: negative wraps to the coarsest step
-      {20 * 320, 0},     // 0.47
-      {16 * 320, 26},    // -0.5 floors to -1
-      {100 * 320, 7},    // 7.43
-      {1000 * 320, 17},  // 17.4
-      {8192 * 320, 26},  // 26.5
-      {1000000 * 320, 26},
-      {319, 0},          // smaller than one screen at every step
-      {0, 0},
-      {-5000, 0},        // north below south
-  };
-  for (const auto& c : cases) {
-    MapView v;
-    v.setZoomIndex(13);
-    v.fitNewMap({-10, 0, 10, c.span});
-    EXPECT_EQ(v.zoomIndex(), c.zoom) << c.span;
-  }
-}
 
 TEST(MapView, FitNewMapMiddleTruncatesTowardZeroWithoutOverflow) {
   MapView v;

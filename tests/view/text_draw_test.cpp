@@ -37,27 +37,6 @@ class TextDraw : public ::testing::Test {
   const DrawingObjects objects_;
 };
 
-TEST_F(TextDraw, AnchorsTheTextBoxByFormat) {
-  const std::u16string_view text = u"1.2 км";
-  const int w = metrics().horizontalAdvance(QString::fromStdU16String(std::u16string(text)));
-  const int h = metrics().height();
-  ASSERT_GT(w, 10);
-  ASSERT_GT(h, 10);
-
-  // Format 0: the top-left corner at the point.
-  EXPECT_EQ(drawnTopLeft(50, 60, text, kTextLeft), QPoint(50, 60));
-  // Right: the box ends (exclusively) at x.
-  EXPECT_EQ(drawnTopLeft(50, 60, text, kTextRight), QPoint(50 - w, 60));
-  // Bottom: the box ends (exclusively) at y.
-  EXPECT_EQ(drawnTopLeft(50, 60, text, kTextBottom), QPoint(50, 60 - h));
-  // Bottom centre: centred on the one-pixel column at x, ending at y.
-  const QPoint bottomCentre = drawnTopLeft(50, 60, text, kTextBottomCenter);
-  EXPECT_EQ(bottomCentre, QPoint((50 + 51 - w) / 2, 60 - h));
-  EXPECT_LE(std::abs(2 * bottomCentre.x() + w - 101), 1);
-  // Vertical centre.
-  EXPECT_EQ(drawnTopLeft(50, 60, text, kTextVCenter), QPoint(50, 60 - h / 2));
-}
-
 TEST_F(TextDraw, HaloIsFourWhiteDiagonalsThenTheColour) {
   RecordingDevice device(100, 100);
   QPainter painter(&device);

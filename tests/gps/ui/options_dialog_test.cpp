@@ -74,21 +74,6 @@ TEST_F(OptionsDialogTest, OkWritesAndAppliesInOrder) {
   EXPECT_EQ(dialog.result(), QDialog::Accepted);
 }
 
-TEST_F(OptionsDialogTest, PortsTickedWithScanningOnWaitForTheNextScan) {
-  settings.writeSettingInt("Enable_COM1", 0);
-  settings.writeSettingInt("Enable_COM2", 0);
-  OptionsDialog dialog(input, settings, {});
-  dialog.scanPorts()->setChecked(true);
-  dialog.portList()->topLevelItem(0)->setCheckState(0, Qt::Checked);
-  dialog.accept();
-  // The scan began with both ports off: no thread, and the status did not say that no port
-  // could be opened.
-  EXPECT_TRUE(input.isScanning());
-  EXPECT_EQ(input.activeScanThreads(), 0);
-  EXPECT_EQ(state.gpsSnapshot().statusText, u"Нет соединения с GPS-приемником");
-  EXPECT_EQ(settings.readSettingInt("Enable_COM1", -1), 1);
-}
-
 TEST_F(OptionsDialogTest, TurningScanningOffStopsItAndCancelWritesNothing) {
   input.beginScan();
   {

@@ -71,27 +71,5 @@ TEST(PointIcons, EveryIconThePointTableNamesIsDrawn) {
   EXPECT_TRUE(drawn.count(kWaypointIconId));
 }
 
-TEST(PointIcons, UncataloguedPointsAndUnknownIdsHaveNone) {
-  EXPECT_EQ(mapStyles().pointIcon(nullptr), nullptr);
-  EXPECT_EQ(mapStyles().pointIcon(findPointType(0x1400)), nullptr);
-  EXPECT_EQ(mapStyles().icon(1005), nullptr);
-  EXPECT_TRUE(loadIcon(999).isNull());
-}
-
-TEST(Patterns, AreOpaqueTilesWithADrawing) {
-  for (int id = kFirstPatternId; id <= kLastPatternId; ++id) {
-    const QImage tile = loadPatternTile(id);
-    ASSERT_EQ(tile.size(), QSize(kPatternTileSize, kPatternTileSize)) << id;
-    EXPECT_FALSE(tile.hasAlphaChannel());
-    std::set<QRgb> colours;
-    for (int y = 0; y < tile.height(); ++y) {
-      for (int x = 0; x < tile.width(); ++x) colours.insert(tile.pixel(x, y));
-    }
-    EXPECT_GE(colours.size(), 2u) << id;
-  }
-  EXPECT_TRUE(loadPatternTile(115).isNull());
-  EXPECT_TRUE(loadPatternTile(123).isNull());
-}
-
 }  // namespace
 }  // namespace orvel

@@ -67,12 +67,6 @@ TEST(CodePageTables, AgreeWithTheCLibrary) {
   }
 }
 
-TEST(CodePages, UnknownCodePageReadAsLatin1) {
-  for (uint16_t codePage : {437, 850, 1255, 12345, 65000, 65535})
-    EXPECT_EQ(convert({0x41, 0x80, 0x9A, 0xE9, 0xFF}, static_cast<uint16_t>(codePage)), u"A\u0080\u009Aéÿ")
-        << codePage;
-}
-
 struct Utf8Case {
   const char* name;
   std::vector<uint8_t> bytes;
@@ -97,12 +91,6 @@ TEST(CodePages, Utf8) {
                     Utf8Case{"TruncatedThreeOfFour", {0xF0, 0x9F, 0x98}, u"\uFFFD"},
                     Utf8Case{"TruncatedLeadOnly", {0xC3}, u"\uFFFD"}, Utf8Case{"Empty", {}, u""}};
   for (const Utf8Case& c : cases) EXPECT_EQ(convert(c.bytes, kCodePageUtf8), c.expected) << c.name;
-}
-
-TEST(CodePages, Utf8PairNeedsTwoPlaces) {
-  const std::vector<uint8_t> text = {'a', 'b', 0xF0, 0x9F, 0x98, 0x80};
-  EXPECT_EQ(convert(text, kCodePageUtf8, 3), u"ab");
-  EXPECT_EQ(convert(text, kCodePageUtf8, 4), u"ab\U0001F600");
 }
 
 struct CjkCase {

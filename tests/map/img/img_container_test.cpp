@@ -187,31 +187,6 @@ ImgLayout threeLevels(ByteVector rgnData) {
   return layout;
 }
 
-TEST(ImgIndex, LevelsRecordsAndAreas) {
-  ImgMapFile map;
-  ASSERT_TRUE(load(map, buildImg(threeLevels(ByteVector(40, 0))).bytes).ok);
-  ASSERT_EQ(map.levels().size(), 3u);
-  EXPECT_TRUE(map.levels()[0].inherited);
-  EXPECT_FALSE(map.levels()[1].inherited);
-  ASSERT_EQ(map.subdivisions().size(), 4u);
-  const auto s = map.subdivisions();
-  EXPECT_EQ(s[0].level, 0);
-  EXPECT_EQ(s[0].shift, 6);
-  EXPECT_EQ(s[1].level, 1);
-  EXPECT_EQ(s[1].shift, 4);
-  EXPECT_EQ(s[2].level, 2);
-  EXPECT_EQ(s[3].level, 2);
-  EXPECT_EQ(s[3].shift, 0);
-
-  EXPECT_EQ(s[0].halfWidth, 3);  // the last-subdivision marker is masked off
-  EXPECT_EQ(s[0].bounds, (MapRect{100 - (3 << 6), 200 - (4 << 6), 100 + (3 << 6), 200 + (4 << 6)}));
-  // A half-height of 0x8000 is negative when added, not when subtracted.
-  EXPECT_EQ(s[1].bounds, (MapRect{-100 - 16, -200 - (0x8000 << 4), -100 + 16, -200 - (0x8000 << 4)}));
-  // Centres are kept as read and sign-extended for the area.
-  EXPECT_EQ(s[2].centreY, 0x800001u);
-  EXPECT_EQ(s[2].bounds, (MapRect{0x7FFFFF - 2, -0x7FFFFF - 3, 0x7FFFFF + 2, -0x7FFFFF + 3}));
-}
-
 TEST(ImgIndex, SectionRanges) {
   // Subdivision 1 (all four sections) at 0: a table of offsets 10, 14, 16 at 0-5, then
   // points 6-10, indexed points 10-14, polylines 14-16, polygons 16-20 (where the next starts).
@@ -235,42 +210,6 @@ TEST(ImgIndex, SectionRanges) {
   // The last subdivision ends at the end of the RGN data.
   EXPECT_EQ(s[3].sectionStart, (Sections{30, kNoSection, 36, kNoSection}));
   EXPECT_EQ(s[3].sectionLength, (Sections{6, kNoSection, 4, kNoSection}));
-}
-
-TEST(ImgIndex, SectionsBeyondTheRgnDataAreCutOrDropped) {
-  ByteVector rgn(40, 0);
-  test::putLe(rgn, 0, 10, 2);   // indexed points at 10, running to the polylines at 50: cut at 40
-  test::putLe(rgn, 2, 50, 2);   // polylines past the end of the RGN data: dropped
-  test::putLe(rgn, 4, 8, 2);    // polygons at 8, overlapping the points: kept as they stand
-  test::putLe(rgn, 28, 30, 2);  // polylines of subdivision 3 at 58: dropped
-  ImgMapFile map;
-  ASSERT_TRUE(load(map, buildImg(threeLevels(rgn)).bytes).ok);
-  EXPECT_TRUE(test::staysInside(map));
-  const auto s = map.subdivisions();
-  using Sections = std::array<uint32_t, 4>;
-  EXPECT_EQ(s[1].sectionStart, (Sections{6, 10, kNoSection, 8}));
-  EXPECT_EQ(s[1].sectionLength, (Sections{4, 30, kNoSection, 12}));
-  EXPECT_EQ(s[3].sectionStart, (Sections{30, kNoSection, kNoSection, kNoSection}));
-  EXPECT_EQ(s[3].sectionLength, (Sections{10, kNoSection, kNoSection, kNoSection}));
-}
-
-TEST(ImgIndex, LastLevelRecordsNeedOneByteToSpare) {
-  // Without the section's closing 4 bytes the last 14-byte record is not read: offset + 14
-  // must be less than the section size.
-  ImgLayout layout = threeLevels(ByteVector(40, 0));
-  layout.subdivisions.resize(layout.subdivisions.size() - 4);
-  ImgMapFile map;
-  ASSERT_TRUE(load(map, buildImg(layout).bytes).ok);
-  ASSERT_EQ(map.subdivisions().size(), 4u);
-  EXPECT_EQ(map.subdivisions()[2].rgnOffset, 20u);
-  EXPECT_EQ(map.subdivisions()[3].rgnOffset, 0u);  // never read
-  EXPECT_EQ(map.subdivisions()[3].flags, 0u);
-
-  layout.subdivisions.resize(16 + 16 + 14 + 1);
-  ImgMapFile one;
-  ASSERT_TRUE(load(one, buildImg(layout).bytes).ok);
-  EXPECT_EQ(one.subdivisions()[3].flags, 0u);
-  EXPECT_EQ(one.subdivisions()[2].flags, 0x80u);
 }
 
 TEST(ImgContainer, WhatIsRefusedWithWhichMessage) {

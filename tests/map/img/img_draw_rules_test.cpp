@@ -159,24 +159,6 @@ TEST_F(DrawRules, LinesUseTheMainPenThenTheSecondPen) {
   EXPECT_NE(unknown[0].pen.style(), Qt::SolidLine);
 }
 
-TEST_F(DrawRules, PointsGetTheirIconCentredAndTheirLabelBelowRight) {
-  const auto calls = record({{ObjectKind::Point, 0x2A00, {{100, 120}}, 4},    // restaurant
-                             {ObjectKind::Point, 0x7F00, {{30, 250}}, 5}});  // not catalogued: no icon
-  ASSERT_EQ(calls.size(), 3u);
-  EXPECT_EQ(calls[0].kind, DrawCall::Kind::Image);
-  EXPECT_EQ(calls[0].rect.topLeft(), QPointF(85, 105));
-  EXPECT_EQ(calls[0].rect.size(), QSizeF(31, 31));
-
-  const LabelStyle& restaurant = test::mapStyles().pointLabel(findPointType(0x2A00));
-  EXPECT_EQ(calls[1].kind, DrawCall::Kind::Text);
-  EXPECT_EQ(calls[1].text, "Cafe");
-  EXPECT_EQ(calls[1].deviceOrigin(), QPointF(103, 123 + QFontMetrics(restaurant.font).ascent()));
-  EXPECT_EQ(calls[1].pen.color(), restaurant.colour);
-
-  EXPECT_EQ(calls[2].text, "Bakery");
-  EXPECT_EQ(calls[2].pen.color(), QColor(96, 96, 96));  // the default point label style
-}
-
 TEST_F(DrawRules, AreaLabelsNeedRoomForTheirText) {
   const auto calls = record({
       {ObjectKind::Polygon, 0x3C, square(20, 20, 60), 1},   // "Lake": fits

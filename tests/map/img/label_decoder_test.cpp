@@ -92,28 +92,6 @@ TEST(SixBitLabel, CutAt128Characters) {
   EXPECT_EQ(sixBit(codes), std::u16string(127, u'B') + u"~");
 }
 
-TEST(SixBitLabel, RunsIntoTheEndOfTheData) {
-  EXPECT_EQ(decode({0x04, 0x20, 0xC4}, 0, LabelSchema::SixBit), u"ABCD");
-  // A group cut short yields only the codes whose bits are all there: one of one byte,
-  // two of two bytes (a missing byte must not be taken as zero, which would be a space).
-  EXPECT_EQ(decode({0x04, 0x20, 0xC4, 0x08}, 0, LabelSchema::SixBit), u"ABCDB");
-  EXPECT_EQ(decode({0x04, 0x20, 0xC4, 0x08, 0x30}, 0, LabelSchema::SixBit), u"ABCDBC");
-}
-
-TEST(ByteLabel, ControlCodesDropped) {
-  const std::vector<uint8_t> data = {0x1E, 'M', 'a', 'i', 'n', 0x1F, 0};
-  EXPECT_EQ(decode(data, 0, LabelSchema::Byte), u"Main");
-  EXPECT_EQ(decode(data, 0, LabelSchema::Coding10), u"Main");
-}
-
-TEST(ByteLabel, EndsAtZeroOrAtTheEndOfTheData) {
-  const std::vector<uint8_t> data = {'A', 'b', 0, 'C', 'd'};
-  EXPECT_EQ(decode(data, 0, LabelSchema::Byte), u"Ab");
-  EXPECT_EQ(decode(data, 2, LabelSchema::Byte), u"");
-  EXPECT_EQ(decode(data, 3, LabelSchema::Byte), u"Cd");
-  EXPECT_EQ(decode(data, 4, LabelSchema::Byte), u"d");
-}
-
 TEST(ByteLabel, First250KeptBytesConverted) {
   std::vector<uint8_t> data;
   std::u16string expected;
@@ -146,15 +124,6 @@ TEST(ByteLabel, ConvertedInTheCodePage) {
   data[250] = 0x90;
   data[251] = 0;
   EXPECT_EQ(decode(data, 0, LabelSchema::Coding10, 65001), std::u16string(249, u'x') + u"\uFFFD");
-}
-
-TEST(Label, OffsetAtOrPastTheEndGivesEmptyLabel) {
-  const std::vector<uint8_t> data = {'A', 'B', 0x04, 0x20, 0xC0};
-  for (LabelSchema schema : {LabelSchema::SixBit, LabelSchema::Byte, LabelSchema::Coding10}) {
-    for (uint32_t offset : {5u, 6u, 0x7FFFFFFFu, 0xFFFFFFFFu})
-      EXPECT_EQ(decode(data, offset, schema), u"") << "offset " << offset;
-    EXPECT_EQ(decode({}, 0, schema), u"");
-  }
 }
 
 TEST(Label, ReferenceToByteOffset) {

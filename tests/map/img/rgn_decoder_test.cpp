@@ -97,28 +97,6 @@ struct Rgn {
   }
 };
 
-TEST(RgnDecoder, PolygonRecordsWithOneAndTwoByteLengths) {
-  Rgn rgn;
-  ImgSubdivision& s = rgn.addSubdivision();
-  s.centreX = 0x1000;
-  s.centreY = 0x2000;
-  s.shift = 2;
-  rgn.setSection(s, kSectionPolygons,
-                 concat({polyRecord(0x05, 0x1234, 10, -3, onePointStream(), 0x00),
-                         polyRecord(0x80 | 0x13, 0x22, 0, 0, onePointStream(), 0x00),
-                         polyRecord(0x7F, 0, 1, 1, onePointStream(), 0x00)}));
-  const auto objects = rgn.decode(kSectionPolygons);
-  ASSERT_EQ(objects.size(), 3u);
-  const MapPoint first{0x1000 + 40, 0x2000 - 12};
-  EXPECT_EQ(objects[0].kind, ObjectKind::Polygon);
-  EXPECT_EQ(objects[0].type, 0x05u);
-  EXPECT_EQ(objects[0].labelRef, 0x1234u);
-  EXPECT_EQ(objects[0].points, (std::vector<MapPoint>{first, {first.x + 4, first.y + 8}}));
-  EXPECT_EQ(objects[1].type, 0x13u);
-  EXPECT_EQ(objects[1].points, (std::vector<MapPoint>{{0x1000, 0x2000}, {0x1004, 0x2008}}));
-  EXPECT_EQ(objects[2].type, 0x7Fu);
-}
-
 TEST(RgnDecoder, PolylineTypeIsSixBitsAndBit22MeansExtraBits) {
   Rgn rgn;
   ImgSubdivision& s = rgn.addSubdivision();
@@ -262,36 +240,6 @@ TEST(RgnDecoder, SelectLevel) {
     SCOPED_TRACE(c.name);
     EXPECT_EQ(selectLevel(c.levels, c.threshold), c.expected);
   }
-}
-
-TEST(RgnDecoder, VisitsVisibleSubdivisionsOfTheLevelInDrawingOrder) {
-  Rgn rgn;
-  const MapRect visible{100, 100, 200, 200};
-  struct Spec {
-    uint16_t level;
-    MapRect bounds;
-    uint8_t tag;
-  };
-  const Spec specs[] = {
-      {1, {150, 150, 160, 160}, 0x10},  // inside
-      {0, {150, 150, 160, 160}, 0x20},  // other level
-      {1, {200, 200, 300, 300}, 0x30},  // touches the corner: visible
-      {1, {201, 100, 300, 200}, 0x38},  // just east: not visible
-  };
-  rgn.subs.reserve(4);
-  for (const Spec& sp : specs) {
-    ImgSubdivision& s = rgn.addSubdivision(sp.level, sp.bounds);
-    rgn.setSection(s, kSectionPoints, pointRecord(sp.tag + 1, 0, 0, 0));
-    rgn.setSection(s, kSectionIndexedPoints, pointRecord(sp.tag + 2, 0, 0, 0));
-    rgn.setSection(s, kSectionPolylines, polyRecord(sp.tag + 3, 0, 0, 0, {}, 0));
-    rgn.setSection(s, kSectionPolygons, polyRecord(sp.tag + 4, 0, 0, 0, {}, 0));
-  }
-  const std::vector<ImgLevel> levels{lv(18), lv(24)};
-  KeepingConsumer c;
-  decodeImgView(rgn.input(levels), visible, 24, c);
-  std::vector<uint32_t> order;
-  for (const auto& o : c.objects) order.push_back(o.kind == ObjectKind::Point ? o.type >> 8 : o.type);
-  EXPECT_EQ(order, (std::vector<uint32_t>{0x14, 0x34, 0x13 & 0x3F, 0x33 & 0x3F, 0x11, 0x12, 0x31, 0x32}));
 }
 
 }  // namespace

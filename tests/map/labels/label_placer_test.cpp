@@ -84,21 +84,6 @@ TEST_F(Labels, OverlappingPointLabelsKeepTheFirst) {
   EXPECT_TRUE(point(u"Fontvieille", 2, 30, 24));
 }
 
-TEST_F(Labels, GridIsClippedAtTheRightAndBottomEdges) {
-  placer_.resetLabels(80, 40);  // 10 x 10 cells
-  ASSERT_GT(extent(u"Beausoleil").width(), 30);
-  EXPECT_TRUE(point(u"Beausoleil", 1, 70, 34));
-  EXPECT_EQ(placer_.cell(8, 8), 0);
-  EXPECT_EQ(placer_.cell(9, 9), 0);
-  EXPECT_EQ(placer_.cell(7, 9), LabelPlacer::kFreeCell);
-  // Overlaps it inside the grid: dropped.
-  EXPECT_FALSE(point(u"Cap", 2, 76, 38));
-  // Wholly beyond the edges: nothing to test, kept.
-  EXPECT_TRUE(point(u"Roquebrune", 3, 90, 10));
-  EXPECT_TRUE(point(u"Roquebrune", 4, 10, 50));
-  EXPECT_EQ(placer_.pending().size(), 3u);
-}
-
 TEST_F(Labels, AreaLabelSitsOnTheVertexMean) {
   placer_.resetLabels(240, 320);
   const MapPoint square[] = {{10, 20}, {110, 20}, {110, 71}, {10, 71}};
