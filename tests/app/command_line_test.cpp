@@ -4,6 +4,7 @@
 #include <QDir>
 
 #include "app/app.h"
+#include "common/tool_run.h"
 
 namespace orvel::test {
 namespace {
@@ -37,6 +38,15 @@ TEST(CommandLine, ReadsMapDemoAndGpsSourcesAndRefusesWhatItCannotUse) {
     EXPECT_EQ(line.demo, c.demo);
     EXPECT_EQ(line.gpsSources, c.gps);
     EXPECT_EQ(!line.error.isEmpty(), c.error);
+  }
+}
+
+// Asked for help, the viewer answers on standard output and ends before opening a window.
+TEST(CommandLine, HelpIsAnsweredWithoutAWindow) {
+  for (const char* option : {"--help", "-h"}) {
+    const ToolRun run = runProgram("timeout", std::string("20 '") + ORVEL_VIEWER_PATH + "' " + option);
+    EXPECT_EQ(run.exitCode, 0) << option;
+    EXPECT_TRUE(run.out.starts_with("usage: orvel ")) << option << ": " << run.out;
   }
 }
 

@@ -11,30 +11,6 @@ namespace {
 
 using MapPageTest = ShellTest;
 
-QString scaleLabel(const MapView& view) {
-  const std::u16string_view label = view.zoomLabel();
-  return QString::fromUtf16(label.data(), qsizetype(label.size()));
-}
-
-QString tableLabel(uint32_t index) {
-  const std::u16string_view label = zoomTable()[index].label;
-  return QString::fromUtf16(label.data(), qsizetype(label.size()));
-}
-
-TEST_F(MapPageTest, UpAndDownKeysAndTheMenuStepThroughTheZoomTable) {
-  startWindow();
-  mapView().setZoomIndex(5);
-  const uint64_t before = mapPage().compositionCount();
-  QTest::keyClick(client(), Qt::Key_Up);
-  EXPECT_EQ(mapView().zoomIndex(), 4u);
-  EXPECT_EQ(scaleLabel(mapView()), tableLabel(4));
-  QTest::keyClick(client(), Qt::Key_Down);
-  window->commandAction(kCmdZoomOut)->trigger();
-  EXPECT_EQ(mapView().zoomIndex(), 6u);
-  EXPECT_EQ(scaleLabel(mapView()), tableLabel(6));
-  EXPECT_EQ(mapPage().compositionCount(), before + 3);
-}
-
 TEST_F(MapPageTest, DragPansByTheStylusMovementAndComposesOnce) {
   startWindow();
   mapView().setCentre(100000, 200000);
@@ -87,6 +63,14 @@ TEST_F(MapPageTest, HoldingTheActionKeyForTheTimerSavesTheCentreOfThePress) {
   EXPECT_FALSE(timer->isActive());
   window->deliverTimer(kActionTimerId);  // once only
   QTest::keyRelease(client(), Qt::Key_Return);
+  EXPECT_EQ(waypointRequests.size(), 1u);
+  // Leaving the map page while the key is held cancels the waypoint.
+  QTest::keyPress(client(), Qt::Key_Return);
+  ASSERT_TRUE(mapPage().actionPending());
+  QTest::keyClick(client(), Qt::Key_Right);
+  EXPECT_FALSE(mapPage().actionPending());
+  EXPECT_FALSE(timer->isActive());
+  window->deliverTimer(kActionTimerId);
   EXPECT_EQ(waypointRequests.size(), 1u);
 }
 

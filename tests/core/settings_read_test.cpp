@@ -13,15 +13,8 @@ struct IntCase {
   int32_t expected;
 };
 
-class ReadInt : public SettingsStore, public ::testing::WithParamInterface<IntCase> {};
-
-TEST_P(ReadInt, ReadsStoredValueOrDefault) {
-  const IntCase& c = GetParam();
-  store(c.file);
-  EXPECT_EQ(readSettingInt(c.name, c.fallback), c.expected) << c.file;
-}
-
-INSTANTIATE_TEST_SUITE_P(Lines, ReadInt, ::testing::Values(
+TEST_F(SettingsStore, IntegersReadTheStoredValueOrTheDefault) {
+  for (const IntCase& c : {
     IntCase{"", "Page", 0, 0},
     IntCase{"Page dword 2\n", "Page", 0, 2},
     IntCase{"Page dword 2", "Page", 0, 2},                     // no final line break
@@ -47,7 +40,11 @@ INSTANTIATE_TEST_SUITE_P(Lines, ReadInt, ::testing::Values(
     IntCase{"Page dword \n", "Page", 7, 7},
     IntCase{"Page dword 1\nPage dword 2\n", "Page", 7, 1},     // a repeated name does not win
     IntCase{"# Page dword 2\n\nShowTrack dword 0\n", "Page", 7, 7},
-    IntCase{"Pages dword 2\n", "Page", 7, 7}));
+    IntCase{"Pages dword 2\n", "Page", 7, 7}}) {
+    store(c.file);
+    EXPECT_EQ(readSettingInt(c.name, c.fallback), c.expected) << c.file;
+  }
+}
 
 struct BoolCase {
   const char* file;
@@ -56,37 +53,27 @@ struct BoolCase {
   bool expected;
 };
 
-class ReadBool : public SettingsStore, public ::testing::WithParamInterface<BoolCase> {};
-
-TEST_P(ReadBool, AnyNonZeroIsTrue) {
-  const BoolCase& c = GetParam();
-  store(c.file);
-  EXPECT_EQ(readSettingBool(c.name, c.fallback), c.expected) << c.file;
-}
-
-INSTANTIATE_TEST_SUITE_P(Lines, ReadBool, ::testing::Values(
+TEST_F(SettingsStore, AnyNonZeroIsTrue) {
+  for (const BoolCase& c : {
     BoolCase{"RotateMap string 1\n", "RotateMap", false, false},
     BoolCase{"RotateMap dword 0x100000000\n", "RotateMap", false, false},
     BoolCase{"KeepVisible dword 2\n", "KeepVisible", false, true},
     BoolCase{"KeepVisible dword -1\n", "KeepVisible", false, true},
     BoolCase{"KeepVisible dword 0\n", "KeepVisible", true, false},
     BoolCase{"", "ShowTrack", true, true},
-    BoolCase{"", "RecordTrack", false, false}));
+    BoolCase{"", "RecordTrack", false, false}}) {
+    store(c.file);
+    EXPECT_EQ(readSettingBool(c.name, c.fallback), c.expected) << c.file;
+  }
+}
 
 struct StringCase {
   const char* file;
   std::u16string_view expected;
 };
 
-class ReadString : public SettingsStore, public ::testing::WithParamInterface<StringCase> {};
-
-TEST_P(ReadString, ReadsStoredTextOrDefault) {
-  const StringCase& c = GetParam();
-  store(c.file);
-  EXPECT_EQ(readSettingString("Gauge_0", u"speed"), c.expected) << c.file;
-}
-
-INSTANTIATE_TEST_SUITE_P(Lines, ReadString, ::testing::Values(
+TEST_F(SettingsStore, StringsReadTheStoredTextOrTheDefault) {
+  for (const StringCase& c : {
     StringCase{"", u"speed"},
     StringCase{"Gauge_0 string elev\n", u"elev"},
     StringCase{"Gauge_0 string \n", u""},
@@ -99,7 +86,11 @@ INSTANTIATE_TEST_SUITE_P(Lines, ReadString, ::testing::Values(
     StringCase{"Gauge_0 string ab\\\n", u"speed"},             // escape cut off
     StringCase{"Gauge_0 string \xD0\n", u"speed"},             // UTF-8 cut off
     StringCase{"Gauge_0 string \xC0\xAF\n", u"speed"},         // overlong form
-    StringCase{"Gauge_0 string a\rb\n", u"speed"}));
+    StringCase{"Gauge_0 string a\rb\n", u"speed"}}) {
+    store(c.file);
+    EXPECT_EQ(readSettingString("Gauge_0", u"speed"), c.expected) << c.file;
+  }
+}
 
 TEST_F(SettingsStore, StringsRoundTrip) {
   const std::u16string_view texts[] = {
@@ -126,22 +117,19 @@ struct CapacityCase {
   std::u16string_view expected;
 };
 
-class Capacity : public SettingsStore, public ::testing::WithParamInterface<CapacityCase> {};
-
-TEST_P(Capacity, TruncatesToUtf16Units) {
-  const CapacityCase& c = GetParam();
-  writeSettingString("Gauge_1", c.stored);
-  EXPECT_EQ(readSettingString("Gauge_1", u"x", c.capacity), c.expected);
-}
-
-INSTANTIATE_TEST_SUITE_P(Texts, Capacity, ::testing::Values(
+TEST_F(SettingsStore, TextsAreCutToTheCapacityInUtf16Units) {
+  for (const CapacityCase& c : {
     CapacityCase{u"satellites", 32, u"satellites"},
     CapacityCase{u"satellites", 10, u"satellites"},
     CapacityCase{u"satellites", 3, u"sat"},
     CapacityCase{u"satellites", 0, u""},
     CapacityCase{u"Скорость", 4, u"Скор"},
     CapacityCase{u"a\U0001F5FAb", 2, u"a"},    // half a surrogate pair is dropped
-    CapacityCase{u"a\U0001F5FAb", 3, u"a\U0001F5FA"}));
+    CapacityCase{u"a\U0001F5FAb", 3, u"a\U0001F5FA"}}) {
+    writeSettingString("Gauge_1", c.stored);
+    EXPECT_EQ(readSettingString("Gauge_1", u"x", c.capacity), c.expected);
+  }
+}
 
 }  // namespace
 }  // namespace orvel::test

@@ -27,29 +27,6 @@ struct FormatCase {
   const char16_t* longitude;
 };
 
-TEST(FormatCoordinate, FourNotations) {
-  const FormatCase cases[] = {
-      {55.755833f, 0, u"55.75583", u"55.75583"},
-      {55.755833f, 1, u" N55.75583°", u" E55.75583°"},
-      {55.755833f, 2, u"N55°45.350'", u"E55°45.350'"},
-      {55.755833f, 3, u"N55°45'21.0\"", u"E55°45'21.0\""},
-      {-37.6173f, 0, u"-37.61730", u"-37.61730"},
-      {-37.6173f, 1, u" S37.61730°", u" W37.61730°"},
-      {-37.6173f, 2, u"S37°37.038'", u"W37°37.038'"},
-      {-0.0001f, 2, u"S0°00.006'", u"W0°00.006'"},
-      {0.0f, 2, u"N0°00.000'", u"E0°00.000'"},
-      {1.0180556f, 3, u"N1°01'05.0\"", u"E1°01'05.0\""},   // padded minutes and seconds
-      {-179.5f, 3, u"S179°30'00.0\"", u"W179°30'00.0\""},
-      {10.999999f, 2, u"N10°60.000'", u"E10°60.000'"},    // minutes are not carried
-      {12.5f, 4, u"", u""},                               // unknown notation writes nothing
-  };
-  for (const auto& c : cases) {
-    SCOPED_TRACE(testing::Message() << c.degrees << " notation " << c.notation);
-    EXPECT_EQ(utf8(formatCoordinate(c.degrees, u'N', u'S', c.notation)), utf8(c.latitude));
-    EXPECT_EQ(utf8(formatCoordinate(c.degrees, u'E', u'W', c.notation)), utf8(c.longitude));
-  }
-}
-
 struct ParseCase {
   const char16_t* text;
   bool found;

@@ -66,50 +66,28 @@ std::vector<SentenceCase> sentenceCases() {
        {{&F::latitude, 48.1173}, {&F::longitude, -11.5166667}, {&F::speed, 22.4 * 1.852},
         {&F::magneticVariation, -3.1}},
        {}, CalendarTime{2099, 12, 31, 23, 59, 59, 500}},
-      {"RmcStatusVoidDropped", "$GPRMC,214350,V,4023.8600,N,00339.1630,W,10.8,0.0,140605,2.5,W,S*21\r\n", 0},
-      {"RmcBadDateNoTime",
-       "$GPRMC,000231.099,A,4829.0005,N,00022.0015,E,0.15,212.28,2208-1,,,A*73\r\n",
-       kRmcAll & ~kFixTime, {{&F::latitude, 48.4833417}, {&F::longitude, 0.3666917}}},
       {"RmcEmptyLongitudeKeepsTheRest", nmeaLine("GPRMC,120000,A,4807.038,N,,E,022.4,084.4,230394,003.1,W"),
        kRmcAll & ~kFixPosition, {{&F::course, 84.4}}, {}, CalendarTime{2094, 3, 23, 12, 0, 0, 0}},
       {"RmcTooFewFieldsDropped", "$GPRMC,000344.03,A,4808.9992,N,4,02.3\r\n", 0},
       {"ProprietaryPgrmcIsNotRmc", nmeaLine("PGRMC,A,218.8,100,6378137.000,298.257223563,0.0,0.0,0.0,A,3,1,1,4,30"), 0},
-      {"UnknownTypeIgnored", nmeaLine("GPZDA,201530.00,04,07,2002,00,00"), 0},
 
       {"GgaQualityZeroClearsPosition",
        "$GPGGA,235946.005,8960.000000,N,00000.000000,E,0,0,,137.000,M,13.000,M,,*49\r\n", kGgaNoFix,
        {{&F::altitude, 137.0}}, kFixTypeInvalid},
       {"GgaFeet", nmeaLine("GPGGA,120000,4807.038,N,01131.000,E,1,08,0.9,1000,F,100,F,,"), kGgaAll,
        {{&F::altitude, 304.8}, {&F::geoidSeparation, 30.48}}, kFixType3D},
-      {"GgaEmptyQualityIsUnknown",
-       nmeaLine("GPGGA,005947.00,3715.6616,N,12157.6709,W,,11,0.8,86.0,M,-30.1,M,,"), kGgaAll,
-       {{&F::longitude, -121.9611817}, {&F::geoidSeparation, -30.1}}, kFixTypeUnknown},
-      {"GgaCutShortDropped", "$GPGGA,030130\r\n", 0},
 
-      {"GllValid", "$GPGLL,4527.458,S,16709.165,E,225309,A*3E\r\n", kFixPosition,
-       {{&F::latitude, -45.4576333}, {&F::longitude, 167.1527500}}},
-      {"GllVoidIgnored", "$GPGLL,4023.8600,N,00339.1630,W,214350,V,S*57\r\n", 0},
-      {"VtgRecognisedAndIgnored", "$GPVTG,87.21,T,,M,0.12,N,0.2,K*5D\r\n", 0},
 
-      {"HdgFromSounder", "$SDHDG,229.8,,,1.3,E*36\r\n", kFixCourse, {{&F::course, 229.8}}},
-      {"PgrmzFeet", "$PGRMZ,48,f,3*27\r\n", kFixAltitude, {{&F::altitude, 48 / 3.28084}}},
-      {"PgrmeMetres", "$PGRME,9.1,M,15.0,M,12.0,M*21\r\n", kFixHorizontalError | kFixVerticalError,
-       {{&F::horizontalError, 9.1}, {&F::verticalError, 15.0}}},
       {"PgrmeFeet", nmeaLine("PGRME,30,f,60,f,90,f"), kFixHorizontalError | kFixVerticalError,
        {{&F::horizontalError, 9.144}, {&F::verticalError, 18.288}}},
 
-      {"Gsa3D", "$GPGSA,A,3,17,28,06,01,30,20,26,13,,,,,1.8,1.1,1.5*33\r\n", kFixType | kFixHdop | kFixVdop,
-       {{&F::hdop, 1.1}, {&F::vdop, 1.5}}, kFixType3D},
       {"GsaNoFixClearsDops", "$GPGSA,A,1,,,,,,,,,,,,,,,*1E\r\n", kFixType, {}, kFixTypeInvalid},
 
-      // Sentences of one burst merge; "no fix" takes back what came before.
+      // "No fix" takes back what came before in the burst.
       {"GsaNoFixAfterGga",
        "$GPGGA,030719.000,3747.0873,S,17518.8938,E,1,08,1.1,59.9,M,23.7,M,,0000*7D\r\n"
        "$GPGSA,A,1,,,,,,,,,,,,,,,*1E\r\n",
        kGgaNoFix, {}, kFixTypeInvalid},
-      {"RmcThenGgaMerge",
-       kBu353Rmc + "$GPGGA,030719.000,3747.0873,S,17518.8938,E,1,08,1.1,59.9,M,23.7,M,,0000*7D\r\n",
-       kRmcAll | kGgaAll, {{&F::speed, 0.69 * 1.852}, {&F::altitude, 59.9}}, kFixType3D},
   };
 }
 

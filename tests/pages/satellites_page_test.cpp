@@ -113,48 +113,5 @@ struct QualityCase {
   const char* expected;
 };
 
-TEST_F(SatellitesPageTest, FixQualityLine) {
-  const QualityCase cases[] = {
-      {0, 3, 0, 0, "None"},
-      {kFixType, 3, 0, 0, "3D"},
-      {kFixType, 5, 0, 0, "3d diff"},
-      {kFixType, 12, 0, 0, "Unknown type"},
-      {kFixSatellitesUsed, 2, 0, 0, "2D"},  // the type is shown even without its bit
-      {kFixType | kFixHorizontalError, 3, 4.6f, 0, "3D, ±5 м"},
-      {kFixType | kFixHorizontalError | kFixHdop, 3, 4.4f, 1.3f, "3D, ±4 м"},
-      {kFixType | kFixHdop, 4, 0, 1.3f, "2D diff, HDOP 1.3"},
-  };
-  for (const QualityCase& quality : cases) {
-    GpsFix fix;
-    fix.flags = quality.flags;
-    fix.fixType = quality.fixType;
-    fix.horizontalError = quality.horizontalError;
-    fix.hdop = quality.hdop;
-    gps.exchangeFix(fix);
-    QPointF at;
-    const std::vector<DrawCall> calls = record(satellitesPage());
-    EXPECT_TRUE(hasText(calls, QString::fromUtf8(quality.expected), &at)) << quality.expected;
-    EXPECT_EQ(at.x(), 80);
-  }
-}
-
-TEST_F(SatellitesPageTest, PositionSatellitesUsedAndStatus) {
-  GpsFix fix;
-  fix.flags = kFixPosition | kFixSatellitesUsed;
-  fix.latitude = -37.7848f;
-  fix.longitude = 175.3149f;
-  fix.satellitesUsed = 7;
-  gps.exchangeFix(fix);
-  gps.setStatusText(u"NMEA: COM3");
-  const std::vector<DrawCall> calls = record(satellitesPage());
-  EXPECT_TRUE(hasText(calls, QString::fromStdU16String(formatLatitude(-37.7848f))));
-  QPointF at;
-  EXPECT_TRUE(hasText(calls, QString::fromStdU16String(formatLongitude(175.3149f)), &at));
-  EXPECT_EQ(at.x(), 80);
-  EXPECT_FALSE(hasText(calls, QStringLiteral("-")));
-  EXPECT_TRUE(hasText(calls, QStringLiteral("Исп.: 7")));
-  EXPECT_TRUE(hasText(calls, QStringLiteral("NMEA: COM3")));
-}
-
 }  // namespace
 }  // namespace orvel::test

@@ -79,6 +79,18 @@ TEST(MpsFormat, Conversions) {
   EXPECT_EQ(mpsUnixTime(25569.0), 0u);
   EXPECT_EQ(mpsUnixTime(1000.0), 0u);  // before 1970
   EXPECT_EQ(mpsUnixTime(1e9), UINT32_MAX);
+  // Fields a fix does not have are written as zero; depth comes from the reserved field.
+  GpsFix fix;
+  fix.flags = kFixPosition;
+  fix.altitude = 55;
+  fix.time = 38173.5;
+  fix.reserved = 3;
+  const auto bytes = encodeMpsPoint(mpsPointFromFix(fix));
+  for (size_t i = 8; i < kMpsPointSize; ++i) EXPECT_EQ(bytes[i], 0) << i;
+  fix.flags |= kFixReserved;
+  const auto withDepth = encodeMpsPoint(mpsPointFromFix(fix));
+  EXPECT_EQ(withDepth[22], 1);
+  EXPECT_EQ(le::loadDouble(withDepth.data() + 23), 3.0);
 }
 
 // The points of a real MapSource file, decoded independently into a CSV, written again:

@@ -67,22 +67,6 @@ struct ProjectionCase {
   MapPoint screen;
 };
 
-TEST(MapView, MapToScreen) {
-  // Zoom 6: 2 m per pixel, 100 units = 119.2 pixels (truncated toward zero both ways).
-  const ProjectionCase cases[] = {
-      {0, {0, 100}, {120, 41}},    {0, {0, -100}, {120, 279}}, {0, {100, 0}, {239, 160}},
-      {0, {-100, 0}, {1, 160}},    {0, {0, 0}, {120, 160}},
-      // Turned 90 degrees clockwise: east is up, north is to the left.
-      {90, {0, 100}, {1, 160}},    {90, {100, 0}, {120, 41}},
-      {180, {0, 100}, {120, 279}}, {270, {0, 100}, {239, 160}},
-  };
-  for (const auto& c : cases) {
-    MapView v = makeView(6, c.rotation, {500000, 0});
-    EXPECT_EQ(v.mapToScreen({500000 + c.offset.x, c.offset.y}), c.screen)
-        << c.rotation << ": " << c.offset.x << "," << c.offset.y;
-  }
-}
-
 // Every truncation toward zero may lose up to a pixel, and a turned error vector spreads over
 // both axes; with a quarter turn only the two scalings remain.
 TEST(MapView, RoundTripWithinTruncationError) {

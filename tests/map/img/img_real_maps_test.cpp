@@ -119,40 +119,6 @@ TEST_P(RealImgMap, EverySubdivisionOfEveryLevelDecodes) {
   EXPECT_GT(labelled, 10);
 }
 
-// In a sound map the sections of consecutive subdivisions tile the RGN data without gaps:
-// each starts right after its offset table or where the previous one ended, and the last
-// ends where the next subdivision starts. Nothing may have been cut or dropped.
-TEST_P(RealImgMap, SectionsTileTheRgnData) {
-  const auto loaded = loadMap(GetParam());
-  ASSERT_TRUE(loaded) << GetParam();
-  const ImgMapFile& map = loaded->map;
-  const auto subdivisions = map.subdivisions();
-  uint64_t covered = 0;
-  int withSections = 0;
-  for (size_t i = 0; i < subdivisions.size(); ++i) {
-    const ImgSubdivision& s = subdivisions[i];
-    const uint32_t end = i + 1 < subdivisions.size() ? subdivisions[i + 1].rgnOffset
-                                                     : static_cast<uint32_t>(map.rgnData().size());
-    const int n = __builtin_popcount(s.flags & 0xF0);
-    if (n == 0) continue;
-    ++withSections;
-    uint32_t next = s.rgnOffset + 2 * static_cast<uint32_t>(n - 1);
-    covered += 2 * static_cast<uint32_t>(n - 1);
-    for (size_t k = 0; k < 4; ++k) {
-      if (!(s.flags & (0x10 << k))) {
-        EXPECT_EQ(s.sectionStart[k], kNoSection);
-        continue;
-      }
-      ASSERT_EQ(s.sectionStart[k], next) << "subdivision " << i << " section " << k;
-      next += s.sectionLength[k];
-      covered += s.sectionLength[k];
-    }
-    EXPECT_EQ(next, end) << "subdivision " << i;
-  }
-  EXPECT_GT(withSections, 10);
-  EXPECT_GT(covered, map.rgnData().size() * 9 / 10);
-}
-
 INSTANTIATE_TEST_SUITE_P(Maps, RealImgMap, ::testing::ValuesIn(kRealMaps), [](const auto& info) {
   std::string name = info.param;
   return name.substr(0, name.find('.'));
