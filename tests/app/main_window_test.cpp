@@ -31,18 +31,6 @@ TEST_F(MainWindowTest, ABurstOfFixesCostsOneHandling) {
   EXPECT_FALSE(gps.isLatchSet(kMsgFixChanged));
 }
 
-TEST_F(MainWindowTest, OpenCommandOpensTheChosenMap) {
-  const std::filesystem::path map = dataFile("maps/monaco_default_6bit.img");
-  startWindow();
-  window->dialogs().mapFile = [&map](QWidget*) { return QString::fromStdString(map.string()); };
-  const uint64_t before = mapPage().compositionCount();
-  window->commandAction(kCmdOpen)->trigger();
-  EXPECT_NE(currentMap(), nullptr);
-  EXPECT_EQ(mapPage().compositionCount(), before + 1);
-  EXPECT_EQ(QApplication::overrideCursor(), nullptr);
-  EXPECT_TRUE(messages->messages().empty());
-}
-
 TEST_F(MainWindowTest, SavePointUsesTheScreenCentreNotTheGpsPosition) {
   startWindow();
   GpsFix fix;

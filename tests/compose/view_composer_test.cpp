@@ -22,36 +22,6 @@ namespace {
 using test::DrawCall;
 using test::RecordingDevice;
 
-// A map of one grey area in the screen's top-left corner that remembers how it was asked to
-// decode and how the painter drawing into the picture was set up.
-class FakeMap : public MapFile {
- public:
-  FakeMap(MapRect bounds, const QImage& drawnInto) : picture(drawnInto) { bounds_ = bounds; }
-  bool probe(Bytes) override { return true; }
-  bool load(Bytes) override { return true; }
-  void decode(const MapView& view, const MapRect& visible, ObjectConsumer& consumer) override {
-    ++draws;
-    const QPainter& painter = *picture.paintEngine()->painter();
-    brushOrigin = painter.brushOrigin();
-    antialiased = painter.testRenderHint(QPainter::Antialiasing);
-    lastVisible = visible;
-    const MapPoint area[] = {view.screenToMap(0, 0), view.screenToMap(20, 0), view.screenToMap(0, 20)};
-    consumer.onObject(MapObject{ObjectKind::Polygon, 0x03, area, 0});  // City: solid (192, 192, 192)
-  }
-  bool isDrawn(const MapObject&) const override { return true; }
-  int getLabel(uint32_t, char16_t* out) override {
-    out[0] = 0;
-    return 0;
-  }
-  void describe(MapFacts&) const override {}
-
-  int draws = 0;
-  QPointF brushOrigin;
-  bool antialiased = true;
-  MapRect lastVisible;
-  const QImage& picture;
-};
-
 class Compose : public ::testing::Test {
  protected:
   static void SetUpTestSuite() { test::ensureGuiApplication(); }
@@ -119,38 +89,6 @@ class Compose : public ::testing::Test {
   int repaints_ = 0;
   MapRect waypointVisible_;
 };
-
-TEST_F(Compose, MapThenTrackThenWaypoints) {
-  const MapRect bounds{1990000, 990000, 2010000, 1030000};
-  FakeMap map(bounds, composer_.picture());
-  composer_.composeView(&map, view_);
-  EXPECT_EQ(map.draws, 1);
-  EXPECT_FALSE(map.antialiased);
-  EXPECT_EQ(map.lastVisible, view_.visibleRect());
-  const MapPoint middle = view_.mapToScreen({2000000, 1010000});
-  EXPECT_EQ(map.brushOrigin, QPointF(middle.x, middle.y));
-  EXPECT_EQ(composer_.picture().pixel(5, 5), qRgb(192, 192, 192));
-  EXPECT_EQ(composer_.picture().pixel(20, 20), qRgb(255, 0, 0));  // track over the map
-  EXPECT_EQ(composer_.picture().pixel(30, 30), qRgb(255, 255, 255));
-  EXPECT_EQ(trackDraws_, 1);
-  EXPECT_EQ(waypointDraws_, 1);
-}
-
-TEST_F(Compose, PaintCopiesThePictureThenDrawsTheFastLayers) {
-  composer_.composeView(nullptr, view_);
-  const auto recorded = paint(std::nullopt);
-  const RecordingDevice& device = *recorded;
-  const auto& calls = device.calls();
-  ASSERT_FALSE(calls.empty());
-  ASSERT_EQ(calls.front().kind, DrawCall::Kind::Image);
-  EXPECT_EQ(calls.front().rect, QRectF(0, 0, 240, 320));
-  EXPECT_EQ(calls.front().sourceRect, QRectF(0, 0, 240, 320));
-  // Scale bar at (10, height - 15); no marker while GPS input is shut down.
-  const auto lines = device.callsOf(DrawCall::Kind::Polyline);
-  ASSERT_EQ(lines.size(), 2u);
-  EXPECT_EQ(lines[0].devicePoints().front(), QPointF(10, 301));
-  EXPECT_TRUE(markers(device).empty());
-}
 
 TEST_F(Compose, SlowFixShowsACircleOf13Pixels) {
   const auto device = paint(fixAtCentre(1.9f, 45.0f));

@@ -108,23 +108,5 @@ TEST_F(SettingsStore, ConcurrentWritersLoseNothing) {
   EXPECT_EQ(leftovers(file_.parent_path(), file_), std::vector<fs::path>{});
 }
 
-// Reads cost a check of the file, not a read of it, until the file changes; then the change
-// made outside the program is what the next read gives.
-TEST_F(SettingsStore, ReadsFollowOutsideChangesWithoutRereadingAnUnchangedFile) {
-  writeSettingInt("Page", 2);
-  EXPECT_EQ(readSettingInt("Page", 0), 2);
-  const uint64_t reads = settings_.fileReads();
-  for (int i = 0; i < 100; ++i) EXPECT_EQ(readSettingInt("Page", 0), 2);
-  EXPECT_EQ(settings_.fileReads(), reads);
-  const std::pair<const char*, int32_t> outside[] = {
-      {"Page dword 1\n", 1}, {"Page dword 0\n", 0}, {"Page string 0\n", 5}};
-  for (const auto& [text, expected] : outside) {
-    store(text);  // rewritten in place: same file, often the same size
-    EXPECT_EQ(readSettingInt("Page", 5), expected) << text;
-  }
-  std::filesystem::remove(file_);
-  EXPECT_EQ(readSettingInt("Page", 7), 7);
-}
-
 }  // namespace
 }  // namespace orvel::test

@@ -130,35 +130,6 @@ TEST_F(GarminProtocolTest, APositionRecordBecomesAFixAndIsAnsweredWithStop) {
   EXPECT_EQ(port.writes.back(), kStop);
 }
 
-TEST(GarminPvt, CourseSpeedAndFixTypeFromTheRecord) {
-  struct Case {
-    float east, north, up;
-    double course, speed;
-    uint16_t code;
-    uint32_t type;
-  };
-  for (const Case& c : {Case{3, 4, 0, 36.8699, 18.0, 2, kFixType2D}, Case{-1, 0, 0, -90.0, 3.6, 3, kFixType3D},
-                        Case{0, -2, 0, 180.0, 7.2, 4, kFixType2DDiff}, Case{0, 0, 2, 0.0, 7.2, 5, kFixType3DDiff},
-                        Case{-3, -4, 12, -143.1301, 46.8, 6, kFixTypeUnknown},
-                        Case{0, 0, 0, 0.0, 0.0, 0xFFFF, kFixTypeUnknown}}) {
-    Pvt pvt;
-    pvt.east = c.east;
-    pvt.north = c.north;
-    pvt.up = c.up;
-    pvt.fix = c.code;
-    GpsFix fix;
-    ASSERT_TRUE(decodeGarminPvt(pvt.bytes(), fix));
-    EXPECT_NEAR(fix.course, c.course, 1e-3) << c.east << "," << c.north;
-    EXPECT_NEAR(fix.speed, c.speed, 1e-4) << c.east << "," << c.north;
-    EXPECT_FLOAT_EQ(fix.verticalSpeed, c.up);
-    EXPECT_EQ(fix.fixType, c.type) << c.code;
-  }
-  GpsFix untouched;
-  untouched.flags = 0x1234;
-  EXPECT_FALSE(decodeGarminPvt(Pvt{}.bytes(63), untouched));
-  EXPECT_EQ(untouched.flags, 0x1234u);
-}
-
 TEST_F(GarminProtocolTest, RecordsThatGiveNoFix) {
   acknowledge(5100);
   for (uint16_t code : {0, 1}) {  // no fix: the track breaks instead

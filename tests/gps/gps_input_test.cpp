@@ -78,26 +78,6 @@ TEST_F(GpsInputTest, FindsAnNmeaReceiverAndHandsOnItsFixes) {
   EXPECT_TRUE(sawStatus("Нет соединения с GPS-приемником"));
 }
 
-TEST_F(GpsInputTest, AnUnpluggedReceiverIsReportedAndSearchedForAgain) {
-  const auto bytes = capture("gps/nmea/bu353s4.log");
-  test::PtyPair pty;
-  ASSERT_TRUE(pty.ok());
-  input.addScanDevice(pty.slavePath());
-  auto receiver = std::make_unique<test::ReceiverThread>(pty.master(), bytes, 150);
-  input.beginScan();
-  ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
-
-  receiver.reset();
-  pty.closeMaster();
-  // Five seconds of silence, then the report, a pause, and the search resumes with the
-  // other protocol.
-  ASSERT_TRUE(waitStatus("Не обнаружено данных.", 8000)) << history();
-  EXPECT_FALSE(input.receiverFound());
-  EXPECT_EQ(noConnection, 1);
-  ASSERT_TRUE(waitStatus("Поиск данных - Протокол Garmin...", 4000)) << history();
-  EXPECT_EQ(input.activeScanThreads(), 1);
-}
-
 TEST_F(GpsInputTest, StopJoinsThreadsWaitingOnAQuietPortAndASilentGpsd) {
   test::PtyPair quiet;
   ASSERT_TRUE(quiet.ok());

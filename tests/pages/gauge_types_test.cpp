@@ -134,13 +134,6 @@ class TimeGaugeTest : public GaugeTypes {
   std::string oldTz_;
 };
 
-TEST_F(TimeGaugeTest, NoonUtcInAZoneThreeHoursEastShowsFifteen) {
-  useZone("MSK-3");
-  EXPECT_EQ(showTime(2024, 1, 15, 12, 0, 0), QString::fromStdU16String(formatTimeOfDay(15, 0, 0)));
-  useZone("UTC0");
-  EXPECT_EQ(showTime(2024, 1, 15, 12, 0, 0), QString::fromStdU16String(formatTimeOfDay(12, 0, 0)));
-}
-
 TEST_F(TimeGaugeTest, DaylightTimeIsAddedInSummer) {
   useZone("CET-1CEST,M3.5.0,M10.5.0/3");
   EXPECT_EQ(showTime(2024, 7, 1, 12, 0, 0), QString::fromStdU16String(formatTimeOfDay(14, 0, 0)));
