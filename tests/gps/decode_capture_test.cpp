@@ -10,6 +10,7 @@
 
 #include "common/test_data.h"
 #include "common/tool_run.h"
+#include "gps/capture_replay.h"
 #include "gps/garmin_packet.h"
 #include "gps/nmea_protocol.h"
 #include "gps/replay_line.h"
@@ -66,6 +67,18 @@ TEST(BinaryCaptures, AreNeverTakenForNmeaWhateverTheReads) {
       }
     }
   }
+}
+
+// Two well-formed Garmin packets are enough to take a capture for Garmin binary; bursts
+// then start after each position record.
+TEST(CaptureLayout, TwoGarminPacketsMakeABinaryCapture) {
+  std::vector<uint8_t> capture = frameGarminPacket(kGarminPvt, std::vector<uint8_t>(64, 1));
+  EXPECT_FALSE(analyseCapture(capture).garminBinary);
+  const auto second = frameGarminPacket(0x72, std::vector<uint8_t>(8, 2));
+  capture.insert(capture.end(), second.begin(), second.end());
+  const CaptureLayout layout = analyseCapture(capture);
+  EXPECT_TRUE(layout.garminBinary);
+  EXPECT_EQ(layout.burstStarts, std::vector<size_t>{capture.size() - second.size()});
 }
 
 TEST(ReplayLineTiming, BytesArriveAtTheBaudRateWithASecondAfterEachBurst) {

@@ -43,9 +43,12 @@ TEST(GarminFramer, KeepsIdSizeDataChecksumAndTheClosingDle) {
   EXPECT_EQ(packets[0].size(), 4u);
   EXPECT_EQ(packets[0][0], 5);
   // Bytes past the buffer are dropped.
-  Bytes longOne{0x10, 0x33, 0xFF};
-  longOne.insert(longOne.end(), 400, 0x55);
-  longOne.insert(longOne.end(), {0x10, 0x03});
+  Bytes longOne(405, 0x55);
+  longOne[0] = 0x10;
+  longOne[1] = 0x33;
+  longOne[2] = 0xFF;
+  longOne[403] = 0x10;
+  longOne[404] = 0x03;
   packets = frame(longOne);
   ASSERT_EQ(packets.size(), 1u);
   EXPECT_EQ(packets[0].size(), GarminFramer::kPacketSize);

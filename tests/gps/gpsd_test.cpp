@@ -33,6 +33,7 @@ TEST(GpsdUrl, HostsPortsAndMistakes) {
       {"gpsd://[::1]", true, "::1", 2947},             {"gpsd://host/", true, "host", 2947},
       {"gpsd://host:", false, "", 0},                  {"gpsd://host:0", false, "", 0},
       {"gpsd://host:65536", false, "", 0},             {"gpsd://host:12ab", false, "", 0},
+      {"gpsd://ho#st:2947", false, "", 0},
       {"gpsd://::1:2947", false, "", 0},               {"gpsd://[::1", false, "", 0},
       {"gpsd://[::1]x", false, "", 0},                 {"tcp://host:2947", false, "", 0},
       {"/dev/ttyUSB0", false, "", 0},

@@ -75,7 +75,7 @@ TEST(SixBitLabel, CodesInEachState) {
         // Lower-case state.
         SixBitCase{{27, 1}, u"a"}, SixBitCase{{27, 0}, u"`"}, SixBitCase{{27, 26}, u"z"},
         SixBitCase{{27, 33}, u"~[0x1b]1"}, SixBitCase{{27, 41}, u"~[0x1b]9"},
-        SixBitCase{{27, 43}, u"~[0x1b2b]"}, SixBitCase{{27, 44}, u"~[0x1b2c]"}, SixBitCase{{27, 27}, u"?"},
+        SixBitCase{{27, 32}, u"~[0x1b]0"}, SixBitCase{{27, 43}, u"~[0x1b2b]"}, SixBitCase{{27, 44}, u"~[0x1b2c]"}, SixBitCase{{27, 27}, u"?"},
         SixBitCase{{27, 42}, u"?"}, SixBitCase{{27, 45}, u"?"},
         // A shift lasts for one character; a shift code alone writes nothing.
         SixBitCase{{27, 13, 1, 28, 13, 13}, u"mA-M"}, SixBitCase{{28, 27}, u";"}, SixBitCase{{27}, u""},

@@ -62,6 +62,10 @@ TEST(OrvTool, RefusesBadInputAndLeavesNoFile) {
   EXPECT_FALSE(std::filesystem::exists(dir / "out.orv"));
   EXPECT_EQ(runTool("mkorv x.img").exitCode, 2);
   EXPECT_EQ(runTool("mkorv x.img -o y.orv --levels 30").exitCode, 2);
+  // One .orv holds one map: a map set is refused.
+  const auto set = test::dataFile("maps/monaco_tiles_gmapsupp.img");
+  EXPECT_EQ(runTool("mkorv '" + set.string() + "' -o '" + (dir / "set.orv").string() + "'").exitCode, 1);
+  EXPECT_FALSE(std::filesystem::exists(dir / "set.orv"));
 }
 
 }  // namespace
