@@ -20,12 +20,6 @@ std::string utf8(const std::u16string& s) {
   return out;
 }
 
-struct FormatCase {
-  float degrees;
-  uint32_t notation;
-  const char16_t* latitude;
-  const char16_t* longitude;
-};
 
 struct ParseCase {
   const char16_t* text;

@@ -1,18 +1,15 @@
-// GPS input end to end over pseudo-terminals with recorded receivers behind them: it finds
-// the receiver, names the protocol and port, the fixes are handed on; an unplugged receiver
-// is reported and searched for again; a stop ends and joins every thread; the settings
-// decide which ports are scanned.
+// GPS input end to end: a recorded receiver behind a pseudo-terminal and a silent gpsd are
+// scanned at once; the receiver is found, named by protocol and port, its fixes are handed
+// on, and a stop ends and joins every thread, letting go of the port and the connection.
 #include <gtest/gtest.h>
 
 #include <poll.h>
 #include <sys/socket.h>
 
-#include <atomic>
 #include <string>
-#include <vector>
 
-#include "core/settings.h"
 #include "common/test_data.h"
+#include "core/settings.h"
 #include "gps/gps_input.h"
 #include "gps/serial_port.h"
 #include "gps_test_support.h"
@@ -21,92 +18,48 @@
 namespace orvel {
 namespace {
 
-// How long the tests wait for something that takes the scanner well under a second.
-constexpr int kPatienceMs = 4000;
-
-class GpsInputTest : public ::testing::Test {
- protected:
-  void SetUp() override {
-    const auto dir = test::scratchDir("scanner-" + std::string(::testing::UnitTest::GetInstance()->current_test_info()->name()));
-    settings.openSettingsAt(dir / "GisOrvel.conf");
-    input.setScanIndicator({[this] { ++connected; }, [this] { ++noConnection; }});
-    input.setScanRoots({}, false);
-  }
-
-  bool sawStatus(const std::string& text) { return gps.statusCount(text) > 0; }
-  bool waitStatus(const std::string& text, int ms = kPatienceMs) {
-    return test::waitUntil([&] { return sawStatus(text); }, ms);
-  }
-  std::string history() {
-    std::lock_guard lock(gps.mutex);
-    std::string out;
-    for (const auto& s : gps.statuses) out += "[" + s + "] ";
-    return out;
-  }
-  std::vector<uint8_t> capture(const std::string& relative) { return test::readFile(test::dataFile(relative)); }
-  GpsFix currentFix() { return gps.state.currentFix(); }
-
-  std::atomic<int> connected{0}, noConnection{0};
+TEST(GpsInput, FindsAReceiverAndStopJoinsEveryThread) {
   Settings settings;
+  settings.openSettingsAt(test::scratchDir("gps-input") / "GisOrvel.conf");
   test::FixCollector gps;
-  GpsInput input{gps, settings};
-};
-
-TEST_F(GpsInputTest, FindsAnNmeaReceiverAndHandsOnItsFixes) {
-  const auto bytes = capture("gps/nmea/bu353s4.log");
-  test::PtyPair pty;
-  ASSERT_TRUE(pty.ok());
-  input.addScanDevice(pty.slavePath());
-  test::ReceiverThread receiver(pty.master(), bytes, 150);
-
-  input.startScanning();
-  ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
-  EXPECT_TRUE(sawStatus("Поиск данных - NMEA-0183..."));
-  EXPECT_TRUE(input.receiverFound());
-  ASSERT_TRUE(test::waitUntil([this] { return currentFix().has(kFixPosition | kFixTime); }, kPatienceMs));
-  const GpsFix fix = currentFix();
-  // The receiver stood at 37°47.09'S 175°18.89'E (its own GGA and RMC sentences).
-  EXPECT_NEAR(fix.latitude, -37.7848, 1e-3);
-  EXPECT_NEAR(fix.longitude, 175.3149, 1e-3);
-  EXPECT_TRUE(test::waitUntil([this] { return gps.state.getSatelliteCount() > 0; }, kPatienceMs));
-  EXPECT_EQ(connected, 1);
-  EXPECT_FALSE(input.isGpsInputShutDown());
-
-  input.stopScanning();
-  EXPECT_EQ(input.activeScanThreads(), 0);
-  EXPECT_TRUE(input.isGpsInputShutDown());
-  EXPECT_TRUE(sawStatus("Нет соединения с GPS-приемником"));
-}
-
-TEST_F(GpsInputTest, StopJoinsThreadsWaitingOnAQuietPortAndASilentGpsd) {
-  test::PtyPair quiet;
-  ASSERT_TRUE(quiet.ok());
-  input.addScanDevice(quiet.slavePath());
+  GpsInput input(gps, settings);
+  input.setScanRoots({}, false);
+  test::PtyPair receiverPort;
+  ASSERT_TRUE(receiverPort.ok());
+  input.addScanDevice(receiverPort.slavePath());
+  test::ReceiverThread receiver(receiverPort.master(), test::readFile(test::dataFile("gps/nmea/bu353s4.log")), 150);
   uint16_t port = 0;
   const int server = test::listenLocal(port);
   ASSERT_GE(server, 0);
   input.setGpsdSource("127.0.0.1", port);
+
   input.beginScan();
-  // The gpsd thread has connected and asked for reports, which never come.
+  ASSERT_TRUE(test::waitUntil([&] { return gps.statusCount("NMEA-0183 через COM1") > 0; }, 4000));
+  EXPECT_TRUE(input.receiverFound());
+  ASSERT_TRUE(test::waitUntil([&] { return gps.state.currentFix().has(kFixPosition | kFixTime); }, 4000));
+  // The receiver stood at 37°47.09'S 175°18.89'E (its own GGA and RMC sentences).
+  EXPECT_NEAR(gps.state.currentFix().latitude, -37.7848, 1e-3);
+  EXPECT_NEAR(gps.state.currentFix().longitude, 175.3149, 1e-3);
+  // The gpsd thread had connected and asked for reports, which never came.
   pollfd incoming{server, POLLIN, 0};
-  ASSERT_EQ(::poll(&incoming, 1, kPatienceMs), 1);
+  ASSERT_EQ(::poll(&incoming, 1, 4000), 1);
   const int client = ::accept(server, nullptr, nullptr);
   ASSERT_GE(client, 0);
   char request[256];
   EXPECT_GT(::recv(client, request, sizeof request, 0), 0);
-  EXPECT_EQ(input.activeScanThreads(), 2);
-  EXPECT_TRUE(input.isScanning());
+  // The first to speak wins: the others end.
+  EXPECT_TRUE(test::waitUntil([&] { return input.activeScanThreads() == 1; }, 4000));
 
   EXPECT_TRUE(input.stopScanning()) << "every thread ended within the stop's wait";
   EXPECT_EQ(input.activeScanThreads(), 0);
-  EXPECT_FALSE(input.isScanning());
   EXPECT_TRUE(input.isGpsInputShutDown());
+  EXPECT_GT(gps.statusCount("Нет соединения с GPS-приемником"), 0);
   // Both were let go: the connection is closed and the port can be claimed again.
   pollfd closed{client, POLLIN, 0};
   EXPECT_EQ(::poll(&closed, 1, 0), 1);
   EXPECT_EQ(::recv(client, request, sizeof request, MSG_DONTWAIT), 0);
   SerialPort again;
-  EXPECT_TRUE(again.open(quiet.slavePath()));
+  EXPECT_TRUE(again.open(receiverPort.slavePath()));
   ::close(client);
   ::close(server);
 }

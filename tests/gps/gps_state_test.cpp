@@ -38,23 +38,6 @@ TEST_F(GpsStateTest, StatusTextIsCutAndCopiedWithinTheCapacity) {
   EXPECT_EQ(untouched, u"####");
 }
 
-TEST_F(GpsStateTest, SatelliteListIsTheAnnouncedSize) {
-  state.resetSatellites(12);
-  for (uint32_t prn : {5u, 7u, 9u}) state.addSatellite({prn, 10 * prn, 100 + prn, 30 + prn});
-  EXPECT_EQ(state.getSatelliteCount(), 12u);
-  SatelliteInfo info;
-  EXPECT_EQ(state.getSatellite(1, info), (SatelliteInfo{7, 70, 107, 37}));
-  for (uint32_t i : {3u, 11u, 12u, 0xFFFFFFFFu}) EXPECT_EQ(state.getSatellite(i, info), SatelliteInfo{}) << i;
-  for (int i = 0; i < 9; ++i) state.addSatellite({100u + i, 1, 1, 1});
-  state.addSatellite({99, 99, 99, 99});  // the 13th is ignored
-  EXPECT_EQ(state.getSatellite(11, info).prn, 108u);
-  const GpsSnapshot snapshot = state.gpsSnapshot();
-  ASSERT_EQ(snapshot.satellites.size(), 12u);
-  EXPECT_EQ(snapshot.satellites[11].prn, 108u);
-  state.resetSatellites(0xFFFFFFFFu);  // an absurd count is cut, not allocated
-  EXPECT_EQ(state.getSatelliteCount(), kMaxSatellites);
-}
-
 TEST_F(GpsStateTest, MessagesAreCoalescedUntilTheLatchIsCleared) {
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t) {

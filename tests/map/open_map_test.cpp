@@ -18,8 +18,6 @@
 namespace orvel {
 namespace {
 
-const std::string kUnsupported = "Не поддерживаемый формат файла либо файл поврежден.";
-
 std::filesystem::path writeFile(const std::string& name, const std::vector<uint8_t>& bytes) {
   const auto path = test::scratchDir("open_map") / name;
   std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),

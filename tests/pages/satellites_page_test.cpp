@@ -105,13 +105,6 @@ TEST_F(SatellitesPageTest, BarsRiseHalfTheSignalFromTheBandBottom) {
   EXPECT_EQ(numbersUnderBars, 1);
 }
 
-struct QualityCase {
-  uint32_t flags;
-  uint32_t fixType;
-  float horizontalError;
-  float hdop;
-  const char* expected;
-};
 
 }  // namespace
 }  // namespace orvel::test

@@ -64,17 +64,6 @@ class WaypointsTest : public DataDirTest {
   WaypointStore store{dir, messages};
 };
 
-TEST_F(WaypointsTest, LoadReversesAndSaveKeepsRecordsExactly) {
-  const std::string a = record(1, {u"A", u"comment A", u"", u"x"});
-  const std::string b = record(2, {u"B", u"", u"", u""});
-  const std::string c = record(3, {u"Привет", u"", u"three", u""});
-  writeText(file(), header() + a + b + c);
-  store.loadWaypoints();
-  EXPECT_EQ(names(), (std::vector<std::u16string>{u"Привет", u"B", u"A"}));
-  ASSERT_TRUE(store.saveWaypoints());
-  EXPECT_EQ(fileText(file()), header() + c + b + a);
-}
-
 TEST_F(WaypointsTest, DamagedFileKeepsWholeRecordsAndIsNotRewritten) {
   const std::string records[] = {record(1, {u"A", u"", u"", u""}), record(2, {u"BB", u"bb", u"", u""}),
                                  record(3, {u"CCC", u"", u"", u"c"})};

@@ -34,9 +34,6 @@ TEST(MapView, SetZoomIndexClampsThroughUnsignedTest) {
   EXPECT_EQ(v.unitsDen(), 400);
 }
 
-struct RotationCase {
-  int32_t degrees, cosRot, sinRot;
-};
 
 struct CentreCase {
   int32_t y, storedY, latScale;
@@ -61,11 +58,6 @@ TEST(MapView, SetCentreClampsLatitudeAndScalesLongitude) {
   }
 }
 
-struct ProjectionCase {
-  int32_t rotation;
-  MapPoint offset;  // from the centre, in map units
-  MapPoint screen;
-};
 
 // Every truncation toward zero may lose up to a pixel, and a turned error vector spreads over
 // both axes; with a quarter turn only the two scalings remain.
@@ -135,10 +127,6 @@ TEST(MapView, IsLargeEnough) {
   EXPECT_TRUE(north.isLargeEnough({0, 0, 4, 0}, 2));
 }
 
-struct FitCase {
-  int32_t span;  // north - south
-  uint32_t zoom;
-};
 
 TEST(MapView, FitNewMapMiddleTruncatesTowardZeroWithoutOverflow) {
   MapView v;

@@ -60,11 +60,6 @@ TEST_F(TextDraw, HaloIsFourWhiteDiagonalsThenTheColour) {
   }
 }
 
-struct ArrowCase {
-  float angle;
-  QPolygonF blue;
-  QPolygonF red;
-};
 
 }  // namespace
 }  // namespace orvel

@@ -42,7 +42,7 @@ struct LevelSpec {
   uint16_t count = 1;
 };
 
-enum BuiltSubfile : int { kBuiltTre = 0, kBuiltRgn = 1, kBuiltLbl = 2, kBuiltNet = 3, kBuiltNone = -1 };
+enum BuiltSubfile : int { kBuiltTre = 0, kBuiltRgn = 1, kBuiltLbl = 2, kBuiltNone = -1 };
 
 struct EntrySpec {
   std::string name = "00000001";
@@ -72,15 +72,13 @@ struct ImgLayout {
   uint16_t codePage = 1252;
   ByteVector labelData = ByteVector{0, 'A', 'B', 0};
   ByteVector poiProperties;
-  bool withNet = false;
-  ByteVector roadData = ByteVector{1, 2, 3, 4};
   std::vector<EntrySpec> entries;  // empty: one entry per built subfile, tile "00000001"
 };
 
 struct BuiltImg {
   ByteVector bytes;
-  std::array<uint32_t, 4> offsets{};  // TRE, RGN, LBL, NET
-  std::array<uint32_t, 4> sizes{};
+  std::array<uint32_t, 3> offsets{};  // TRE, RGN, LBL
+  std::array<uint32_t, 3> sizes{};
   uint32_t rgnDataOffset = 0;         // in the file
 };
 
@@ -90,8 +88,8 @@ inline BuiltImg buildImg(const ImgLayout& layout) {
   constexpr size_t kBlock = 512;
   std::vector<EntrySpec> entries = layout.entries;
   if (entries.empty()) {
-    const char* types[] = {"TRE", "RGN", "LBL", "NET"};
-    for (int i = 0; i < (layout.withNet ? 4 : 3); ++i) entries.push_back({"00000001", types[i], i});
+    const char* types[] = {"TRE", "RGN", "LBL"};
+    for (int i = 0; i < 3; ++i) entries.push_back({"00000001", types[i], i});
   }
   BuiltImg out;
   ByteVector& b = out.bytes;
@@ -162,18 +160,6 @@ inline BuiltImg buildImg(const ImgLayout& layout) {
     append(b, l);
   }
 
-  if (layout.withNet) {
-    padToBlock(b, kBlock);
-    out.offsets[kBuiltNet] = static_cast<uint32_t>(b.size());
-    ByteVector n(0x37, 0);
-    putLe(n, 0, 0x37, 2);
-    putLe(n, 0x15, 0x37, 4);
-    putLe(n, 0x19, layout.roadData.size(), 4);
-    append(n, layout.roadData);
-    out.sizes[kBuiltNet] = static_cast<uint32_t>(n.size());
-    append(b, n);
-  }
-
   for (size_t i = 0; i < entries.size(); ++i) {
     const EntrySpec& e = entries[i];
     const size_t at = 0x600 + i * 512;
@@ -191,12 +177,6 @@ inline BuiltImg buildImg(const ImgLayout& layout) {
     putLe(b, at + 0x20, block, 2);
   }
   return out;
-}
-
-// Every byte XORed with the key, as scrambled maps are stored.
-inline ByteVector scrambled(ByteVector bytes, uint8_t key) {
-  for (uint8_t& byte : bytes) byte ^= key;
-  return bytes;
 }
 
 }  // namespace orvel::test

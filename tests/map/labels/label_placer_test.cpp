@@ -3,39 +3,14 @@
 
 #include <gtest/gtest.h>
 
-#include <map>
-#include <string>
 
 #include <QFontMetrics>
-#include <QPainter>
 
 #include "common/recording_device.h"
-#include "map/format/map_file.h"
+
 
 namespace orvel {
 namespace {
-
-using test::DrawCall;
-using test::RecordingDevice;
-
-// A map that only knows label texts.
-class LabelMap : public MapFile {
- public:
-  bool probe(Bytes) override { return true; }
-  bool load(Bytes) override { return true; }
-  void decode(const MapView&, const MapRect&, ObjectConsumer&) override {}
-  bool isDrawn(const MapObject&) const override { return true; }
-  int getLabel(uint32_t ref, char16_t* out) override {
-    const auto found = texts.find(ref);
-    const std::u16string text = found == texts.end() ? u"" : found->second;
-    text.copy(out, text.size());
-    out[text.size()] = 0;
-    return int(text.size());
-  }
-  void describe(MapFacts&) const override {}
-
-  std::map<uint32_t, std::u16string> texts;
-};
 
 class Labels : public ::testing::Test {
  protected:
