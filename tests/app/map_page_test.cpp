@@ -11,41 +11,6 @@ namespace {
 
 using MapPageTest = ShellTest;
 
-TEST_F(MapPageTest, DragPansByTheStylusMovementAndComposesOnce) {
-  startWindow();
-  mapView().setCentre(100000, 200000);
-  MapView expected = mapView();
-  expected.pan(30, -12);
-  const uint64_t before = mapPage().compositionCount();
-
-  QTest::mousePress(client(), Qt::LeftButton, {}, QPoint(100, 100));
-  QTest::mouseMove(client(), QPoint(115, 95));
-  QTest::mouseMove(client(), QPoint(130, 88));
-  EXPECT_TRUE(mapPage().panning());
-  EXPECT_EQ(mapPage().compositionCount(), before);  // the preview only shifts the picture
-  EXPECT_EQ(mapView().centre().x, 100000);
-  QTest::mouseRelease(client(), Qt::LeftButton, {}, QPoint(130, 88));
-
-  EXPECT_FALSE(mapPage().panning());
-  EXPECT_EQ(mapView().centre().x, expected.centre().x);
-  EXPECT_EQ(mapView().centre().y, expected.centre().y);
-  EXPECT_EQ(mapPage().compositionCount(), before + 1);
-}
-
-TEST_F(MapPageTest, PopupSavePointOpensTheWaypointDialogAtTheTappedPoint) {
-  startWindow();
-  mapView().setCentre(300000, 400000);
-  popupChoice = QStringLiteral("Сохранить точку...");
-  QTest::mouseClick(client(), Qt::RightButton, {}, QPoint(40, 90));
-  processEvents();  // the chosen item arrives as a command
-  ASSERT_EQ(waypointRequests.size(), 1u);
-  const MapPoint at = mapView().screenToMap(40, 90);
-  EXPECT_FLOAT_EQ(waypointRequests[0].lon, mapUnitsToDegrees(at.x));
-  EXPECT_FLOAT_EQ(waypointRequests[0].lat, mapUnitsToDegrees(at.y));
-  EXPECT_EQ(waypointRequests[0].time, 0.0);
-  EXPECT_EQ(waypointRequests[0].altitude, 0.0f);
-}
-
 TEST_F(MapPageTest, HoldingTheActionKeyForTheTimerSavesTheCentreOfThePress) {
   startWindow();
   mapView().setCentre(466034, 2027247);

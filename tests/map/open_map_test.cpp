@@ -40,15 +40,6 @@ class OpenMap : public ::testing::Test {
   MapView view_;
 };
 
-TEST_F(OpenMap, MissingFileLeavesNoMap) {
-  const auto path = test::dataFile("maps/monaco_cp1252.img");
-  ASSERT_TRUE(openMapFile(path, view_));
-  ASSERT_NE(currentMap(), nullptr);
-  EXPECT_FALSE(openMapFile(test::scratchDir("open_map") / "no such map.img", view_));
-  EXPECT_EQ(currentMap(), nullptr);
-  EXPECT_EQ(messages_.messages(), std::vector<std::string>{"Не удается открыть файл. (Ошибка 2.)"});
-}
-
 TEST_F(OpenMap, LoaderFailureShowsOnlyTheLoadersMessage) {
   const auto path = test::dataFile("maps/monaco_cp1252.img");
   std::vector<uint8_t> bytes = test::readFile(path);

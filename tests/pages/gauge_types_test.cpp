@@ -101,46 +101,5 @@ TEST_F(BatteryGaugeTest, ExternalPowerShowsChargingElseTheBatteryCharge) {
   }
 }
 
-class TimeGaugeTest : public GaugeTypes {
- protected:
-  void SetUp() override {
-    GaugeTypes::SetUp();
-    ensureWidgetApplication();
-    const char* tz = std::getenv("TZ");
-    hadTz_ = tz != nullptr;
-    if (hadTz_) oldTz_ = tz;
-  }
-  void TearDown() override {
-    if (hadTz_) {
-      setenv("TZ", oldTz_.c_str(), 1);
-    } else {
-      unsetenv("TZ");
-    }
-    tzset();
-  }
-  static void useZone(const char* zone) {
-    setenv("TZ", zone, 1);
-    tzset();
-  }
-  QString showTime(int year, int month, int day, int hour, int minute, int second) {
-    GpsFix fix;
-    EXPECT_TRUE(calendarToAutomationDate({year, month, day, hour, minute, second, 0}, fix.time));
-    fix.flags = kFixTime;
-    findGauge(u"time")->gauge->update(fix);
-    return shown(u"time");
-  }
-
-  bool hadTz_ = false;
-  std::string oldTz_;
-};
-
-TEST_F(TimeGaugeTest, DaylightTimeIsAddedInSummer) {
-  useZone("CET-1CEST,M3.5.0,M10.5.0/3");
-  EXPECT_EQ(showTime(2024, 7, 1, 12, 0, 0), QString::fromStdU16String(formatTimeOfDay(14, 0, 0)));
-  EXPECT_EQ(showTime(2024, 1, 1, 12, 0, 0), QString::fromStdU16String(formatTimeOfDay(13, 0, 0)));
-  // Across midnight into the next local day.
-  EXPECT_EQ(showTime(2024, 1, 1, 23, 30, 15), QString::fromStdU16String(formatTimeOfDay(0, 30, 15)));
-}
-
 }  // namespace
 }  // namespace orvel::test

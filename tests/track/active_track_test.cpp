@@ -10,9 +10,13 @@
 #include <thread>
 
 #include "child_process.h"
+#include <QPainter>
+
+#include "common/recording_device.h"
 #include "core/message.h"
 #include "data_dir_fixture.h"
 #include "track/le_bytes.h"
+#include "view/map_view.h"
 
 namespace orvel::test {
 namespace {
@@ -137,6 +141,56 @@ TEST_F(ActiveTrackTest, StoresSemicirclesAndBreakFlags) {
     EXPECT_EQ(slot(i).latitude(), expected[i].latitude()) << i;
   }
   EXPECT_EQ(slot(1).latitude(), -536870912);  // -45 degrees with bit 31 clear
+}
+
+// The ring drawn, on positions known exactly: polylines of at most 1000 points whose
+// joint stays undrawn, and a wrapped ring from its oldest slot on.
+TEST_F(ActiveTrackTest, DrawsInBatchesAndAWrappedRingOldestFirst) {
+  ensureGuiApplication();
+  MapView view;
+  view.setScreenSize(240, 320);
+  view.setZoomIndex(10);
+  view.setCentre(1000000, 2000000);
+  const Semicircles lat = view.centre().y * 256;
+  const auto at = [&](int32_t k, bool startsSegment = false) { return point(view.centre().x * 256 + k * 512, lat, startsSegment); };
+  const auto polyline = [&](auto first, auto last) {
+    QPolygonF line;
+    for (auto p = first; p != last; ++p) {
+      const MapPoint s = view.semicirclesToScreen({p->lon, p->latitude()});
+      line << QPointF(s.x, s.y);
+    }
+    return line;
+  };
+  const auto draw = [&](const std::vector<TrackPoint>& cells, Header h) {
+    writeRing(h, cells);
+    track.openTrackStore();
+    RecordingDevice device(240, 320);
+    {
+      QPainter painter(&device);
+      track.drawActiveTrack(painter, view);
+    }
+    track.closeTrackStore();
+    std::vector<QPolygonF> lines;
+    for (const DrawCall& call : device.callsOf(DrawCall::Kind::Polyline)) lines.push_back(call.devicePoints());
+    return lines;
+  };
+  std::vector<TrackPoint> points;
+  for (int i = 0; i < 2500; ++i) points.push_back(at(i % 300));
+  auto lines = draw(points, {2500, 0});
+  ASSERT_EQ(lines.size(), 3u);
+  EXPECT_EQ(lines[0], polyline(points.begin(), points.begin() + 1000));
+  EXPECT_EQ(lines[1], polyline(points.begin() + 1000, points.begin() + 2000));
+  EXPECT_EQ(lines[2], polyline(points.begin() + 2000, points.end()));
+
+  std::vector<TrackPoint> cells(kTrackSlots, at(0, true));  // every point alone
+  cells[9998] = at(1, true);
+  cells[9999] = at(2);
+  cells[0] = at(3);
+  cells[1] = at(4);  // newest; slot 2 is the oldest and begins a segment
+  lines = draw(cells, {2, 1});
+  ASSERT_EQ(lines.size(), 1u);
+  const std::vector<TrackPoint> wrapped{cells[9998], cells[9999], cells[0], cells[1]};
+  EXPECT_EQ(lines[0], polyline(wrapped.begin(), wrapped.end()));
 }
 
 // The child appends numbered points until it is killed. Point k has longitude
