@@ -2,7 +2,6 @@
 #include <csignal>
 #include <optional>
 #include <sys/wait.h>
-#include <thread>
 #include <unistd.h>
 
 #include "core/atomic_file.h"
@@ -87,25 +86,6 @@ TEST_F(SettingsStore, CrashBeforeReplaceLeavesPreviousFile) {
   writeSettingBool("RotateMap", true);  // the next write goes ahead as usual
   EXPECT_EQ(readSettingInt("Page", 0), 2);
   EXPECT_TRUE(readSettingBool("RotateMap", false));
-}
-
-TEST_F(SettingsStore, ConcurrentWritersLoseNothing) {
-  constexpr int kEach = 40;
-  auto writer = [this](const char* prefix) {
-    for (int i = 0; i < kEach; ++i) {
-      writeSettingInt(std::string(prefix) + std::to_string(i), i);
-      readSettingBool("ShowTrack", true);
-    }
-  };
-  std::thread first(writer, "Enable_COM");
-  std::thread second(writer, "Gauge_");
-  first.join();
-  second.join();
-  for (int i = 0; i < kEach; ++i) {
-    EXPECT_EQ(readSettingInt("Enable_COM" + std::to_string(i), -1), i);
-    EXPECT_EQ(readSettingInt("Gauge_" + std::to_string(i), -1), i);
-  }
-  EXPECT_EQ(leftovers(file_.parent_path(), file_), std::vector<fs::path>{});
 }
 
 }  // namespace

@@ -2,9 +2,7 @@
 // in a thread of its own.
 #include <gtest/gtest.h>
 
-#include <algorithm>
 #include <string>
-#include <vector>
 
 #include "common/test_data.h"
 #include "gps/demo_capture.h"

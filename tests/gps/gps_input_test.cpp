@@ -6,7 +6,6 @@
 #include <poll.h>
 #include <sys/socket.h>
 
-#include <string>
 
 #include "common/test_data.h"
 #include "core/settings.h"

@@ -5,11 +5,7 @@
 #include <sys/socket.h>
 #include <unistd.h>
 
-#include <algorithm>
-#include <atomic>
 #include <string>
-#include <thread>
-#include <vector>
 
 #include "gps/gpsd_client.h"
 #include "gps/gpsd_json.h"

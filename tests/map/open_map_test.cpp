@@ -40,24 +40,6 @@ class OpenMap : public ::testing::Test {
   MapView view_;
 };
 
-TEST_F(OpenMap, LoaderFailureShowsOnlyTheLoadersMessage) {
-  const auto path = test::dataFile("maps/monaco_cp1252.img");
-  std::vector<uint8_t> bytes = test::readFile(path);
-  // Find the TRE subfile's directory entry and set the encryption bit of its header.
-  size_t tre = 0;
-  for (size_t at = 0x600; at + 512 <= bytes.size() && tre == 0; at += 512) {
-    if (bytes[at] == 1 && std::string(bytes.begin() + at + 9, bytes.begin() + at + 12) == "TRE") {
-      tre = static_cast<size_t>(bytes[at + 0x20] | bytes[at + 0x21] << 8) * 512;
-    }
-  }
-  ASSERT_NE(tre, 0u);
-  bytes[tre + 0x0D] |= 0x80;
-  EXPECT_FALSE(openMapFile(writeFile("encrypted.img", bytes), view_));
-  EXPECT_EQ(currentMap(), nullptr);
-  EXPECT_EQ(messages_.messages(), std::vector<std::string>{
-                                      "Карта зашифрована.\n (ПРИМЕЧАНИЕ: Зашифрованные карты не поддерживаются.)"});
-}
-
 // "GORV" with version 2 is the own format only when the stored size is the file's size;
 // otherwise the IMG probe gets its turn (the signature of an IMG lies at 0x10).
 TEST_F(OpenMap, OwnFormatProbeComesFirst) {

@@ -1,8 +1,5 @@
-#include <cstdlib>
-#include <fstream>
 #include <string>
 
-#include "gps/ole_date.h"
 #include "pages/gauge.h"
 #include "pages/gauge_types.h"
 #include "pages_fixture.h"
@@ -10,7 +7,7 @@
 namespace orvel::test {
 namespace {
 
-// The fifteen types in a registry of the test's own, the battery reading its own folder.
+// The gauge types in a registry of the test's own.
 class GaugeTypes : public ::testing::Test {
  protected:
   void SetUp() override {
@@ -19,7 +16,6 @@ class GaugeTypes : public ::testing::Test {
     registerGaugeTypes(registry_, root_);
   }
   GaugeRegistration* findGauge(std::u16string_view key) const { return registry_.findGauge(key); }
-  GaugeRegistration* gaugeList() const { return registry_.gaugeList(); }
   QString shown(std::u16string_view key) const {
     const GaugeRegistration* entry = findGauge(key);
     if (entry == nullptr || !entry->gauge) return QStringLiteral("<none>");
@@ -69,37 +65,6 @@ TEST_F(GaugeTypes, FieldGaugesShowTheirFieldWhileItsBitIsSet) {
   }
 }
 
-class BatteryGaugeTest : public GaugeTypes {
- protected:
-  void supply(const std::string& name, const std::string& type, const std::string& attribute,
-              const std::string& value) {
-    std::filesystem::create_directories(root_ / name);
-    std::ofstream(root_ / name / "type") << type << "\n";
-    std::ofstream(root_ / name / attribute) << value << "\n";
-  }
-};
-
-TEST_F(BatteryGaugeTest, ExternalPowerShowsChargingElseTheBatteryCharge) {
-  struct Supply {
-    std::string name, type, attribute, value;
-  };
-  const struct {
-    std::vector<Supply> supplies;
-    const char* shown;
-  } cases[] = {
-      {{{"AC", "Mains", "online", "1"}, {"BAT0", "Battery", "capacity", "57"}}, "Зарядка"},
-      {{{"AC", "Mains", "online", "0"}, {"BAT0", "Battery", "capacity", "57"}}, "57 %"},
-      {{{"BAT1", "Battery", "capacity", "100"}, {"usb", "USB", "online", "1"}}, "Зарядка"},
-      {{{"BAT0", "Battery", "capacity", "255"}}, "-"},  // an unknown charge
-  };
-  for (const auto& c : cases) {
-    std::filesystem::remove_all(root_);
-    for (const Supply& s : c.supplies) supply(s.name, s.type, s.attribute, s.value);
-    GpsFix fix;
-    findGauge(u"power")->gauge->update(fix);  // the fix does not matter
-    EXPECT_EQ(shown(u"power"), QString::fromUtf8(c.shown)) << c.supplies.size();
-  }
-}
 
 }  // namespace
 }  // namespace orvel::test

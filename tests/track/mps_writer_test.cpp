@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <csignal>
-#include <cstring>
 #include <fcntl.h>
 #include <fstream>
 #include <sstream>

@@ -1,9 +1,7 @@
 // orvel-tool waypoints, run as a program on files written here.
 #include <gtest/gtest.h>
 
-#include <cstdlib>
 #include <fstream>
-#include <sstream>
 
 #include "common/test_data.h"
 #include "common/tool_run.h"

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <cstring>
 #include <fstream>
 #include <sys/stat.h>
 #include <sys/wait.h>

@@ -103,29 +103,6 @@ TEST(MapView, VisibleRectCoversTheTurnedScreen) {
   }
 }
 
-struct SizeCase {
-  MapRect r;
-  int32_t minPixels;
-  bool expected;
-};
-
-TEST(MapView, IsLargeEnough) {
-  // Zoom 6 at the equator: 1 unit = 1.19 pixels either way.
-  const SizeCase cases[] = {
-      {{0, 0, 2, 0}, 2, true},    {{0, 0, 1, 0}, 2, false},  {{0, 0, 0, 2}, 2, true},
-      {{0, 0, 1, 1}, 2, false},   {{0, 0, 9, 0}, 10, true},  {{0, 0, 8, 8}, 10, false},
-      {{5, 5, 0, 0}, 1, false},   {{5, 5, 0, 0}, 0, true},   {MapRect{}, 1, false},
-  };
-  MapView v = makeView(6);
-  for (const auto& c : cases) {
-    EXPECT_EQ(v.isLargeEnough(c.r, c.minPixels), c.expected)
-        << c.r.west << "," << c.r.south << "," << c.r.east << "," << c.r.north << " / " << c.minPixels;
-  }
-  // At 60 degrees longitude spans only half as many pixels.
-  MapView north = makeView(6, 0, {0, 2796203});
-  EXPECT_FALSE(north.isLargeEnough({0, 0, 2, 0}, 2));
-  EXPECT_TRUE(north.isLargeEnough({0, 0, 4, 0}, 2));
-}
 
 
 TEST(MapView, FitNewMapMiddleTruncatesTowardZeroWithoutOverflow) {

@@ -2,7 +2,6 @@
 // objects are drawn, with what, where icons and labels go, and that labels come last.
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <map>
 #include <string>
 #include <vector>

@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <span>
-#include <string>
 
 #include "map/img/img_map_file.h"
 

@@ -3,10 +3,7 @@
 
 #include <sys/wait.h>
 
-#include <cstdlib>
 #include <fstream>
-#include <map>
-#include <sstream>
 #include <string>
 
 #include "common/test_data.h"
