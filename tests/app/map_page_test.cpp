@@ -49,22 +49,6 @@ GpsFix movingFix(float lon, float lat, float speed, float course) {
   return fix;
 }
 
-TEST_F(MapPageTest, KeepVisibleCentresEveryNewPosition) {
-  startWindow();
-  fixes.updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
-  EXPECT_TRUE(gps.isLatchSet(kMsgFixChanged));
-  processEvents();
-  EXPECT_FALSE(gps.isLatchSet(kMsgFixChanged));
-  EXPECT_EQ(mapView().centre().x, degreesToMapUnits(7.42f));
-  EXPECT_EQ(mapView().centre().y, degreesToMapUnits(43.73f));
-
-  // The same position again draws nothing.
-  const uint64_t before = mapPage().compositionCount();
-  fixes.updateFix(movingFix(7.42f, 43.73f, 0.0f, 0.0f));
-  processEvents();
-  EXPECT_EQ(mapPage().compositionCount(), before);
-}
-
 TEST_F(MapPageTest, RotateMapTurnsFromTwoKilometresAnHour) {
   writeSettingBool("RotateMap", true);
   startWindow();

@@ -15,9 +15,8 @@ struct ToolRun {
   std::string err;
 };
 
-// Runs `program args` through the shell (args are passed as written, quote paths yourself)
-// with the offscreen platform, in `workDir` when one is given, and collects its exit code,
-// standard output and error.
+// Runs `program args` through the shell (quote paths yourself) with the offscreen platform,
+// in `workDir` when one is given.
 ToolRun runProgram(const std::string& program, const std::string& args, const std::filesystem::path& workDir = {});
 
 // The whole file as text; empty when it cannot be read.
@@ -35,9 +34,8 @@ std::string expectedForm(const ToolRun& run);
 // file, the first line that differs, and how to rewrite the file when the change is meant.
 void expectSameAsFile(const std::string& actual, const std::filesystem::path& expected);
 
-// The regular files directly in `folder` whose names `wanted` accepts, sorted; when there is
-// none (or no folder), the folder itself, so that the test looping over them fails naming
-// it instead of passing over nothing.
+// The regular files directly in `folder` whose names `wanted` accepts, sorted; with none, the
+// folder itself, so that the test looping over them fails naming it.
 std::vector<std::filesystem::path> filesIn(const std::filesystem::path& folder,
                                            const std::function<bool(const std::string& name)>& wanted);
 

@@ -46,26 +46,6 @@ TEST_F(SettingsStore, IntegersReadTheStoredValueOrTheDefault) {
   }
 }
 
-struct BoolCase {
-  const char* file;
-  const char* name;
-  bool fallback;
-  bool expected;
-};
-
-TEST_F(SettingsStore, AnyNonZeroIsTrue) {
-  for (const BoolCase& c : {
-    BoolCase{"RotateMap string 1\n", "RotateMap", false, false},
-    BoolCase{"RotateMap dword 0x100000000\n", "RotateMap", false, false},
-    BoolCase{"KeepVisible dword 2\n", "KeepVisible", false, true},
-    BoolCase{"KeepVisible dword -1\n", "KeepVisible", false, true},
-    BoolCase{"KeepVisible dword 0\n", "KeepVisible", true, false},
-    BoolCase{"", "ShowTrack", true, true},
-    BoolCase{"", "RecordTrack", false, false}}) {
-    store(c.file);
-    EXPECT_EQ(readSettingBool(c.name, c.fallback), c.expected) << c.file;
-  }
-}
 
 struct StringCase {
   const char* file;

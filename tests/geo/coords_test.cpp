@@ -62,14 +62,6 @@ TEST(ParseDecimal, Cases) {
   for (const auto& c : cases) checkParse(parseDecimal, c);
 }
 
-TEST(ParseDecimal, AccumulatesInSinglePrecision) {
-  const std::u16string text = u"16777217";
-  const char16_t* after = nullptr;
-  float value = 0;
-  ASSERT_TRUE(parseDecimal(text.data(), text.data() + text.size(), &after, &value));
-  EXPECT_EQ(value, 16777216.0f);
-}
-
 TEST(ParseCoordinate, Cases) {
   const ParseCase cases[] = {
       {u"S33°52.5'", true, -33.875f, 9},

@@ -27,36 +27,6 @@ TEST(TableTrig, AnglesBeyondTwoTurnsStayInsideTheTable) {
   }
 }
 
-struct AtanCase {
-  int32_t num, den;
-  float expected;
-};
-
-TEST(TableAtan, Cases) {
-  const float quarter = kPi * 0.5f;
-  const AtanCase cases[] = {
-      {5, 0, quarter},
-      {-5, 0, -quarter},
-      {0, 0, 0.0f},
-      {0, -5, 0.0f},
-      {1, -1, -(quarter - 0.785398185f)},
-      {1, 1, quarter - 0.785398185f},
-      {-1, -1, quarter - 0.785398185f},
-      {1, 2, 0.463647604f},
-      {-1, 2, -0.463647604f},
-      {1, -2, -0.463647604f},
-      {2, 1, quarter - 0.463647604f},
-      {-2, 1, -(quarter - 0.463647604f)},
-      {3, 1000, 0.0f},             // 0.3 hundredths rounds to entry 0
-      {5, 1000, 0.00999966636f},   // 0.5 hundredths rounds up to entry 1
-      {INT32_MIN, -1, quarter},    // negating the numerator must not overflow
-      {INT32_MIN, 1, -quarter},
-      {1, INT32_MIN, -0.0f},
-  };
-  for (const auto& c : cases) {
-    EXPECT_FLOAT_EQ(tableAtan(c.num, c.den), c.expected) << c.num << "/" << c.den;
-  }
-}
 
 }  // namespace
 }  // namespace orvel

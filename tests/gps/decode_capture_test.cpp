@@ -81,40 +81,5 @@ TEST(CaptureLayout, TwoGarminPacketsMakeABinaryCapture) {
   EXPECT_EQ(layout.burstStarts, std::vector<size_t>{capture.size() - second.size()});
 }
 
-TEST(ReplayLineTiming, BytesArriveAtTheBaudRateWithASecondAfterEachBurst) {
-  const std::string text(960, 'x');
-  ReplayLine line(test::bytesOf(text), {480}, false);
-  line.setLineSettings(4800, 8, false, 1);
-  line.advanceTo(999'999'000);  // 480 bytes take one second
-  EXPECT_EQ(line.waiting(), 479u);
-  line.advanceTo(1'000'000'000);
-  EXPECT_EQ(line.waiting(), 480u);
-  line.advanceTo(2'000'000'000);  // the gap
-  EXPECT_EQ(line.waiting(), 480u);
-  line.setLineSettings(9600, 8, false, 1);
-  line.advanceTo(2'500'000'000);
-  EXPECT_EQ(line.waiting(), 960u);
-  std::vector<uint8_t> buffer(1024);
-  EXPECT_EQ(line.read(buffer), 960u);
-  EXPECT_TRUE(line.exhausted());
-}
-
-TEST(ReplayLineTiming, AGarminReceiverAnswersBetweenBursts) {
-  const std::vector<uint8_t> capture(96, 0x55);
-  ReplayLine line(capture, {48}, true);
-  line.setLineSettings(9600, 8, false, 1);
-  line.advanceTo(10'000'000);  // 9 bytes of the first burst are in
-  line.write(kStartPvtPacket);
-  line.purge();
-  line.advanceTo(50'000'000);  // the burst's 48 bytes took 50 ms; the answer follows
-  EXPECT_EQ(line.waiting(), 39u);
-  line.advanceTo(60'000'000);
-  std::vector<uint8_t> got(1024);
-  got.resize(line.read(got));
-  const auto ack = frameGarminPacket(kGarminAck, std::vector<uint8_t>{kGarminCommand, 0});
-  ASSERT_GE(got.size(), 39u + ack.size());
-  EXPECT_TRUE(std::equal(ack.begin(), ack.end(), got.begin() + 39));
-}
-
 }  // namespace
 }  // namespace orvel

@@ -16,28 +16,6 @@ class GpsStateTest : public ::testing::Test {
   std::vector<int> posted;
 };
 
-TEST_F(GpsStateTest, StatusTextIsCutAndCopiedWithinTheCapacity) {
-  state.setStatusText(std::u16string(200, u'x'));
-  char16_t buffer[600];
-  state.getStatusText(buffer, 600);
-  EXPECT_EQ(std::u16string(buffer), std::u16string(127, u'x'));  // capacity is limited to 128 first
-  EXPECT_EQ(state.gpsSnapshot().statusText, std::u16string(128, u'x'));
-  EXPECT_EQ(posted, std::vector<int>{kMsgStatusChanged});
-  state.setStatusText(std::u16string(u"COM3\0junk", 9));  // stops at its terminator
-  EXPECT_EQ(state.gpsSnapshot().statusText, u"COM3");
-
-  state.setStatusText(u"Поиск GPS");
-  for (const auto& [capacity, expected] : std::vector<std::pair<size_t, std::u16string>>{
-           {1, u""}, {2, u"П"}, {5, u"Поис"}, {10, u"Поиск GPS"}, {500, u"Поиск GPS"}}) {
-    std::u16string out(600, u'#');
-    state.getStatusText(out.data(), capacity);
-    EXPECT_EQ(std::u16string(out.c_str()), expected) << capacity;
-  }
-  std::u16string untouched(4, u'#');
-  state.getStatusText(untouched.data(), 0);
-  EXPECT_EQ(untouched, u"####");
-}
-
 TEST_F(GpsStateTest, MessagesAreCoalescedUntilTheLatchIsCleared) {
   std::vector<std::thread> threads;
   for (int t = 0; t < 4; ++t) {

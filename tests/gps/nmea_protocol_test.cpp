@@ -1,6 +1,5 @@
-// The NMEA protocol object fed as a scanning thread feeds it, on a fake clock: buffering
-// across reads, burst merging, hand-over on quiet gaps and every three seconds, the tick's
-// wrap, overlong text, and satellite lists.
+// The NMEA protocol object fed as a scanning thread feeds it, on a fake clock: burst
+// merging, hand-over on quiet gaps and every three seconds, the tick's wrap, overlong text.
 #include <gtest/gtest.h>
 
 #include <string>
@@ -21,9 +20,6 @@ constexpr auto kFailed = ProcessResult::kFailed;
 const std::string kGga = "$GPGGA,030719.000,3747.0873,S,17518.8938,E,1,08,1.1,59.9,M,23.7,M,,0000*7D\r\n";
 const std::string kGsa = "$GPGSA,A,3,17,28,06,01,30,20,26,13,,,,,1.8,1.1,1.5*33\r\n";
 const std::string kRmc = "$GPRMC,030719.000,A,3747.0873,S,17518.8938,E,0.69,181.39,311214,,,A*7D\r\n";
-const std::string kGsv1 = "$GPGSV,3,1,11,01,78,221,47,03,09,042,00,04,05,242,00,06,04,149,00*70\r\n";
-const std::string kGsv2 = "$GPGSV,3,2,11,13,37,235,48,20,41,333,46,22,65,081,46,24,02,205,00*7B\r\n";
-const std::string kGsv3 = "$GPGSV,3,3,11,25,20,108,00,27,08,281,00,28,17,339,39,,,,*4C\r\n";
 
 class NmeaProtocolTest : public ::testing::Test {
  protected:
@@ -45,7 +41,6 @@ class NmeaProtocolTest : public ::testing::Test {
     for (size_t i = 0; i < text.size() && last != kFailed; i += chunk) last = feedAt(t += 20, text.substr(i, chunk));
     return last;
   }
-  std::vector<SatelliteInfo> satellites() { return collected.state.gpsSnapshot().satellites; }
 
   uint32_t now = 1000;
   test::FakePort port;
@@ -144,26 +139,6 @@ TEST_F(NmeaProtocolTest, CommentsAndOverlongPrintableSentencesAreSkipped) {
     EXPECT_NE(trickle(t, kGsa + longOne + kRmc + longOne + kGga + "$", chunk), kFailed) << chunk;
     EXPECT_EQ(nmea.assembling().flags, 0x0383u | 0x782Au) << chunk;
   }
-}
-
-TEST_F(NmeaProtocolTest, GsvListsPostAtTheirLastMessage) {
-  GpsState& state = collected.state;
-  feedAt(1010, kGsv1 + kGsv2 + "$");
-  EXPECT_EQ(state.getSatelliteCount(), 11u);
-  EXPECT_FALSE(state.isLatchSet(kMsgSatellitesChanged));
-  SatelliteInfo s;
-  EXPECT_EQ(state.getSatellite(7, s), (SatelliteInfo{24, 2, 205, 0}));
-  EXPECT_EQ(state.getSatellite(8, s), SatelliteInfo{});  // not received yet
-  feedAt(1020, kGsv3 + "$");
-  EXPECT_TRUE(state.isLatchSet(kMsgSatellitesChanged));
-  EXPECT_EQ(satellites()[10], (SatelliteInfo{28, 17, 339, 39}));
-  // A list whose first message is lost leaves the previous one.
-  silentAt(1200);
-  state.clearLatch(kMsgSatellitesChanged);
-  const auto before = satellites();
-  feedAt(2010, kGsv2 + kGsv3 + "$");
-  EXPECT_EQ(satellites(), before);
-  EXPECT_TRUE(state.isLatchSet(kMsgSatellitesChanged));
 }
 
 }  // namespace

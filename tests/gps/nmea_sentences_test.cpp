@@ -127,21 +127,5 @@ TEST(NmeaFraming, ALineCountsFromNineBytesOnAndOnlyAfterADollar) {
   EXPECT_EQ(nmea.assembling().flags, 0u);
 }
 
-TEST(NmeaNumbers, ParseAsTheReceiversWriteThem) {
-  EXPECT_EQ(parseNmeaUnsigned(""), 0u);
-  EXPECT_EQ(parseNmeaUnsigned("  12x"), 12u);
-  EXPECT_EQ(parseNmeaUnsigned("007"), 7u);
-  EXPECT_EQ(parseNmeaUnsigned("-3"), 0u);
-  EXPECT_DOUBLE_EQ(parseNmeaReal(""), 0.0);
-  EXPECT_DOUBLE_EQ(parseNmeaReal(" -12.25"), -12.25);
-  EXPECT_DOUBLE_EQ(parseNmeaReal("+.5"), 0.5);
-  EXPECT_DOUBLE_EQ(parseNmeaReal("1e5"), 1.0);  // no exponents
-  EXPECT_DOUBLE_EQ(parseNmeaReal("000115.4"), 115.4);
-  EXPECT_NEAR(parseNmeaReal("3842.86006889"), 3842.86006889, 1e-9);
-  EXPECT_NEAR(parseNmeaCoordinate("3842.86006889", "N", 2), 38.7143345, 1e-7);
-  EXPECT_NEAR(parseNmeaCoordinate("11705.43645510", "W", 3), -117.0906076, 1e-7);
-  EXPECT_NEAR(parseNmeaCoordinate("0000.0000", "S", 2), 0.0, 1e-12);
-}
-
 }  // namespace
 }  // namespace orvel

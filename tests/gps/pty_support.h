@@ -1,9 +1,8 @@
 #pragma once
-// Pseudo-terminal pairs standing in for serial ports, and receivers behind them: a thread
-// that writes a recorded capture into the master end at a receiver's pace, and for Garmin
-// one that also acknowledges the commands it is sent. The scanner opens the slave end by
-// its path, as it would a USB receiver. A socket listening on the loopback address stands
-// in for gpsd.
+// Pseudo-terminal pairs standing in for serial ports, and a receiver behind one: a thread
+// that writes a recorded capture into the master end at a receiver's pace. The scanner opens
+// the slave end by its path, as it would a USB receiver. A socket listening on the loopback
+// address stands in for gpsd.
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <netinet/in.h>
@@ -71,50 +70,36 @@ inline bool writeAll(int fd, const uint8_t* data, size_t size) {
   return true;
 }
 
-// Writes `capture` burst by burst into `fd`, `gapMs` apart, over and over until stopped.
-// With `ackGarmin`, every Garmin command read from `fd` is acknowledged between bursts.
+// Writes `capture` burst by burst into `fd`, `gapMs` apart, over and over until stopped;
+// what the other end writes is read and dropped.
 class ReceiverThread {
  public:
-  ReceiverThread(int fd, std::vector<uint8_t> capture, uint32_t gapMs, bool ackGarmin = false)
-      : thread_([this, fd, capture = std::move(capture), gapMs, ackGarmin] { run(fd, capture, gapMs, ackGarmin); }) {}
-  ~ReceiverThread() { stop(); }
-  void stop() {
+  ReceiverThread(int fd, std::vector<uint8_t> capture, uint32_t gapMs)
+      : thread_([this, fd, capture = std::move(capture), gapMs] { run(fd, capture, gapMs); }) {}
+  ~ReceiverThread() {
     stop_ = true;
-    if (thread_.joinable()) thread_.join();
+    thread_.join();
   }
-  int acks() const { return acks_; }
 
  private:
-  void run(int fd, const std::vector<uint8_t>& capture, uint32_t gapMs, bool ackGarmin) {
+  void run(int fd, const std::vector<uint8_t>& capture, uint32_t gapMs) {
     std::vector<size_t> bursts = analyseCapture(capture).burstStarts;
-    if (bursts.empty() || bursts.front() != 0) bursts.insert(bursts.begin(), 0);
+    bursts.insert(bursts.begin(), 0);
+    bursts.push_back(capture.size());
     while (!stop_) {
-      for (size_t b = 0; b < bursts.size() && !stop_; ++b) {
-        const size_t end = b + 1 < bursts.size() ? bursts[b + 1] : capture.size();
-        if (!writeAll(fd, capture.data() + bursts[b], end - bursts[b])) return;
+      for (size_t b = 0; b + 1 < bursts.size() && !stop_; ++b) {
+        if (!writeAll(fd, capture.data() + bursts[b], bursts[b + 1] - bursts[b])) return;
         const auto due = std::chrono::steady_clock::now() + std::chrono::milliseconds(gapMs);
         while (!stop_ && std::chrono::steady_clock::now() < due) {
           pollfd p{fd, POLLIN, 0};
-          if (::poll(&p, 1, 10) <= 0 || !(p.revents & POLLIN)) continue;
           uint8_t in[256];
-          const ssize_t n = ::read(fd, in, sizeof in);
-          if (n <= 0) return;
-          if (!ackGarmin) continue;
-          // DLE 0x0A ... is a command; the answer is ACK (id 6) of packet 10.
-          for (ssize_t i = 0; i + 1 < n; ++i) {
-            if (in[i] == 0x10 && in[i + 1] == 0x0A) {
-              static constexpr uint8_t kAck[] = {0x10, 0x06, 0x02, 0x0A, 0x00, 0xEE, 0x10, 0x03};
-              writeAll(fd, kAck, sizeof kAck);
-              ++acks_;
-            }
-          }
+          if (::poll(&p, 1, 10) > 0 && (p.revents & POLLIN) && ::read(fd, in, sizeof in) <= 0) return;
         }
       }
     }
   }
 
   std::atomic<bool> stop_{false};
-  std::atomic<int> acks_{0};
   std::thread thread_;
 };
 

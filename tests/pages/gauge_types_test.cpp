@@ -7,25 +7,6 @@
 namespace orvel::test {
 namespace {
 
-// The gauge types in a registry of the test's own.
-class GaugeTypes : public ::testing::Test {
- protected:
-  void SetUp() override {
-    static int serial = 0;
-    root_ = scratchDir("power-" + std::to_string(serial++));
-    registerGaugeTypes(registry_, root_);
-  }
-  GaugeRegistration* findGauge(std::u16string_view key) const { return registry_.findGauge(key); }
-  QString shown(std::u16string_view key) const {
-    const GaugeRegistration* entry = findGauge(key);
-    if (entry == nullptr || !entry->gauge) return QStringLiteral("<none>");
-    return QString::fromStdU16String(entry->gauge->format());
-  }
-
-  GaugeRegistry registry_;
-  std::filesystem::path root_;
-};
-
 struct FieldCase {
   const char16_t* key;
   uint32_t bit;
@@ -49,19 +30,23 @@ const FieldCase kFieldCases[] = {
     {u"vspeed", kFixVerticalSpeed, [](GpsFix& f) { f.verticalSpeed = -0.4f; }, "-0.4 м/с"},
 };
 
-TEST_F(GaugeTypes, FieldGaugesShowTheirFieldWhileItsBitIsSet) {
+// Each field gauge of a registry of the test's own shows its field only while the fix's
+// bit for it is set.
+TEST(GaugeTypes, FieldGaugesShowTheirFieldWhileItsBitIsSet) {
+  GaugeRegistry registry;
+  registerGaugeTypes(registry, scratchDir("power"));
   for (const FieldCase& field : kFieldCases) {
-    GaugeRegistration* entry = findGauge(field.key);
-    ASSERT_NE(entry, nullptr);
+    const std::string key = QString::fromStdU16String(field.key).toStdString();
+    GaugeRegistration* entry = registry.findGauge(field.key);
+    ASSERT_TRUE(entry != nullptr && entry->gauge) << key;
     GpsFix fix;
     field.set(fix);
     fix.flags = field.bit;
     entry->gauge->update(fix);
-    EXPECT_EQ(shown(field.key), QString::fromUtf8(field.expected)) << QString::fromStdU16String(field.key).toStdString();
-    // Every other bit set but this one: the old number in the field is not shown.
-    fix.flags = 0x7FFF & ~field.bit;
+    EXPECT_EQ(QString::fromStdU16String(entry->gauge->format()), QString::fromUtf8(field.expected)) << key;
+    fix.flags = 0x7FFF & ~field.bit;  // every other bit set: the old number is not shown
     entry->gauge->update(fix);
-    EXPECT_EQ(shown(field.key), QStringLiteral("-")) << QString::fromStdU16String(field.key).toStdString();
+    EXPECT_EQ(entry->gauge->format(), u"-") << key;
   }
 }
 

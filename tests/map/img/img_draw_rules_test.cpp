@@ -106,18 +106,6 @@ class DrawRules : public ::testing::Test {
   MapDrawContext drawing_{test::mapStyles()};
 };
 
-TEST_F(DrawRules, PolygonTypesThatDescribeTheMapAreNeverDrawn) {
-  for (uint32_t type : {0x01u, 0x02u, 0x4Au, 0x4Bu}) {
-    EXPECT_TRUE(record({{ObjectKind::Polygon, type, square(50, 50, 100)}}).empty()) << type;
-  }
-  const auto calls = record({{ObjectKind::Polygon, 0x03, square(50, 50, 100)}});
-  ASSERT_EQ(calls.size(), 1u);
-  EXPECT_EQ(calls[0].kind, DrawCall::Kind::Polygon);
-  EXPECT_EQ(calls[0].pen.style(), Qt::NoPen);
-  EXPECT_EQ(calls[0].brush.color(), QColor(192, 192, 192));
-  EXPECT_EQ(calls[0].points, QPolygonF(QList<QPointF>{{50, 50}, {150, 50}, {150, 150}, {50, 150}}));
-}
-
 TEST_F(DrawRules, ObjectsWithTooFewPointsOrTooSmallAreLeftOut) {
   struct Case {
     Shape shape;

@@ -59,21 +59,6 @@ TEST_F(Labels, OverlappingPointLabelsKeepTheFirst) {
   EXPECT_TRUE(point(u"Fontvieille", 2, 30, 24));
 }
 
-TEST_F(Labels, AreaLabelSitsOnTheVertexMean) {
-  placer_.resetLabels(240, 320);
-  const MapPoint square[] = {{10, 20}, {110, 20}, {110, 71}, {10, 71}};
-  placer_.addAreaLabel(7, square, font_, QColor(0, 0, 255));
-  ASSERT_EQ(placer_.pending().size(), 1u);
-  const PendingLabel& label = placer_.pending()[0];
-  EXPECT_EQ(label.x(), 60);
-  EXPECT_EQ(label.y(), 45);
-  EXPECT_EQ(label.alignment, 1);
-  EXPECT_EQ(label.rotation, 0);
-  EXPECT_EQ(label.colour, QColor(0, 0, 255));
-  // Area labels never touch the grid.
-  EXPECT_EQ(placer_.cell(60 / 8, 45 / 4), LabelPlacer::kFreeCell);
-}
-
 TEST_F(Labels, AreaMeanOfNegativeSumsIsUnsigned) {
   placer_.resetLabels(240, 320);
   // Sum -6 over 3 points: (2^32 - 6) / 3 = 0x55555553, of which 16 bits are kept.
