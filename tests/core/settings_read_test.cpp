@@ -112,4 +112,12 @@ TEST_F(SettingsStore, TextsAreCutToTheCapacityInUtf16Units) {
 }
 
 }  // namespace
+TEST_F(SettingsStore, NamesThatCannotBeStoredAreIgnored) {
+  for (const char* name : {"", "Two words", "Tab\tName", "#Comment", "Имя"}) {
+    writeSettingInt(name, 5);
+    EXPECT_EQ(readSettingInt(name, 7), 7) << name;
+  }
+  EXPECT_FALSE(std::filesystem::exists(file_));
+}
+
 }  // namespace orvel::test

@@ -37,6 +37,30 @@ std::vector<fs::path> leftovers(const fs::path& dir, const fs::path& keep) {
   return found;
 }
 
+// The file lives in $XDG_CONFIG_HOME when that is absolute, else in $HOME/.config; with
+// neither there is no file and the program runs on defaults.
+TEST(SettingsPlace, FollowsXdgThenHomeElseNone) {
+  Settings settings;
+  const fs::path dir = scratchDir("settings-place");
+  ScopedEnv config("ORVEL_CONFIG_FILE", nullptr);
+  {
+    ScopedEnv xdg("XDG_CONFIG_HOME", (dir / "xdg").c_str());
+    EXPECT_EQ(settings.openSettings(), 0);
+    EXPECT_EQ(settings.settingsFile(), dir / "xdg" / "Orvel" / "GisOrvel.conf");
+  }
+  ScopedEnv xdg("XDG_CONFIG_HOME", "relative/path");
+  {
+    ScopedEnv home("HOME", (dir / "home").c_str());
+    EXPECT_EQ(settings.openSettings(), 0);
+    EXPECT_EQ(settings.settingsFile(), dir / "home" / ".config" / "Orvel" / "GisOrvel.conf");
+  }
+  ScopedEnv home("HOME", "");
+  EXPECT_NE(settings.openSettings(), 0);
+  EXPECT_TRUE(settings.settingsFile().empty());
+  settings.writeSettingInt("Page", 2);
+  EXPECT_EQ(settings.readSettingInt("Page", 0), 0);
+}
+
 TEST_F(SettingsStore, DamagedFileKeepsWhatCanBeReadAndIsKeptAside) {
   const std::string damaged =
       "RotateMap dword 1\n"

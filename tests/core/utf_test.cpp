@@ -29,4 +29,12 @@ TEST(Utf, UnpairedSurrogatesBecomeReplacementCharacters) {
 }
 
 }  // namespace
+TEST(Utf, ValidTextConvertsBothWaysUpToTheLastCodePoint) {
+  for (const std::u16string_view text : {u"", u"Орвел", u"\U0001F5FA", u"\uFFFD\U0010FFFF"}) {
+    EXPECT_TRUE(isValidUtf8(utf16ToUtf8(text)));
+    EXPECT_EQ(utf8ToUtf16(utf16ToUtf8(text)), std::u16string(text));
+  }
+  EXPECT_EQ(utf16ToUtf8(u"\U0001F5FA"), "\xF0\x9F\x97\xBA");
+}
+
 }  // namespace orvel

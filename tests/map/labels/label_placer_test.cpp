@@ -59,6 +59,23 @@ TEST_F(Labels, OverlappingPointLabelsKeepTheFirst) {
   EXPECT_TRUE(point(u"Fontvieille", 2, 30, 24));
 }
 
+// Labels reaching past the grid take only the cells inside it; wholly outside, none.
+TEST_F(Labels, GridIsClippedAtItsEdges) {
+  placer_.resetLabels(80, 40);  // 10 x 10 cells
+  ASSERT_GT(extent(u"Beausoleil").width(), 30);
+  EXPECT_TRUE(point(u"Beausoleil", 1, 70, 34));
+  EXPECT_EQ(placer_.cell(9, 9), 0);
+  EXPECT_EQ(placer_.cell(7, 9), LabelPlacer::kFreeCell);
+  EXPECT_FALSE(point(u"Cap", 2, 76, 38));  // overlaps it inside the grid: dropped
+  EXPECT_TRUE(point(u"Roquebrune", 3, 90, 10));  // wholly beyond the edges: kept
+  EXPECT_TRUE(point(u"Roquebrune", 4, 10, 50));
+  const int w = extent(u"Eze").width();
+  EXPECT_TRUE(point(u"Eze", 5, -3, -3));  // 3 pixels left of and above: reaches cell (0, 0)
+  EXPECT_EQ(placer_.cell(0, 0), 3);  // the fourth label kept
+  EXPECT_TRUE(point(u"Eze", 6, -w - 9, 20));  // ends left of the screen: covers no cell
+  EXPECT_EQ(placer_.cell(0, 5), LabelPlacer::kFreeCell);
+}
+
 TEST_F(Labels, AreaMeanOfNegativeSumsIsUnsigned) {
   placer_.resetLabels(240, 320);
   // Sum -6 over 3 points: (2^32 - 6) / 3 = 0x55555553, of which 16 bits are kept.
