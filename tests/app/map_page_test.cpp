@@ -39,29 +39,5 @@ TEST_F(MapPageTest, HoldingTheActionKeyForTheTimerSavesTheCentreOfThePress) {
   EXPECT_EQ(waypointRequests.size(), 1u);
 }
 
-GpsFix movingFix(float lon, float lat, float speed, float course) {
-  GpsFix fix;
-  fix.flags = kFixPosition | kFixSpeed | kFixCourse;
-  fix.longitude = lon;
-  fix.latitude = lat;
-  fix.speed = speed;
-  fix.course = course;
-  return fix;
-}
-
-TEST_F(MapPageTest, RotateMapTurnsFromTwoKilometresAnHour) {
-  writeSettingBool("RotateMap", true);
-  startWindow();
-  fixes.updateFix(movingFix(7.42f, 43.73f, 1.9f, 90.4f));
-  processEvents();
-  EXPECT_EQ(mapView().rotation(), 0);
-  fixes.updateFix(movingFix(7.43f, 43.73f, 2.0f, 90.6f));
-  processEvents();
-  EXPECT_EQ(mapView().rotation(), 91);
-  fixes.updateFix(movingFix(7.44f, 43.73f, 1.0f, 200.0f));
-  processEvents();
-  EXPECT_EQ(mapView().rotation(), 91);
-}
-
 }  // namespace
 }  // namespace orvel::test

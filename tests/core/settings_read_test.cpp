@@ -72,17 +72,6 @@ TEST_F(SettingsStore, StringsReadTheStoredTextOrTheDefault) {
   }
 }
 
-TEST_F(SettingsStore, StringsRoundTrip) {
-  const std::u16string_view texts[] = {
-      u"", u"speed", u"/home/пользователь/Карты/Орвел", u"a\\b\nc\r\nd\\n", u" edges ", u"#hash",
-      u"\\", u"emoji \U0001F5FA map", u"tab\there"};
-  for (const std::u16string_view text : texts) {
-    writeSettingString("Path", text);
-    EXPECT_EQ(readSettingString("Path", u"fallback", 1000), text);
-  }
-  EXPECT_EQ(stored().find('\r'), std::string::npos);  // carriage returns are always escaped
-}
-
 TEST_F(SettingsStore, WritesReplaceOneLineAndKeepTheRest) {
   store("# kept comment\nShowTrack dword 0\n\nGauge_3 string elev\n");
   writeSettingBool("ShowTrack", true);

@@ -107,29 +107,6 @@ TEST_F(GarminProtocolTest, TheStartRequestAndItsAnswer) {
   EXPECT_EQ(silentAt(55000), kNothing);  // the ACK time-out no longer applies
 }
 
-TEST_F(GarminProtocolTest, APositionRecordBecomesAFixAndIsAnsweredWithStop) {
-  acknowledge(5100);
-  EXPECT_EQ(feedAt(5200, frameGarminPacket(kGarminPvt, Pvt{}.bytes())), kRecognised);
-  ASSERT_EQ(collected.fixes.size(), 1u);
-  ASSERT_EQ(port.writes.size(), 2u);
-  EXPECT_EQ(port.writes[1], kStop);
-
-  const GpsFix& fix = collected.fixes[0];
-  EXPECT_EQ(fix.flags, 0x16BFu);
-  EXPECT_NEAR(fix.latitude, 0.5 * 180.0 / 3.1415927, 1e-4);
-  EXPECT_NEAR(fix.longitude, -57.29578, 1e-4);
-  EXPECT_FLOAT_EQ(fix.altitude, 126.5f);
-  EXPECT_FLOAT_EQ(fix.geoidSeparation, -26.5f);
-  EXPECT_FLOAT_EQ(fix.horizontalError, 4.0f);
-  EXPECT_FLOAT_EQ(fix.verticalError, 6.0f);
-  // Day 3773 after 1988-12-31 is 1999-05-01; 74835 s - 18 leap seconds is 20:46:57.
-  double expected = 0.0;
-  ASSERT_TRUE(calendarToAutomationDate(CalendarTime{1999, 5, 1, 20, 46, 57, 0}, expected));
-  EXPECT_NEAR(fix.time, expected, 1e-8);
-  garmin.close();
-  EXPECT_EQ(port.writes.back(), kStop);
-}
-
 TEST_F(GarminProtocolTest, RecordsThatGiveNoFix) {
   acknowledge(5100);
   for (uint16_t code : {0, 1}) {  // no fix: the track breaks instead

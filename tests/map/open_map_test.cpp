@@ -60,17 +60,5 @@ TEST_F(OpenMap, OwnFormatProbeComesFirst) {
   EXPECT_NE(dynamic_cast<ImgMapFile*>(createMapFile(bytes).get()), nullptr);
 }
 
-TEST(OrvProbe, NeedsSignatureVersionSizeAndMinimum) {
-  std::vector<uint8_t> bytes(564, 0);
-  std::copy_n("GORV", 4, bytes.begin());
-  putU32(bytes, 4, 2);
-  putU32(bytes, 8, 564);
-  OrvMapFile orv;
-  EXPECT_TRUE(orv.probe(bytes));
-  bytes.resize(563);
-  putU32(bytes, 8, 563);
-  EXPECT_FALSE(orv.probe(bytes));
-}
-
 }  // namespace
 }  // namespace orvel

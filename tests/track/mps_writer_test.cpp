@@ -135,28 +135,6 @@ TEST_F(MpsWriterTest, WritesTheRealTrackBackByteForByte) {
   EXPECT_EQ(std::string(bytes.end() - 7, bytes.end()), mpsEndRecord());
 }
 
-TEST_F(MpsWriterTest, ManyPointsGoThroughTheBufferAndPatchesLandRight) {
-  trackExport.openTrackFileAt(localTime(2023, 1, 2, 3, 4, 6));
-  const auto path = trackExport.trackFilePath();
-  for (int track = 0; track < 3; ++track) {
-    for (int i = 0; i < 500 * (track + 1); ++i) {
-      trackExport.appendMpsPoint({track, i, false, 0.0, true, static_cast<uint32_t>(i), false, 0.0});
-    }
-    trackExport.beginRecordedTrack();
-  }
-  trackExport.closeTrackFile();
-  const auto file = readMpsFile(bytesOf(path));
-  ASSERT_TRUE(file);
-  ASSERT_EQ(file->tracks.size(), 4u);  // the last, empty one stays with count 0
-  for (int track = 0; track < 3; ++track) {
-    ASSERT_EQ(file->tracks[size_t(track)].points.size(), size_t(500 * (track + 1)));
-    EXPECT_EQ(file->tracks[size_t(track)].points.back().longitude, 500 * (track + 1) - 1);
-    EXPECT_EQ(file->tracks[size_t(track)].points.back().latitude, track);
-  }
-  EXPECT_EQ(file->tracks[3].name, "Track 003");
-  EXPECT_TRUE(file->tracks[3].points.empty());
-}
-
 }  // namespace
 
 // A run that is never ended: the child dies in it.

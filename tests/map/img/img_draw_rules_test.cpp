@@ -106,30 +106,6 @@ class DrawRules : public ::testing::Test {
   MapDrawContext drawing_{test::mapStyles()};
 };
 
-TEST_F(DrawRules, ObjectsWithTooFewPointsOrTooSmallAreLeftOut) {
-  struct Case {
-    Shape shape;
-    size_t calls;
-  };
-  const Case cases[] = {
-      {{ObjectKind::Polygon, 0x3C, {{10, 10}, {100, 100}}}, 0},           // two points
-      {{ObjectKind::Polygon, 0x3C, {{10, 10}, {100, 100}, {10, 100}}}, 1},
-      {{ObjectKind::Line, 0x06, {{10, 10}}}, 0},                          // one point
-      {{ObjectKind::Line, 0x06, {{10, 10}, {100, 100}}}, 1},
-      {{ObjectKind::Polygon, 0x3C, square(100, 100, 1)}, 0},              // 1 pixel across
-      {{ObjectKind::Polygon, 0x3C, square(100, 100, 3)}, 1},
-      {{ObjectKind::Line, 0x06, {{100, 100}, {101, 100}}}, 0},
-      {{ObjectKind::Line, 0x06, {{100, 100}, {100, 103}}}, 1},
-      {{ObjectKind::Polygon, 0x3C, square(-300, 10, 100)}, 0},            // off screen
-      {{ObjectKind::Line, 0x06, {{10, 400}, {200, 500}}}, 0},
-      {{ObjectKind::Line, 0x14, {{10, 10}, {100, 100}}}, 2},              // railroad: two pens
-  };
-  for (const Case& c : cases) {
-    EXPECT_EQ(record({c.shape}).size(), c.calls) << int(c.shape.kind) << " " << c.shape.type << " "
-                                                 << c.shape.screen.size();
-  }
-}
-
 TEST_F(DrawRules, LinesUseTheMainPenThenTheSecondPen) {
   const auto rail = record({{ObjectKind::Line, 0x14, {{10, 10}, {100, 100}, {200, 100}}}});
   ASSERT_EQ(rail.size(), 2u);
