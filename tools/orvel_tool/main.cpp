@@ -11,12 +11,18 @@ namespace orvel::tool {
 namespace {
 
 constexpr std::array kCommands{
-    Command{"info", "open a map as the viewer does and print what it tells about itself",
+    Command{"info", "open a map or a GPX file as the viewer does and print what it holds",
             "usage: orvel-tool info MAP\n"
+            "       orvel-tool info FILE.gpx\n"
             "\n"
             "Opens MAP exactly as the viewer does, with the view centred at 0,0, and prints\n"
             "the map's facts then the view's zoom_index and centre_units, one \"key: value\"\n"
-            "a line. Exit code 1 if the map cannot be opened (the reason goes to stderr).\n",
+            "a line. Exit code 1 if the map cannot be opened (the reason goes to stderr).\n"
+            "\n"
+            "A GPX file (named .gpx, or beginning as XML) is read as \"Открыть трек...\" reads\n"
+            "it, and what was read is printed: tracks, segments (those holding points),\n"
+            "track_points, routes, route_points, waypoints and bounds_deg (south west north\n"
+            "east, or none). Exit code 1 if it is not a whole GPX file.\n",
             runInfo},
     Command{"waypoints", "list the waypoints of a Waypoints.bin in file order",
             "usage: orvel-tool waypoints FILE\n"
