@@ -11,24 +11,22 @@
 namespace orvel {
 namespace {
 
-void openTrack(QXmlStreamWriter& xml) {
-  xml.writeStartElement(QStringLiteral("trk"));
-}
-
-void openSegment(QXmlStreamWriter& xml) {
-  xml.writeStartElement(QStringLiteral("trkseg"));
-  xml.writeCharacters(QString());  // completes the start tag, so a batch never ends inside it
-}
-
-// The bytes that close <gpx>, <trk> and <trkseg> as the stream writer writes them.
-QByteArray closingTagsOfSegment() {
+// The bytes that end the document after a point (`inSegment`) or after a whole segment or the
+// track's name, as the stream writer writes them.
+QByteArray closingTags(bool inSegment) {
   QString text;
   QXmlStreamWriter xml(&text);
   xml.setAutoFormatting(true);
   xml.setAutoFormattingIndent(1);
   xml.writeStartElement(QStringLiteral("gpx"));
-  openTrack(xml);
-  openSegment(xml);
+  xml.writeStartElement(QStringLiteral("trk"));
+  // Whole elements before the mark: an empty element's "/>" would only come after it.
+  if (inSegment) {
+    xml.writeStartElement(QStringLiteral("trkseg"));
+    xml.writeTextElement(QStringLiteral("trkpt"), QStringLiteral("."));
+  } else {
+    xml.writeTextElement(QStringLiteral("name"), QStringLiteral("."));
+  }
   const qsizetype start = text.size();
   xml.writeEndDocument();
   return text.sliced(start).toUtf8();
@@ -50,7 +48,7 @@ bool writeAllAt(int fd, const QByteArray& bytes, off_t offset) {
 
 }  // namespace
 
-GpxTrackFile::GpxTrackFile() : closingTags_(closingTagsOfSegment()) {}
+GpxTrackFile::GpxTrackFile() : afterPoint_(closingTags(true)), afterSegment_(closingTags(false)) {}
 
 GpxTrackFile::~GpxTrackFile() { close(); }
 
@@ -61,32 +59,34 @@ bool GpxTrackFile::create(const std::filesystem::path& path, const QString& trac
   fd_ = fd;
   end_ = 0;
   failed_ = false;
-  segmentPoints_ = 0;
+  segmentOpen_ = false;
   pending_.clear();
   xml_ = std::make_unique<QXmlStreamWriter>(&pending_);
   xml_->setAutoFormatting(true);
   xml_->setAutoFormattingIndent(1);
   startGpxDocument(*xml_);
-  openTrack(*xml_);
-  if (!trackName.isEmpty()) xml_->writeTextElement(QStringLiteral("name"), trackName);
-  openSegment(*xml_);
-  writeBatch(closingTags_);
+  xml_->writeStartElement(QStringLiteral("trk"));
+  // The name completes the track's start tag, so that the first batch ends between elements.
+  xml_->writeTextElement(QStringLiteral("name"), trackName.isEmpty() ? QStringLiteral("Track") : trackName);
+  writeBatch(afterSegment_);
   return true;
 }
 
 void GpxTrackFile::beginSegment() {
-  if (!isOpen() || segmentPoints_ == 0) return;
+  if (!isOpen() || !segmentOpen_) return;
   xml_->writeEndElement();
-  openSegment(*xml_);
-  segmentPoints_ = 0;
-  writeBatch(closingTags_);
+  segmentOpen_ = false;
+  writeBatch(afterSegment_);
 }
 
 void GpxTrackFile::appendPoint(const GpxPoint& point) {
   if (!isOpen()) return;
+  if (!segmentOpen_) {
+    xml_->writeStartElement(QStringLiteral("trkseg"));
+    segmentOpen_ = true;
+  }
   writeGpxPoint(*xml_, QStringLiteral("trkpt"), point);
-  ++segmentPoints_;
-  writeBatch(closingTags_);
+  writeBatch(afterPoint_);
 }
 
 void GpxTrackFile::close() {

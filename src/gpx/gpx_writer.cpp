@@ -2,10 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <cstdint>
+#include <cstdio>
 
-#include <QDateTime>
 #include <QLocale>
-#include <QTimeZone>
 #include <QXmlStreamWriter>
 
 namespace orvel {
@@ -26,13 +26,50 @@ QString decimal(double value, int decimals) {
   return QString::number(value, 'f', QLocale::FloatingPointShortest);
 }
 
+// The text without what XML 1.0 cannot carry at all (control characters, unpaired
+// surrogates), which only a damaged waypoint file holds.
+QString xmlText(const QString& text) {
+  QString kept;
+  kept.reserve(text.size());
+  for (qsizetype i = 0; i < text.size(); ++i) {
+    const char16_t c = text[i].unicode();
+    if (QChar::isHighSurrogate(c) && i + 1 < text.size() && QChar::isLowSurrogate(text[i + 1].unicode())) {
+      kept.append(text[i]).append(text[i + 1]);
+      ++i;
+    } else if ((c >= 0x20 || c == u'\t' || c == u'\n' || c == u'\r') && !QChar::isSurrogate(c) && c != 0xFFFE &&
+               c != 0xFFFF) {
+      kept.append(text[i]);
+    }
+  }
+  return kept;
+}
+
 }  // namespace
 
 QString gpxTimeText(double unixSeconds) {
   if (!(unixSeconds >= kFirstSecond && unixSeconds < kPastLastSecond)) return {};
-  const qint64 ms = static_cast<qint64>(std::floor(unixSeconds * 1000.0 + 0.5));
-  const QDateTime time = QDateTime::fromMSecsSinceEpoch(ms, QTimeZone::utc());
-  return time.toString(ms % 1000 == 0 ? Qt::ISODate : Qt::ISODateWithMs);
+  const int64_t ms = static_cast<int64_t>(std::floor(unixSeconds * 1000.0 + 0.5));
+  const int64_t seconds = ms >= 0 ? ms / 1000 : (ms - 999) / 1000;
+  const int64_t millisecond = ms - seconds * 1000;
+  const int64_t daySeconds = (seconds % 86400 + 86400) % 86400;
+  // Civil date from days since 1970 (proleptic Gregorian).
+  const int64_t z = (seconds - daySeconds) / 86400 + 719468;
+  const int64_t era = (z >= 0 ? z : z - 146096) / 146097;
+  const int64_t doe = z - era * 146097;
+  const int64_t yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365;
+  const int64_t doy = doe - (365 * yoe + yoe / 4 - yoe / 100);
+  const int64_t mp = (5 * doy + 2) / 153;
+  const int64_t day = doy - (153 * mp + 2) / 5 + 1;
+  const int64_t month = mp < 10 ? mp + 3 : mp - 9;
+  const int64_t year = yoe + era * 400 + (month <= 2 ? 1 : 0);
+  char text[40];
+  const int n = millisecond == 0
+                    ? std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02dZ", int(year), int(month),
+                                    int(day), int(daySeconds / 3600), int(daySeconds / 60 % 60), int(daySeconds % 60))
+                    : std::snprintf(text, sizeof text, "%04d-%02d-%02dT%02d:%02d:%02d.%03dZ", int(year), int(month),
+                                    int(day), int(daySeconds / 3600), int(daySeconds / 60 % 60), int(daySeconds % 60),
+                                    int(millisecond));
+  return QString::fromLatin1(text, n);
 }
 
 void startGpxDocument(QXmlStreamWriter& xml) {
@@ -61,8 +98,8 @@ void writeGpxPoint(QXmlStreamWriter& xml, const QString& tag, const GpxPoint& po
     if (!time.isEmpty()) xml.writeTextElement(QStringLiteral("time"), time);
   }
   if (waypoint) {
-    if (!waypoint->name.isEmpty()) xml.writeTextElement(QStringLiteral("name"), waypoint->name);
-    if (!waypoint->description.isEmpty()) xml.writeTextElement(QStringLiteral("desc"), waypoint->description);
+    if (!waypoint->name.isEmpty()) xml.writeTextElement(QStringLiteral("name"), xmlText(waypoint->name));
+    if (!waypoint->description.isEmpty()) xml.writeTextElement(QStringLiteral("desc"), xmlText(waypoint->description));
   }
   xml.writeEndElement();
 }
@@ -76,13 +113,13 @@ QByteArray gpxDocument(const GpxData& data) {
   for (const GpxWaypoint& w : data.waypoints) writeGpxPoint(xml, QStringLiteral("wpt"), w.point, &w);
   for (const GpxRoute& route : data.routes) {
     xml.writeStartElement(QStringLiteral("rte"));
-    if (!route.name.isEmpty()) xml.writeTextElement(QStringLiteral("name"), route.name);
+    if (!route.name.isEmpty()) xml.writeTextElement(QStringLiteral("name"), xmlText(route.name));
     for (const GpxPoint& p : route.points) writeGpxPoint(xml, QStringLiteral("rtept"), p);
     xml.writeEndElement();
   }
   for (const GpxTrack& track : data.tracks) {
     xml.writeStartElement(QStringLiteral("trk"));
-    if (!track.name.isEmpty()) xml.writeTextElement(QStringLiteral("name"), track.name);
+    if (!track.name.isEmpty()) xml.writeTextElement(QStringLiteral("name"), xmlText(track.name));
     for (const GpxSegment& segment : track.segments) {
       xml.writeStartElement(QStringLiteral("trkseg"));
       for (const GpxPoint& p : segment.points) writeGpxPoint(xml, QStringLiteral("trkpt"), p);

@@ -54,9 +54,25 @@ constexpr std::array kCommands{
             "usage: orvel-tool record [--protocol nmea|garmin|auto] CAPTURE -o OUT.mps\n"
             "\n"
             "Decodes CAPTURE as decode does and records the track as the viewer would, a new\n"
-            "track after every break in the fixes, into OUT.mps. Prints how many points were\n"
-            "written. Exit code 1 when no protocol recognised the data or a file fails.\n",
+            "track after every break in the fixes, into OUT.mps, and the same run as GPX into\n"
+            "OUT.gpx beside it (one track, a segment for every track of OUT.mps). Prints how\n"
+            "many points were written. Exit code 1 when no protocol recognised the data or a\n"
+            "file fails.\n",
             runRecord},
+    Command{"gpx", "convert a MapSource track, the Tracks.bin trail or a Waypoints.bin to GPX",
+            "usage: orvel-tool gpx IN -o OUT.gpx\n"
+            "\n"
+            "Writes IN as a GPX 1.1 file, OUT.gpx. IN is told by its contents:\n"
+            "  a MapSource .mps file: one track for each of its tracks, named as it is (records\n"
+            "    of other kinds are left out, and how many is said on stderr);\n"
+            "  a Tracks.bin trail: one track named \"Tracks.bin\", oldest point first, a new\n"
+            "    segment at each break, as the viewer draws it;\n"
+            "  a Waypoints.bin: one waypoint for each, in file order, with its name, time,\n"
+            "    elevation (its altitude when not 0) and its comment as the description.\n"
+            "OUT.gpx is written whole or not at all. Exit code 1, with a one-line reason on\n"
+            "stderr and OUT.gpx untouched, when IN cannot be read, is damaged or is none of\n"
+            "these.\n",
+            runGpx},
     Command{"render", "compose a map view as the viewer would and write it as a PNG",
             "usage: orvel-tool render MAP -o OUT.png [--size WxH] [--zoom N] [--centre LAT,LON]\n"
             "                         [--rotation DEG] [--bench N]\n"
