@@ -74,17 +74,21 @@ constexpr std::array kCommands{
             "these.\n",
             runGpx},
     Command{"render", "compose a map view as the viewer would and write it as a PNG",
-            "usage: orvel-tool render MAP -o OUT.png [--size WxH] [--zoom N] [--centre LAT,LON]\n"
-            "                         [--rotation DEG] [--bench N]\n"
+            "usage: orvel-tool render MAP -o OUT.png [--gpx FILE] [--size WxH] [--zoom N]\n"
+            "                         [--centre LAT,LON] [--rotation DEG] [--bench N]\n"
+            "       orvel-tool render --gpx FILE -o OUT.png [view options]\n"
             "\n"
             "Opens MAP as the viewer does and composes the view exactly as the map page would,\n"
             "then writes the screen (the map with the scale bar and the north arrow) to OUT.png.\n"
+            "--gpx draws FILE over the map as \"Открыть трек...\" shows it and, unless --centre\n"
+            "is given, centres the view on the whole file at the finest zoom step that shows\n"
+            "it all (or at --zoom); without MAP only the file is drawn, on white.\n"
             "The view is 240x320 pixels at the zoom step and centre that opening the map chose,\n"
             "unless --size, --zoom (0 to 26), --centre (degrees of latitude and longitude) or\n"
             "--rotation (whole degrees) say otherwise. --bench N composes the view N times more\n"
             "and prints the median and the slowest composition time in milliseconds (-o may\n"
             "then be left out). Without a display the offscreen platform is used. Exit code 1\n"
-            "if the map cannot be opened or OUT.png cannot be written.\n",
+            "if the map or the GPX file cannot be opened or OUT.png cannot be written.\n",
             runRender},
     Command{"objects", "list the objects drawing a map view would visit, in drawing order",
             "usage: orvel-tool objects MAP [--zoom N] [--centre LAT,LON] [--size WxH]\n"

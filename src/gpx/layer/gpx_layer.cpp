@@ -16,6 +16,7 @@ namespace {
 
 constexpr int kTrackPenWidth = 3;
 constexpr int kRoutePenWidth = 2;
+constexpr int kRoutePointWidth = 6;
 constexpr int kWaypointRadius = 4;
 // Lines are cut this many pixels beyond the screen's edges, outside the widest pen's reach.
 constexpr double kClipMargin = 8.0;
@@ -175,6 +176,7 @@ void GpxLayer::drawGpx(QPainter& painter, const DrawingObjects& drawing, const M
                        const MapRect& visible) {
   if (!shown_) return;
   project(view);
+  runsDrawn_ = 0;
   painter.save();
   painter.setBrush(Qt::NoBrush);
   QPen route = makeSolidPen(QColor::fromRgb(kGpxLayerRgb), kRoutePenWidth);
@@ -187,7 +189,7 @@ void GpxLayer::drawGpx(QPainter& painter, const DrawingObjects& drawing, const M
   painter.restore();
 }
 
-void GpxLayer::drawLines(QPainter& painter, const MapView& view, const MapRect& visible, bool routes) const {
+void GpxLayer::drawLines(QPainter& painter, const MapView& view, const MapRect& visible, bool routes) {
   // The view's projection (MapView::mapToScreen) on the projected points, in floating point.
   const double scale = static_cast<double>(view.unitsDen()) / (static_cast<double>(view.unitsNum()) * 256.0);
   const double centreX = view.centre().x * 256.0 * scale;
@@ -215,6 +217,7 @@ void GpxLayer::drawLines(QPainter& painter, const MapView& view, const MapRect& 
         builder.flush();
         continue;
       }
+      ++runsDrawn_;
       QPointF previous = toScreen(projected_[run.first]);
       for (uint32_t i = 1; i < run.count; ++i) {
         const QPointF next = toScreen(projected_[run.first + i]);
@@ -224,12 +227,25 @@ void GpxLayer::drawLines(QPainter& painter, const MapView& view, const MapRect& 
     }
     builder.flush();
   }
-  // A line of one point is a dot.
+  // A route's points are its turns: each is a dot on the dashed line. A line of one point
+  // is a dot too.
+  std::vector<QPointF> dots;
   for (const Line& line : lines_) {
-    const Run& run = runs_[line.firstRun];
-    if (line.route != routes || run.count != 1 || !contains(reach, unitsOf(fine_[run.first]))) continue;
-    painter.drawPoint(toScreen(projected_[run.first]));
+    if (line.route != routes) continue;
+    for (uint32_t r = line.firstRun; r < line.firstRun + line.runCount; ++r) {
+      const Run& run = runs_[r];
+      if ((!routes && run.count != 1) || !intersects(run.box, reach)) continue;
+      // The last point of a run is the first of the next.
+      const uint32_t count = r + 1 < line.firstRun + line.runCount ? run.count - 1 : run.count;
+      for (uint32_t i = 0; i < count; ++i) {
+        const QPointF at = toScreen(projected_[run.first + i]);
+        if (clip.contains(at)) dots.push_back(at);
+      }
+    }
   }
+  if (dots.empty()) return;
+  if (routes) painter.setPen(makeSolidPen(QColor::fromRgb(kGpxLayerRgb), kRoutePointWidth));
+  painter.drawPoints(dots.data(), static_cast<int>(dots.size()));
 }
 
 void GpxLayer::drawWaypoints(QPainter& painter, const DrawingObjects& drawing, const MapView& view,

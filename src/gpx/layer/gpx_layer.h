@@ -1,6 +1,7 @@
 #pragma once
-// The GPX file shown over the map: its tracks (solid), routes (dashed) and waypoints (dots
-// with their names), all in a colour of their own, drawn under the recorded trail.
+// The GPX file shown over the map: its tracks (solid), routes (dashed, a dot at each point)
+// and waypoints (dots with their names), all in a colour of their own, drawn under the
+// recorded trail.
 //
 // Drawing is made for files of 100,000 points and more: the points are projected once per
 // zoom step, and each segment is cut into runs of a few hundred points with a bounding box,
@@ -46,6 +47,8 @@ class GpxLayer {
   void drawGpx(QPainter& painter, const DrawingObjects& drawing, const MapView& view, const MapRect& visible);
   // How often the points were projected: once for each zoom step drawn at.
   uint64_t projections() const { return projections_; }
+  // How many runs of points the last drawing walked (those whose box meets the view).
+  size_t runsDrawn() const { return runsDrawn_; }
 
  private:
   struct Line {
@@ -60,7 +63,7 @@ class GpxLayer {
   };
 
   void project(const MapView& view);
-  void drawLines(QPainter& painter, const MapView& view, const MapRect& visible, bool routes) const;
+  void drawLines(QPainter& painter, const MapView& view, const MapRect& visible, bool routes);
   void drawWaypoints(QPainter& painter, const DrawingObjects& drawing, const MapView& view,
                      const MapRect& visible) const;
 
@@ -77,6 +80,7 @@ class GpxLayer {
   std::vector<QPointF> projected_;
   uint32_t projectedZoom_ = UINT32_MAX;
   uint64_t projections_ = 0;
+  size_t runsDrawn_ = 0;
 };
 
 // Centres the view on `box` (map units) at the finest zoom step that shows all of it.
