@@ -179,11 +179,16 @@ void GpxLayer::drawGpx(QPainter& painter, const DrawingObjects& drawing, const M
   runsDrawn_ = 0;
   painter.save();
   painter.setBrush(Qt::NoBrush);
+  // Bevelled joins: a round join costs the stroker trigonometry at each of many thousand
+  // points, and at these widths looks the same.
   QPen route = makeSolidPen(QColor::fromRgb(kGpxLayerRgb), kRoutePenWidth);
   route.setStyle(Qt::DashLine);
+  route.setJoinStyle(Qt::BevelJoin);
   painter.setPen(route);
   drawLines(painter, view, visible, true);
-  painter.setPen(makeSolidPen(QColor::fromRgb(kGpxLayerRgb), kTrackPenWidth));
+  QPen track = makeSolidPen(QColor::fromRgb(kGpxLayerRgb), kTrackPenWidth);
+  track.setJoinStyle(Qt::BevelJoin);
+  painter.setPen(track);
   drawLines(painter, view, visible, false);
   drawWaypoints(painter, drawing, view, visible);
   painter.restore();
