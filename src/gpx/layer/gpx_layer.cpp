@@ -258,11 +258,11 @@ void GpxLayer::drawWaypoints(QPainter& painter, const DrawingObjects& drawing, c
   const MapRect reach = grown(visible);
   const QColor colour = QColor::fromRgb(kGpxLayerRgb);
   painter.setFont(drawing.smallFont);
+  painter.setPen(makeSolidPen(Qt::white, 1));
+  painter.setBrush(colour);
   for (size_t i = 0; i < waypoints_.size(); ++i) {
     if (!contains(reach, unitsOf(waypoints_[i]))) continue;
     const MapPoint at = view.semicirclesToScreen(waypoints_[i]);
-    painter.setPen(makeSolidPen(Qt::white, 1));
-    painter.setBrush(colour);
     painter.drawEllipse(QPoint(at.x, at.y), kWaypointRadius, kWaypointRadius);
     const QString& name = data_.waypoints[i].name;
     if (!name.isEmpty()) {
