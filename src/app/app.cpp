@@ -104,10 +104,13 @@ void placeWindow(MainWindow& window) {
   }
 }
 
-// The map page draws the recorded trail and the waypoints over the map, and the position
-// marker while GPS input runs.
+// The map page draws the GPX file shown, the recorded trail and the waypoints over the map,
+// and the position marker while GPS input runs.
 void connectMapLayers(MapPage& page, Session& session) {
   ViewComposer& composer = page.composer();
+  composer.setGpxLayer([&session](QPainter& painter, const MapView& view, const MapRect& visible) {
+    session.gpxLayer.drawGpx(painter, session.drawing, view, visible);
+  });
   composer.setTrackLayer([&session](QPainter& painter, const MapView& view, const MapRect&) {
     session.track.drawActiveTrack(painter, view);
   });
@@ -254,6 +257,11 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
   session.waypoints.loadWaypoints();
   MapPage& mapPage = pages.mapPage();
   connectMapLayers(mapPage, session);
+  // The GPX file shown at the last exit is shown again; one that is gone is told and forgotten.
+  const std::u16string track = settings.readSettingString("GpxFile", u"");
+  if (!track.empty() && !window.openTrack(QString::fromStdU16String(track), false)) {
+    settings.writeSettingString("GpxFile", u"");
+  }
   mapPage.compose();
 
   if (onRunning) QTimer::singleShot(0, &window, [&] { onRunning(session, window); });

@@ -74,6 +74,11 @@ QString DialogRunners::chooseMapFile(QWidget* owner) const {
                                       nullptr, QFileDialog::HideNameFilterDetails);
 }
 
+QString DialogRunners::chooseGpxFile(QWidget* owner) const {
+  if (gpxFile) return gpxFile(owner);
+  return QFileDialog::getOpenFileName(owner, QString(), QString(), QStringLiteral("Треки GPX (*.gpx)"));
+}
+
 void showWaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
 
 void restoreArrowCursor() {

@@ -30,6 +30,7 @@ struct DialogRunners {
   DialogRunner dialog;
   PopupRunner popup;
   FileChooser mapFile;
+  FileChooser gpxFile;
 
   // Runs the dialog modally and returns its end code.
   int runDialog(QDialog& dialog) const;
@@ -37,6 +38,8 @@ struct DialogRunners {
   QAction* runPopupMenu(QMenu& menu, const QPoint& globalPos) const;
   // The open-file dialog for maps ("Все форматы (*.orv,*.img)"); empty when cancelled.
   QString chooseMapFile(QWidget* owner) const;
+  // The open-file dialog for GPX tracks ("Треки GPX (*.gpx)"); empty when cancelled.
+  QString chooseGpxFile(QWidget* owner) const;
 };
 
 void showWaitCursor();

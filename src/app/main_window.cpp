@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <memory>
 
+#include <QAction>
 #include <QApplication>
 #include <QDialog>
 #include <QCloseEvent>
@@ -17,7 +18,9 @@
 #include "app/program_icon.h"
 #include "app/session.h"
 #include "geo/units.h"
+#include "core/message.h"
 #include "gps/gps_state.h"
+#include "gpx/layer/gpx_layer.h"
 #include "pages/commands.h"
 #include "pages/map_page.h"
 
@@ -138,6 +141,12 @@ void MainWindow::onCommand(int commandId) {
     case kCmdOpen:
       openMapFromDialog();
       return;
+    case kCmdOpenTrack:
+      openTrackFromDialog();
+      return;
+    case kCmdCloseTrack:
+      closeTrack();
+      return;
     case kCmdOptions:
       if (optionsHandler_) optionsHandler_();
       return;
@@ -172,6 +181,34 @@ void MainWindow::openMap(const QString& path) {
   session_.map.openMapFile(std::filesystem::path(path.toStdString()), session_.view);
   pages_.mapPage().compose();
   restoreArrowCursor();
+}
+
+void MainWindow::openTrackFromDialog() {
+  const QString path = dialogs_.chooseGpxFile(this);
+  if (!path.isEmpty()) openTrack(path, true);
+}
+
+bool MainWindow::openTrack(const QString& path, bool showWhole) {
+  showWaitCursor();
+  QString error;
+  const bool opened = session_.gpxLayer.openGpx(std::filesystem::path(path.toStdString()), error);
+  restoreArrowCursor();
+  if (!opened) {
+    showMessage(session_.messages, "Не удается открыть трек %s:\n%s", qPrintable(path), qPrintable(error));
+    return false;
+  }
+  session_.settings.writeSettingString("GpxFile", path.toStdU16String());
+  if (QAction* close = commandAction(kCmdCloseTrack)) close->setEnabled(true);
+  if (showWhole) fitViewTo(session_.view, session_.gpxLayer.bounds());
+  pages_.mapPage().compose();
+  return true;
+}
+
+void MainWindow::closeTrack() {
+  session_.gpxLayer.closeGpx();
+  session_.settings.writeSettingString("GpxFile", u"");
+  if (QAction* close = commandAction(kCmdCloseTrack)) close->setEnabled(false);
+  pages_.mapPage().compose();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {

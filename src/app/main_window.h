@@ -88,6 +88,12 @@ class MainWindow : public QMainWindow, public PageHost {
 
   // Opens a map with the wait cursor and composes the view.
   void openMap(const QString& path);
+  // Shows a GPX file over the map (replacing the one shown) and remembers it in the setting
+  // "GpxFile"; `showWhole` moves the view onto it. A file that is not a whole GPX file is
+  // told in a message and changes nothing. Returns whether it is shown.
+  bool openTrack(const QString& path, bool showWhole);
+  // Removes the GPX file from the map and forgets it.
+  void closeTrack();
   // Brings the window to the front (another start asked for it).
   void raiseWindow();
   // What "Настройки" runs; the program installs the options dialog at start-up.
@@ -115,6 +121,7 @@ class MainWindow : public QMainWindow, public PageHost {
   void buildMenuBar();
   void addCommand(QMenu* menu, const QString& text, int commandId);
   void openMapFromDialog();
+  void openTrackFromDialog();
   void savePointAtCentre();
   void updateStatusText();
 

@@ -224,6 +224,13 @@ void ActiveTrack::drawActiveTrack(QPainter& painter, const MapView& view) const 
   painter.restore();
 }
 
+bool readTrackRing(std::span<const uint8_t> bytes, std::vector<TrackPoint>& out) {
+  RingRange range;
+  if (bytes.size() != kTrackFileSize || !ringRange(bytes.data(), range)) return false;
+  forEachPoint(bytes.data(), [&](const TrackPoint& p) { out.push_back(p); });
+  return true;
+}
+
 std::vector<TrackPoint> ActiveTrack::activeTrackPoints() const {
   std::vector<TrackPoint> points;
   points.reserve(kTrackSlots);

@@ -12,6 +12,7 @@
 #include <cstdint>
 #include <filesystem>
 #include <mutex>
+#include <span>
 #include <vector>
 
 #include "geo/units.h"
@@ -93,5 +94,10 @@ class ActiveTrack {
   std::atomic<bool> recording_{false};
   std::atomic<bool> pendingBreak_{false};
 };
+
+// The valid points of a Tracks.bin read into memory, oldest first, as drawing walks them.
+// False, with `out` untouched, when the bytes are not such a ring: not 80008 bytes, or a
+// header that no ring has.
+bool readTrackRing(std::span<const uint8_t> bytes, std::vector<TrackPoint>& out);
 
 }  // namespace orvel

@@ -2,9 +2,13 @@
 #include <sys/stat.h>
 
 #include <cstdlib>
+#include <fstream>
+
+#include <QAction>
 
 #include "app/app.h"
 #include "common/test_data.h"
+#include "gpx/layer/gpx_layer.h"
 #include "pages/commands.h"
 #include "shell_fixture.h"
 #include "track/waypoints.h"
@@ -12,18 +16,30 @@
 namespace orvel::test {
 namespace {
 
-using AppMainTest = ShellTest;
+// The environment appMain finds its files through, in the test's scratch folder.
+class AppMainTest : public ShellTest {
+ protected:
+  void SetUp() override {
+    ShellTest::SetUp();
+    const std::string dir = scratch.string();
+    std::filesystem::create_directories(scratch / "runtime");
+    ::chmod((scratch / "runtime").c_str(), 0700);
+    ::setenv("ORVEL_CONFIG_FILE", (dir + "/GisOrvel.conf").c_str(), 1);
+    ::setenv("XDG_RUNTIME_DIR", (dir + "/runtime").c_str(), 1);
+    ::setenv("XDG_DATA_HOME", (dir + "/share").c_str(), 1);
+    ::setenv("ORVEL_DATA_DIR", (dir + "/data").c_str(), 1);
+  }
+  void TearDown() override {
+    for (const char* name : {"ORVEL_CONFIG_FILE", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "ORVEL_DATA_DIR"}) {
+      ::unsetenv(name);
+    }
+    ShellTest::TearDown();
+  }
+};
 
 TEST_F(AppMainTest, OpensTheCommandLineMapBeforeTheFirstCompositionAndEndsWithZero) {
   const std::filesystem::path map = dataFile("maps/monaco_cp1252.img");
   if (map.empty()) GTEST_SKIP();
-  const std::string dir = scratch.string();
-  std::filesystem::create_directories(scratch / "runtime");
-  ::chmod((scratch / "runtime").c_str(), 0700);
-  ::setenv("ORVEL_CONFIG_FILE", (dir + "/GisOrvel.conf").c_str(), 1);
-  ::setenv("XDG_RUNTIME_DIR", (dir + "/runtime").c_str(), 1);
-  ::setenv("XDG_DATA_HOME", (dir + "/share").c_str(), 1);
-  ::setenv("ORVEL_DATA_DIR", (dir + "/data").c_str(), 1);
 
   bool mapOpenAtFirstComposition = false;
   uint64_t compositions = 0;
@@ -32,14 +48,64 @@ TEST_F(AppMainTest, OpensTheCommandLineMapBeforeTheFirstCompositionAndEndsWithZe
     compositions = shown.pages().mapPage().compositionCount();
     shown.onCommand(kCmdExit);
   });
-  for (const char* name : {"ORVEL_CONFIG_FILE", "XDG_RUNTIME_DIR", "XDG_DATA_HOME", "ORVEL_DATA_DIR"}) {
-    ::unsetenv(name);
-  }
 
   EXPECT_EQ(status, 0);
   EXPECT_TRUE(mapOpenAtFirstComposition);
   EXPECT_EQ(compositions, 1u);
   EXPECT_TRUE(std::filesystem::exists(scratch / "data" / "Tracks.bin"));
+}
+
+// "Открыть трек..." shows a GPX file over the map, a file that is not GPX changes nothing, and
+// the file shown at exit is shown again at the next start until "Закрыть трек".
+TEST_F(AppMainTest, TrackOpenedIsShownAndShownAgainAtTheNextStart) {
+  const std::filesystem::path gpx = dataFile("gpx/cerknicko-jezero-no-creator.gpx");
+  ASSERT_FALSE(gpx.empty());
+  const std::filesystem::path notes = scratch / "notes.gpx";
+  std::ofstream(notes) << "not a track\n";
+
+  bool shown = false;
+  bool viewOnTrack = false;
+  int trackPixels = 0;
+  std::string refusal;
+  bool unchangedByRefusal = false;
+  appMain({}, [&](Session& running, MainWindow& window) {
+    MessageRecorder recorder(running.messages);
+    std::filesystem::path chosen = gpx;
+    window.dialogs().gpxFile = [&chosen](QWidget*) { return QString::fromStdString(chosen.string()); };
+    window.onCommand(kCmdOpenTrack);
+    shown = running.gpxLayer.isShown() && running.gpxLayer.gpxPath() == gpx &&
+            window.commandAction(kCmdCloseTrack)->isEnabled();
+    viewOnTrack = contains(running.gpxLayer.bounds(), running.view.centre());
+    const QImage& picture = window.pages().mapPage().composer().picture();
+    for (int y = 0; y < picture.height(); ++y) {
+      for (int x = 0; x < picture.width(); ++x) trackPixels += picture.pixel(x, y) == (0xFF000000u | kGpxLayerRgb);
+    }
+    chosen = notes;
+    window.onCommand(kCmdOpenTrack);
+    refusal = recorder.last();
+    unchangedByRefusal = running.gpxLayer.isShown() && running.gpxLayer.gpxPath() == gpx &&
+                         running.settings.readSettingString("GpxFile", u"") == gpx.u16string();
+    window.onCommand(kCmdExit);
+  });
+  EXPECT_TRUE(shown);
+  EXPECT_TRUE(viewOnTrack);
+  EXPECT_GT(trackPixels, 300);
+  EXPECT_EQ(refusal.rfind("Не удается открыть трек " + notes.string() + ":\nnot a GPX file: ", 0), 0u) << refusal;
+  EXPECT_TRUE(unchangedByRefusal);
+
+  bool shownAgain = false;
+  bool closed = false;
+  std::u16string remembered = u"?";
+  appMain({}, [&](Session& running, MainWindow& window) {
+    shownAgain = running.gpxLayer.isShown() && running.gpxLayer.gpxPath() == gpx;
+    window.onCommand(kCmdCloseTrack);
+    closed = !running.gpxLayer.isShown() && !window.commandAction(kCmdCloseTrack)->isEnabled();
+    remembered = running.settings.readSettingString("GpxFile", u"?");
+    window.onCommand(kCmdExit);
+  });
+  EXPECT_TRUE(shownAgain);
+  EXPECT_TRUE(closed);
+  EXPECT_EQ(remembered, u"");
 }
 
 }  // namespace

@@ -17,8 +17,8 @@ TEST_F(MainWindowTest, MenuBarCarriesItsTextsAndIds) {
   startWindow();
   const struct { int id; const char* text; } items[] = {
       {40009, "Выход"},       {40003, "О программе"},         {40011, "Сохранить точку..."},
-      {57601, "&Открыть...\tCtrl+O"}, {40001, "Увеличить"},  {40002, "Уменьшить"},
-      {40010, "Настройки"},
+      {57601, "&Открыть...\tCtrl+O"}, {40020, "Открыть трек..."}, {40021, "Закрыть трек"},
+      {40001, "Увеличить"},  {40002, "Уменьшить"}, {40010, "Настройки"},
   };
   for (const auto& item : items) {
     QAction* action = window->commandAction(item.id);
@@ -32,9 +32,9 @@ TEST_F(MainWindowTest, MenuBarCarriesItsTextsAndIds) {
   EXPECT_EQ(top[1]->text(), QStringLiteral("Вид"));
   EXPECT_EQ(top[2]->text(), QStringLiteral("Настройки"));
   const QList<QAction*> file = top[0]->menu()->actions();
-  ASSERT_EQ(file.size(), 6);
-  const int ids[] = {kCmdExit, kCmdAbout, 0, kCmdSavePoint, 0, kCmdOpen};
-  for (int i = 0; i < 6; ++i) {
+  ASSERT_EQ(file.size(), 8);
+  const int ids[] = {kCmdExit, kCmdAbout, 0, kCmdSavePoint, 0, kCmdOpen, kCmdOpenTrack, kCmdCloseTrack};
+  for (int i = 0; i < 8; ++i) {
     EXPECT_EQ(file[i]->isSeparator(), ids[i] == 0) << i;
     if (ids[i]) {
       EXPECT_EQ(file[i]->data().toInt(), ids[i]) << i;

@@ -24,7 +24,7 @@
 #include "pages/commands.h"
 #include "shell_fixture.h"
 #include "track/active_track.h"
-#include "track/mps_test_reader.h"
+#include "track/mps_reader.h"
 #include "track/ui/waypoint_dialog.h"
 #include "track/waypoints.h"
 

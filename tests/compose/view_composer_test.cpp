@@ -61,6 +61,10 @@ class Compose : public ::testing::Test {
     view_.setScreenSize(240, 320);
     view_.setZoomIndex(10);
     view_.setCentre(2000000, 1000000);
+    composer_.setGpxLayer([this](QPainter& p, const MapView&, const MapRect&) {
+      ++gpxDraws_;
+      p.fillRect(QRect(8, 8, 14, 14), Qt::blue);
+    });
     composer_.setTrackLayer([this](QPainter& p, const MapView&, const MapRect&) {
       ++trackDraws_;
       p.fillRect(QRect(20, 20, 2, 2), Qt::red);
@@ -114,6 +118,7 @@ class Compose : public ::testing::Test {
   const MapStyles styles_;
   MapView view_;
   ViewComposer composer_{settings_, drawing_, styles_};
+  int gpxDraws_ = 0;
   int trackDraws_ = 0;
   int waypointDraws_ = 0;
   int repaints_ = 0;
@@ -136,6 +141,7 @@ TEST_F(Compose, PictureIsRecreatedOnlyWhenTheSizeChanges) {
 }
 
 TEST_F(Compose, WithoutMapThePictureIsWhiteUnderTheLayers) {
+  composer_.setGpxLayer({});
   composer_.setTrackLayer({});
   composer_.composeView(nullptr, view_);
   const QImage& picture = composer_.picture();
@@ -148,7 +154,7 @@ TEST_F(Compose, WithoutMapThePictureIsWhiteUnderTheLayers) {
   EXPECT_EQ(waypointVisible_, view_.visibleRect());
 }
 
-TEST_F(Compose, MapThenTrackThenWaypoints) {
+TEST_F(Compose, MapThenGpxThenTrackThenWaypoints) {
   const MapRect bounds{1990000, 990000, 2010000, 1030000};
   FakeMap map(bounds, composer_.picture());
   composer_.composeView(&map, view_);
@@ -158,8 +164,10 @@ TEST_F(Compose, MapThenTrackThenWaypoints) {
   const MapPoint middle = view_.mapToScreen({2000000, 1010000});
   EXPECT_EQ(map.brushOrigin, QPointF(middle.x, middle.y));
   EXPECT_EQ(composer_.picture().pixel(5, 5), qRgb(192, 192, 192));
-  EXPECT_EQ(composer_.picture().pixel(20, 20), qRgb(255, 0, 0));  // track over the map
+  EXPECT_EQ(composer_.picture().pixel(20, 20), qRgb(255, 0, 0));  // track over the GPX file
+  EXPECT_EQ(composer_.picture().pixel(9, 9), qRgb(0, 0, 255));  // the GPX file over the map
   EXPECT_EQ(composer_.picture().pixel(30, 30), qRgb(255, 255, 255));
+  EXPECT_EQ(gpxDraws_, 1);
   EXPECT_EQ(trackDraws_, 1);
   EXPECT_EQ(waypointDraws_, 1);
 }
@@ -167,6 +175,7 @@ TEST_F(Compose, MapThenTrackThenWaypoints) {
 TEST_F(Compose, SettingsTurnTheLayersOff) {
   settings_.writeSettingBool("ShowTrack", false);
   composer_.composeView(nullptr, view_);
+  EXPECT_EQ(gpxDraws_, 1);  // a GPX file opened is always shown
   EXPECT_EQ(trackDraws_, 0);
   EXPECT_EQ(waypointDraws_, 1);
   settings_.writeSettingBool("ShowTrack", true);

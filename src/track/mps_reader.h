@@ -1,7 +1,9 @@
 #pragma once
-// Reads MapSource files back for the tests: the records in order, and the tracks with their
-// points. Strict: a length that runs past the end, a count that disagrees with the record's
-// length, or bytes after the end record make the file unreadable.
+// Reading MapSource (.mps) files: the records in order and the tracks with their points.
+// Strict, as a file to convert must be whole: a length that runs past the end, a point count
+// that disagrees with its record's length, or bytes after the end record make the file
+// unreadable. Records of other kinds (waypoints, routes, map sets) are listed and skipped.
+#include <array>
 #include <cstdint>
 #include <optional>
 #include <span>
@@ -10,7 +12,7 @@
 
 #include "track/mps_format.h"
 
-namespace orvel::test {
+namespace orvel {
 
 struct MpsRecord {
   char type = 0;
@@ -23,7 +25,7 @@ struct MpsTrack {
   uint8_t display = 0;
   uint32_t colour = 0;
   std::vector<MpsPoint> points;
-  std::vector<std::array<uint8_t, kMpsPointSize>> rawPoints;
+  std::span<const uint8_t> pointBytes;  // the points as stored, inside the bytes read
 };
 
 struct MpsFile {
@@ -33,6 +35,7 @@ struct MpsFile {
   bool ended = false;  // the last record is the end record "V"
 };
 
+// Reads the file in place; nothing when it is not a whole MapSource file.
 std::optional<MpsFile> readMpsFile(std::span<const uint8_t> bytes);
 
-}  // namespace orvel::test
+}  // namespace orvel

@@ -1,11 +1,11 @@
-#include "mps_test_reader.h"
+#include "track/mps_reader.h"
 
 #include <algorithm>
 #include <cstring>
 
 #include "track/le_bytes.h"
 
-namespace orvel::test {
+namespace orvel {
 namespace {
 
 MpsPoint decodePoint(const uint8_t* p) {
@@ -33,12 +33,9 @@ std::optional<MpsTrack> readTrack(std::span<const uint8_t> data) {
   const uint32_t count = le::load32(data.data() + pos + 5);
   pos += 9;
   if ((data.size() - pos) != uint64_t{count} * kMpsPointSize) return std::nullopt;
-  for (uint32_t i = 0; i < count; ++i, pos += kMpsPointSize) {
-    track.points.push_back(decodePoint(data.data() + pos));
-    std::array<uint8_t, kMpsPointSize> raw;
-    std::memcpy(raw.data(), data.data() + pos, raw.size());
-    track.rawPoints.push_back(raw);
-  }
+  track.pointBytes = data.subspan(pos);
+  track.points.reserve(count);
+  for (uint32_t i = 0; i < count; ++i, pos += kMpsPointSize) track.points.push_back(decodePoint(data.data() + pos));
   return track;
 }
 
@@ -80,4 +77,4 @@ std::optional<MpsFile> readMpsFile(std::span<const uint8_t> bytes) {
   return file;
 }
 
-}  // namespace orvel::test
+}  // namespace orvel
