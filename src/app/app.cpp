@@ -105,7 +105,8 @@ void placeWindow(MainWindow& window) {
 }
 
 // The map page draws the recorded trail and the waypoints over the map, and the position
-// marker while GPS input runs.
+// marker while GPS input runs. The marker stands where the fix's position fields say even
+// when the fix holds no valid position (a receiver that lost its fix keeps the last one).
 void connectMapLayers(MapPage& page, Session& session) {
   ViewComposer& composer = page.composer();
   composer.setTrackLayer([&session](QPainter& painter, const MapView& view, const MapRect&) {
@@ -117,7 +118,6 @@ void connectMapLayers(MapPage& page, Session& session) {
   composer.setPositionSource([&session]() -> std::optional<PositionSnapshot> {
     if (session.gpsInput.isGpsInputShutDown()) return std::nullopt;
     const GpsFix fix = session.gps.currentFix();
-    if (!(fix.flags & kFixPosition)) return std::nullopt;
     PositionSnapshot position;
     position.longitude = fix.longitude;
     position.latitude = fix.latitude;
