@@ -6,6 +6,7 @@
 #include <QGuiApplication>
 #include <QScreen>
 #include <QTimer>
+#include <QTranslator>
 #include <cstdio>
 
 #include "app/desktop_entry.h"
@@ -13,6 +14,7 @@
 #include "app/gps_notification.h"
 #include "app/main_window.h"
 #include "app/page_framework.h"
+#include "app/qt_translation.h"
 #include "app/session.h"
 #include "app/single_instance.h"
 #include "geo/units.h"
@@ -170,6 +172,20 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
     std::fprintf(stderr, "orvel: %s\n", qPrintable(commandLine.error));
     return kExitBadCommandLine;
   }
+  // One viewer per user, settled before anything else: a viewer that holds the lock, even
+  // one still starting, takes over this start, and nothing here is touched.
+  InstanceServer server;
+  if (!server.claim()) {
+    QStringList forwarded;
+    if (!commandLine.mapPath.isEmpty()) forwarded << commandLine.mapPath;
+    sendToRunningInstance(forwarded);
+    return kExitAnotherInstance;
+  }
+  if (server.listening()) testLog(QStringLiteral("listening"));
+
+  QTranslator qtTexts;
+  installQtTranslation(qtTexts);
+
   Session session(ensureDataFolder());
   for (const QString& source : commandLine.gpsSources) {
     std::string error;
@@ -178,11 +194,6 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
       return kExitBadCommandLine;
     }
   }
-
-  // Another viewer running takes over this start; nothing here is touched.
-  QStringList forwarded;
-  if (!commandLine.mapPath.isEmpty()) forwarded << commandLine.mapPath;
-  if (sendToRunningInstance(forwarded)) return kExitAnotherInstance;
 
   if (!QGuiApplication::primaryScreen()) return kExitNoWindow;
   Settings& settings = session.settings;
@@ -197,7 +208,7 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
   MainWindow window(session);
   if (!headless()) session.messages.setSink(messageBoxSink(&window));
 
-  InstanceServer server([&window](const QStringList& received) {
+  server.setHandler([&window](const QStringList& received) {
     window.raiseWindow();
     const CommandLine line = parseCommandLine(received);
     testLog(QStringLiteral("raised"));
@@ -206,7 +217,6 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
       testLog(QStringLiteral("opened ") + line.mapPath);
     }
   });
-  if (server.listen()) testLog(QStringLiteral("listening"));
 
   PageSet& pages = window.pages();
   pages.initPages(window);
@@ -260,6 +270,7 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
   const int status = QApplication::exec();
   (void)status;
 
+  server.setHandler(nullptr);
   stopPortScanning(session.gpsInput);
   session.fixes.setFixObserver(FixObserver{});
   session.trackExport.closeTrackFile();
