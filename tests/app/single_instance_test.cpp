@@ -56,10 +56,10 @@ TEST(SingleInstance, OfTwoStartsAtOnceOneHandsItsMapToTheOtherAndEnds) {
   second.start(QStringLiteral(ORVEL_VIEWER_PATH), {QString::fromStdString(map.string())});
   ASSERT_TRUE(first.waitForStarted() && second.waitForStarted());
   QProcess* ended = nullptr;
+  // A process's state is brought up to date only by waiting on that process.
   for (int i = 0; i < 600 && !ended; ++i) {
-    if (first.state() == QProcess::NotRunning) ended = &first;
-    if (second.state() == QProcess::NotRunning) ended = &second;
-    if (!ended) second.waitForFinished(50);
+    if (first.waitForFinished(25) || first.state() == QProcess::NotRunning) ended = &first;
+    if (second.waitForFinished(25) || second.state() == QProcess::NotRunning) ended = &second;
   }
   ASSERT_NE(ended, nullptr) << "both viewers kept running";
   QProcess& viewer = ended == &first ? second : first;
