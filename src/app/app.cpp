@@ -10,6 +10,7 @@
 #include <cstdio>
 
 #include "app/desktop_entry.h"
+#include "app/dialog_fit.h"
 #include "app/dialogs.h"
 #include "app/gps_notification.h"
 #include "app/main_window.h"
@@ -39,8 +40,6 @@ namespace orvel {
 
 namespace {
 
-// Screens at most this size in either direction get the whole screen.
-constexpr int kSmallScreen = 640;
 constexpr QSize kDesktopWindowSize(800, 600);
 
 QString demoMapPath() {
@@ -91,13 +90,14 @@ void runOptions(MainWindow& window) {
     }
   };
   actions.redrawMap = [&mapPage] { mapPage.compose(); };
-  runOptionsDialog(&window, session.gpsInput, session.settings, std::move(actions));
+  runOptionsDialog(&window, session.gpsInput, session.settings, std::move(actions),
+                   [&window](QDialog& dialog) { return window.runDialog(dialog); });
 }
 
 void placeWindow(MainWindow& window) {
   const QScreen* screen = QGuiApplication::primaryScreen();
   const QRect available = screen->availableGeometry();
-  if (available.width() <= kSmallScreen || available.height() <= kSmallScreen) {
+  if (isSmallScreen(available)) {
     window.setGeometry(available);
     window.showMaximized();
   } else {
@@ -206,7 +206,7 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
   // from there; no font file is written into the system.
 
   MainWindow window(session);
-  if (!headless()) session.messages.setSink(messageBoxSink(&window));
+  if (!headless()) session.messages.setSink(messageBoxSink(window.dialogs(), &window));
 
   server.setHandler([&window](const QStringList& received) {
     window.raiseWindow();

@@ -6,6 +6,7 @@
 
 #include <QApplication>
 #include <QDialog>
+#include <QFileInfo>
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QLabel>
@@ -162,8 +163,11 @@ void MainWindow::savePointAtCentre() {
 }
 
 void MainWindow::openMapFromDialog() {
-  const QString path = dialogs_.chooseMapFile(this);
+  // The chooser opens where the user last found a map.
+  const QString folder = QString::fromStdU16String(session_.settings.readSettingString("MapFolder", u"", 1024));
+  const QString path = dialogs_.chooseMapFile(this, folder);
   if (path.isEmpty()) return;
+  session_.settings.writeSettingString("MapFolder", QFileInfo(path).absolutePath().toStdU16String());
   openMap(path);
 }
 

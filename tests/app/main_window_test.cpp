@@ -1,4 +1,7 @@
 // The main window: menu bar, command dispatch, back buffer, GPS messages, dialogs.
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
@@ -113,15 +116,29 @@ TEST_F(MainWindowTest, HyperlinkNeedsAStaticText) {
   EXPECT_FALSE(isHyperlink(nullptr));
 }
 
-TEST_F(MainWindowTest, OpenCommandOpensTheChosenMap) {
+TEST_F(MainWindowTest, OpenCommandOpensTheChosenMapAndRemembersItsFolder) {
   const std::filesystem::path map = dataFile("maps/monaco_default_6bit.img");
   if (map.empty()) GTEST_SKIP();
   startWindow();
-  window->dialogs().mapFile = [&map](QWidget*) { return QString::fromStdString(map.string()); };
-  const uint64_t before = mapPage().compositionCount();
-  window->commandAction(kCmdOpen)->trigger();
-  EXPECT_NE(currentMap(), nullptr);
-  EXPECT_EQ(mapPage().compositionCount(), before + 1);
+  const QString path = QString::fromStdString(map.string());
+  QStringList folders;
+  window->dialogs().dialog = [&](QDialog& dialog) {
+    auto* chooser = qobject_cast<QFileDialog*>(&dialog);
+    if (chooser == nullptr) return 0;
+    folders << chooser->directory().absolutePath();
+    EXPECT_EQ(chooser->nameFilters(), QStringList{QStringLiteral("Все форматы (*.orv,*.img) (*.orv *.img)")});
+    EXPECT_TRUE(chooser->testOption(QFileDialog::DontUseNativeDialog));
+    chooser->selectFile(path);
+    return static_cast<int>(QDialog::Accepted);
+  };
+  for (int i = 0; i < 2; ++i) {
+    const uint64_t before = mapPage().compositionCount();
+    window->commandAction(kCmdOpen)->trigger();
+    EXPECT_NE(currentMap(), nullptr);
+    EXPECT_EQ(mapPage().compositionCount(), before + 1);
+  }
+  // The second time the chooser opens where the first map was found.
+  EXPECT_EQ(folders, (QStringList{QDir::homePath(), QFileInfo(path).absolutePath()}));
   EXPECT_EQ(QApplication::overrideCursor(), nullptr);
   EXPECT_TRUE(messages->messages().empty());
 }
