@@ -8,6 +8,7 @@
 #include <QTimer>
 #include <QTranslator>
 #include <cstdio>
+#include <memory>
 
 #include "app/desktop_entry.h"
 #include "app/dialog_fit.h"
@@ -16,6 +17,7 @@
 #include "app/main_window.h"
 #include "app/page_framework.h"
 #include "app/qt_translation.h"
+#include "app/screen_probe.h"
 #include "app/session.h"
 #include "app/single_instance.h"
 #include "geo/units.h"
@@ -207,6 +209,11 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
 
   MainWindow window(session);
   if (!headless()) session.messages.setSink(messageBoxSink(window.dialogs(), &window));
+
+  std::unique_ptr<ScreenProbe> probe;
+  if (const QString log = qEnvironmentVariable("ORVEL_TEST_LOG"); !log.isEmpty()) {
+    probe = std::make_unique<ScreenProbe>(window, log, qEnvironmentVariable("ORVEL_TEST_SHOTS"));
+  }
 
   server.setHandler([&window](const QStringList& received) {
     window.raiseWindow();
