@@ -7,6 +7,7 @@
 #include <QPushButton>
 #include <QTest>
 
+#include "app/dialog_fit.h"
 #include "common/test_data.h"
 #include "pages/commands.h"
 #include "shell_fixture.h"
@@ -96,6 +97,34 @@ TEST_F(MainWindowTest, AboutDialogShowsItsVersionLine) {
   ASSERT_EQ(dialogsRun, std::vector<std::string>{"dialog123"});
   EXPECT_EQ(version, QStringLiteral("версия 1.0 (update 11.1)"));
   EXPECT_EQ(platform, QStringLiteral("для Pocket PC 2003"));
+}
+
+TEST_F(MainWindowTest, DialogsTakeSmallScreensWholeAndKeepTheirNaturalSizeOnLargerOnes) {
+  struct Case {
+    QRect screen, window;
+    bool whole;
+  };
+  const Case cases[] = {
+      {QRect(0, 0, 480, 272), QRect(0, 0, 480, 272), true},
+      {QRect(0, 0, 800, 480), QRect(0, 0, 800, 480), true},
+      {QRect(0, 0, 1280, 1024), QRect(300, 200, 800, 600), false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.screen.width());
+    const std::unique_ptr<QDialog> about = makeAboutDialog(nullptr);
+    const QSize natural = about->sizeHint();
+    fitDialogToScreen(*about, c.screen, c.window);
+    const QWidget* bar = about->findChild<QWidget*>(QStringLiteral("dialogTopBar"));
+    EXPECT_EQ(bar != nullptr, c.whole);
+    if (c.whole) {
+      EXPECT_EQ(about->geometry(), c.screen);
+      // "Закрыть" sits in the bar at the top, over the contents that scroll.
+      EXPECT_EQ(about->findChild<QPushButton*>(QStringLiteral("2"))->parentWidget()->parentWidget(), bar);
+    } else {
+      EXPECT_EQ(about->size(), natural);
+      EXPECT_TRUE(c.window.contains(about->geometry()));
+    }
+  }
 }
 
 TEST(Hyperlink, IsDecidedByClassAndText) {
