@@ -6,6 +6,8 @@
 #include <map>
 #include <string>
 
+#include <QEvent>
+#include <QEventPoint>
 #include <QImage>
 #include <QMainWindow>
 #include <QPoint>
@@ -107,6 +109,14 @@ class MainWindow : public QMainWindow, public PageHost {
   void penRelease(Qt::MouseButton button, QPoint at);
   bool keyDown(int qtKey, bool autoRepeat);
   bool keyUp(int qtKey, bool autoRepeat);
+  // The mouse wheel turned by `angleDelta` eighths of a degree (120 a notch, away from the
+  // user positive): one zoom step in or out per notch, halves adding up.
+  void wheelTurned(int angleDelta);
+  // Touch: one finger is the pen; two fingers pinch, one zoom step per factor of 1.5 by
+  // which their distance grew or shrank since they touched.
+  void touched(QEvent::Type type, const QList<QEventPoint>& points);
+  // Zoom steps of the current page, as its zoom commands make them: in for positive.
+  void zoomSteps(int steps);
 
  protected:
   // Closing the window ends the program, as destroying it always did.
@@ -138,7 +148,13 @@ class MainWindow : public QMainWindow, public PageHost {
   QTimer* holdTimer_ = nullptr;
   bool holdPending_ = false;
   bool swallowUntilRelease_ = false;
+  bool penDown_ = false;  // the page had a pen-down and waits for its pen-up
   QPoint holdPoint_;
+
+  int wheelRemainder_ = 0;
+  bool pinching_ = false;
+  double pinchStartDistance_ = 0.0;
+  int pinchSteps_ = 0;
 };
 
 // Maps a Qt key to the virtual key code pages see (arrows, the action key).

@@ -6,7 +6,11 @@
 
 #include <QAction>
 
+#include <QImage>
+#include <QPainter>
+
 #include "app/app.h"
+#include "geo/units.h"
 #include "common/test_data.h"
 #include "gpx/layer/gpx_layer.h"
 #include "pages/commands.h"
@@ -43,15 +47,31 @@ TEST_F(AppMainTest, OpensTheCommandLineMapBeforeTheFirstCompositionAndEndsWithZe
 
   bool mapOpenAtFirstComposition = false;
   uint64_t compositions = 0;
+  bool markerWithoutValidPosition = false;
   const int status = appMain({QString::fromStdString(map.string())}, [&](Session& running, MainWindow& shown) {
     mapOpenAtFirstComposition = running.map.currentMap() != nullptr;
     compositions = shown.pages().mapPage().compositionCount();
+    // A fix whose position is not valid still puts the marker where its fields point.
+    auto paintWithFixAt = [&](float lon, float lat) {
+      GpsFix fix;
+      fix.longitude = lon;
+      fix.latitude = lat;
+      running.gps.exchangeFix(fix);
+      QImage image(running.view.screenWidth(), running.view.screenHeight(), QImage::Format_RGB32);
+      QPainter painter(&image);
+      shown.pages().mapPage().composer().paintView(painter, running.view);
+      return image;
+    };
+    const MapPoint centre = running.view.centre();
+    markerWithoutValidPosition = paintWithFixAt(mapUnitsToDegrees(centre.x), mapUnitsToDegrees(centre.y)) !=
+                                 paintWithFixAt(-170.0f, -80.0f);
     shown.onCommand(kCmdExit);
   });
 
   EXPECT_EQ(status, 0);
   EXPECT_TRUE(mapOpenAtFirstComposition);
   EXPECT_EQ(compositions, 1u);
+  EXPECT_TRUE(markerWithoutValidPosition);
   EXPECT_TRUE(std::filesystem::exists(scratch / "data" / "Tracks.bin"));
 }
 

@@ -1,9 +1,13 @@
 // The main window: menu bar, command dispatch, back buffer, GPS messages, dialogs.
+#include <QDir>
+#include <QFileDialog>
+#include <QFileInfo>
 #include <QLabel>
 #include <QMenuBar>
 #include <QPushButton>
 #include <QTest>
 
+#include "app/dialog_fit.h"
 #include "common/test_data.h"
 #include "pages/commands.h"
 #include "shell_fixture.h"
@@ -95,6 +99,34 @@ TEST_F(MainWindowTest, AboutDialogShowsItsVersionLine) {
   EXPECT_EQ(platform, QStringLiteral("для Pocket PC 2003"));
 }
 
+TEST_F(MainWindowTest, DialogsTakeSmallScreensWholeAndKeepTheirNaturalSizeOnLargerOnes) {
+  struct Case {
+    QRect screen, window;
+    bool whole;
+  };
+  const Case cases[] = {
+      {QRect(0, 0, 480, 272), QRect(0, 0, 480, 272), true},
+      {QRect(0, 0, 800, 480), QRect(0, 0, 800, 480), true},
+      {QRect(0, 0, 1280, 1024), QRect(300, 200, 800, 600), false},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.screen.width());
+    const std::unique_ptr<QDialog> about = makeAboutDialog(nullptr);
+    const QSize natural = about->sizeHint();
+    fitDialogToScreen(*about, c.screen, c.window);
+    const QWidget* bar = about->findChild<QWidget*>(QStringLiteral("dialogTopBar"));
+    EXPECT_EQ(bar != nullptr, c.whole);
+    if (c.whole) {
+      EXPECT_EQ(about->geometry(), c.screen);
+      // "Закрыть" sits in the bar at the top, over the contents that scroll.
+      EXPECT_EQ(about->findChild<QPushButton*>(QStringLiteral("2"))->parentWidget()->parentWidget(), bar);
+    } else {
+      EXPECT_EQ(about->size(), natural);
+      EXPECT_TRUE(c.window.contains(about->geometry()));
+    }
+  }
+}
+
 TEST(Hyperlink, IsDecidedByClassAndText) {
   const struct { const char* text; bool link; } cases[] = {
       {"http://x.org", true}, {"HTTP://X.ORG", true}, {"Ftp:host", true},
@@ -113,15 +145,29 @@ TEST_F(MainWindowTest, HyperlinkNeedsAStaticText) {
   EXPECT_FALSE(isHyperlink(nullptr));
 }
 
-TEST_F(MainWindowTest, OpenCommandOpensTheChosenMap) {
+TEST_F(MainWindowTest, OpenCommandOpensTheChosenMapAndRemembersItsFolder) {
   const std::filesystem::path map = dataFile("maps/monaco_default_6bit.img");
   if (map.empty()) GTEST_SKIP();
   startWindow();
-  window->dialogs().mapFile = [&map](QWidget*) { return QString::fromStdString(map.string()); };
-  const uint64_t before = mapPage().compositionCount();
-  window->commandAction(kCmdOpen)->trigger();
-  EXPECT_NE(currentMap(), nullptr);
-  EXPECT_EQ(mapPage().compositionCount(), before + 1);
+  const QString path = QString::fromStdString(map.string());
+  QStringList folders;
+  window->dialogs().dialog = [&](QDialog& dialog) {
+    auto* chooser = qobject_cast<QFileDialog*>(&dialog);
+    if (chooser == nullptr) return 0;
+    folders << chooser->directory().absolutePath();
+    EXPECT_EQ(chooser->nameFilters(), QStringList{QStringLiteral("Все форматы (*.orv,*.img) (*.orv *.img)")});
+    EXPECT_TRUE(chooser->testOption(QFileDialog::DontUseNativeDialog));
+    chooser->selectFile(path);
+    return static_cast<int>(QDialog::Accepted);
+  };
+  for (int i = 0; i < 2; ++i) {
+    const uint64_t before = mapPage().compositionCount();
+    window->commandAction(kCmdOpen)->trigger();
+    EXPECT_NE(currentMap(), nullptr);
+    EXPECT_EQ(mapPage().compositionCount(), before + 1);
+  }
+  // The second time the chooser opens where the first map was found.
+  EXPECT_EQ(folders, (QStringList{QDir::homePath(), QFileInfo(path).absolutePath()}));
   EXPECT_EQ(QApplication::overrideCursor(), nullptr);
   EXPECT_TRUE(messages->messages().empty());
 }

@@ -1,6 +1,10 @@
 // The map page driven as a user does: keys, stylus, pop-up menu, commands and GPS fixes.
 #include <QTest>
 #include <QTimer>
+#include <QWheelEvent>
+
+#include <cstdlib>
+#include <vector>
 
 #include "gps/fix_processing.h"
 #include "pages/commands.h"
@@ -33,6 +37,54 @@ TEST_F(MapPageTest, UpAndDownKeysStepThroughTheZoomTable) {
   EXPECT_EQ(mapView().zoomIndex(), 6u);
   EXPECT_EQ(scaleLabel(mapView()), tableLabel(6));
   EXPECT_EQ(mapPage().compositionCount(), before + 3);
+}
+
+TEST_F(MapPageTest, WheelAndPinchStepThroughTheSameZoomTable) {
+  startWindow();
+  QPointingDevice* touchScreen = QTest::createTouchDevice();
+  struct Case {
+    const char* what;
+    std::vector<int> wheel;    // angle deltas, one event each
+    double pinch;              // final distance over the starting one; 0 for none
+    int steps;                 // zoom steps in (negative: out), each one composition
+  };
+  const Case cases[] = {
+      {"one notch away", {120}, 0.0, 1},
+      {"three notches towards the user at once", {-360}, 0.0, -3},
+      {"two half notches", {60, 60}, 0.0, 1},
+      {"a half notch alone", {60}, 0.0, 0},  // the last to turn the wheel: it leaves half a notch
+      {"fingers spread to 1.6 times", {}, 1.6, 1},
+      {"fingers spread to 2.3 times", {}, 2.3, 2},
+      {"fingers closed to 0.6 times", {}, 0.6, -1},
+      {"fingers spread to 1.4 times", {}, 1.4, 0},
+  };
+  const QPoint centre(120, 130);
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.what);
+    mapView().setZoomIndex(12);
+    const uint64_t before = mapPage().compositionCount();
+    for (const int delta : c.wheel) {
+      QWheelEvent turn(QPointF(centre), QPointF(client()->mapToGlobal(centre)), QPoint(), QPoint(0, delta),
+                       Qt::NoButton, Qt::NoModifier, Qt::NoScrollPhase, false);
+      QCoreApplication::sendEvent(client(), &turn);
+    }
+    if (c.pinch > 0.0) {
+      const int spread = static_cast<int>(40 * c.pinch);
+      QTest::touchEvent(client(), touchScreen).press(0, centre - QPoint(40, 0)).press(1, centre + QPoint(40, 0));
+      // On the way there every step is taken once.
+      QTest::touchEvent(client(), touchScreen).move(0, centre - QPoint((40 + spread) / 2, 0)).move(1, centre + QPoint((40 + spread) / 2, 0));
+      QTest::touchEvent(client(), touchScreen).move(0, centre - QPoint(spread, 0)).move(1, centre + QPoint(spread, 0));
+      QTest::touchEvent(client(), touchScreen).release(0, centre - QPoint(spread, 0)).release(1, centre + QPoint(spread, 0));
+    }
+    EXPECT_EQ(static_cast<int>(mapView().zoomIndex()), 12 - c.steps);
+    EXPECT_EQ(mapPage().compositionCount(), before + static_cast<uint64_t>(std::abs(c.steps)));
+  }
+  // One finger is still the pen: it drags the map.
+  const MapPoint centreBefore = mapView().centre();
+  QTest::touchEvent(client(), touchScreen).press(0, centre);
+  QTest::touchEvent(client(), touchScreen).move(0, centre + QPoint(30, 0));
+  QTest::touchEvent(client(), touchScreen).release(0, centre + QPoint(30, 0));
+  EXPECT_NE(mapView().centre().x, centreBefore.x);
 }
 
 TEST_F(MapPageTest, ZoomStopsAtBothEndsWithoutRedrawing) {

@@ -189,8 +189,23 @@ TEST_F(NmeaProtocolTest, EndlessTextWithoutSentencesFails) {
   EXPECT_EQ(trickle(t, lines, 10), kFailed);
 }
 
-TEST_F(NmeaProtocolTest, AShortPieceBetweenTwoDollarsFails) {
-  EXPECT_EQ(feed(kGsa + "$GP$" + kRmc), kFailed);
+TEST_F(NmeaProtocolTest, WhatLiesBetweenTwoDollarsDecidesTheRead) {
+  struct Case {
+    std::string between;
+    ProcessResult result;
+  };
+  const Case cases[] = {
+      {"$GP", kFailed},                                        // too short to count
+      {"$\x8e\x03\x10GPS data\r\n", kFailed},                  // binary after the "$"
+      {"$PUBX,00,081350.00,4717.113210,N,00833.915187,E*5C\r\n", kRecognised},
+      {"$PFEC,GPtps,101025222449,3,1,1,090101000000,00,15\r\n", kRecognised},
+      {"$pgrmz,93,f,3*21\r\n", kRecognised},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(c.between);
+    nmea.open();
+    EXPECT_EQ(feed(kGsa + c.between + kRmc + "$"), c.result);
+  }
 }
 
 TEST_F(NmeaProtocolTest, ReopeningForgetsAHalfSentence) {

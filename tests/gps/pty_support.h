@@ -71,12 +71,15 @@ inline bool writeAll(int fd, const uint8_t* data, size_t size) {
   return true;
 }
 
-// Writes `capture` burst by burst into `fd`, `gapMs` apart, over and over until stopped.
+// Writes `capture` burst by burst into `fd`, `gapMs` apart, over and over until stopped; with
+// `chunk`, in pieces of that many bytes instead (as a USB receiver delivers large reads).
 // With `ackGarmin`, every Garmin command read from `fd` is acknowledged between bursts.
 class ReceiverThread {
  public:
-  ReceiverThread(int fd, std::vector<uint8_t> capture, uint32_t gapMs, bool ackGarmin = false)
-      : thread_([this, fd, capture = std::move(capture), gapMs, ackGarmin] { run(fd, capture, gapMs, ackGarmin); }) {}
+  ReceiverThread(int fd, std::vector<uint8_t> capture, uint32_t gapMs, bool ackGarmin = false, size_t chunk = 0)
+      : thread_([this, fd, capture = std::move(capture), gapMs, ackGarmin, chunk] {
+          run(fd, capture, gapMs, ackGarmin, chunk);
+        }) {}
   ~ReceiverThread() { stop(); }
   void stop() {
     stop_ = true;
@@ -85,8 +88,13 @@ class ReceiverThread {
   int acks() const { return acks_; }
 
  private:
-  void run(int fd, const std::vector<uint8_t>& capture, uint32_t gapMs, bool ackGarmin) {
-    std::vector<size_t> bursts = analyseCapture(capture).burstStarts;
+  void run(int fd, const std::vector<uint8_t>& capture, uint32_t gapMs, bool ackGarmin, size_t chunk) {
+    std::vector<size_t> bursts;
+    if (chunk > 0) {
+      for (size_t at = 0; at < capture.size(); at += chunk) bursts.push_back(at);
+    } else {
+      bursts = analyseCapture(capture).burstStarts;
+    }
     if (bursts.empty() || bursts.front() != 0) bursts.insert(bursts.begin(), 0);
     while (!stop_) {
       for (size_t b = 0; b < bursts.size() && !stop_; ++b) {

@@ -78,18 +78,30 @@ TEST_F(GaugesPageTest, GridOfTwoByFiveCellsOnTheSmallScreen) {
   EXPECT_EQ(dashes, 7);  // all but the battery, on external power
 }
 
-TEST_F(GaugesPageTest, WideScreenSharesItsWholeWidth) {
-  const GaugeGrid small = gaugeGrid(240, 268);
-  EXPECT_EQ(small.cellWidth, 120);
-  EXPECT_EQ(small.cellHeight, 55);
-  EXPECT_EQ(small.scale, 1.0);
-  const GaugeGrid wide = gaugeGrid(800, 450);
-  EXPECT_EQ(wide.cellWidth, 400);
-  EXPECT_EQ(wide.cellHeight, 90);
-  EXPECT_GT(wide.scale, 1.5);
-  EXPECT_EQ(gaugeCellRect(wide, 9), QRect(400, 360, 400, 90));
-  EXPECT_EQ(gaugeCellAt(wide, 799, 449), 9);
-  EXPECT_EQ(gaugeCellAt(small, 130, 60), 3);
+TEST_F(GaugesPageTest, AllFiveRowsFitTheClientAreaAndFontsFollowTheCell) {
+  struct Case {
+    int width, height;   // client area
+    int cellWidth, cellHeight;
+    double minScale, maxScale;
+  };
+  const Case cases[] = {
+      {240, 320, 120, 55, 1.0, 1.0},    // the original screen
+      {240, 268, 120, 53, 0.96, 0.97},  // 240 x 320 less the menu and status bars
+      {480, 225, 240, 45, 0.81, 0.82},  // 480 x 272 less the bars
+      {800, 450, 400, 90, 1.6, 1.7},
+  };
+  for (const Case& c : cases) {
+    SCOPED_TRACE(std::to_string(c.width) + "x" + std::to_string(c.height));
+    const GaugeGrid grid = gaugeGrid(c.width, c.height);
+    EXPECT_EQ(grid.cellWidth, c.cellWidth);
+    EXPECT_EQ(grid.cellHeight, c.cellHeight);
+    EXPECT_GE(grid.scale, c.minScale);
+    EXPECT_LE(grid.scale, c.maxScale);
+    EXPECT_LE(gaugeCellRect(grid, 9).bottom(), c.height - 1);
+    EXPECT_EQ(gaugeCellAt(grid, c.width - 1, gaugeCellRect(grid, 9).bottom()), 9);
+  }
+  EXPECT_EQ(gaugeCellRect(gaugeGrid(800, 450), 9), QRect(400, 360, 400, 90));
+  EXPECT_EQ(gaugeCellAt(gaugeGrid(240, 268), 130, 60), 3);
 }
 
 TEST_F(GaugesPageTest, EveryGaugeIsUpdatedOnEveryFixShownOrNot) {

@@ -55,11 +55,28 @@ TEST_F(SatellitesPageTest, LayoutOfTheSmallScreenIsTheQuarterGeometry) {
 }
 
 TEST_F(SatellitesPageTest, WideScreenKeepsSkyAndTextsOnScreen) {
-  for (const QSize size : {QSize(800, 480), QSize(640, 480), QSize(480, 640), QSize(1024, 600)}) {
-    const SatellitesLayout layout = satellitesLayout(size.width(), size.height());
-    EXPECT_GE(layout.cy - layout.radius, 16) << size.width() << "x" << size.height();
-    EXPECT_LE(layout.base + 80, size.height()) << size.width() << "x" << size.height();
+  struct Case {
+    QSize size;
+    bool sideBySide;  // the band and texts beside the sky rather than below it
+  };
+  // 480 x 225 is what a 480 x 272 screen leaves between the menu and status bars.
+  const Case cases[] = {{{800, 480}, false}, {{640, 480}, false}, {{480, 640}, false},
+                        {{1024, 600}, false}, {{480, 225}, true}};
+  for (const Case& c : cases) {
+    const int width = c.size.width(), height = c.size.height();
+    SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height));
+    const SatellitesLayout layout = satellitesLayout(width, height);
+    EXPECT_GE(layout.cy - layout.radius, 16);                  // the "N" above the sky
+    EXPECT_LE(layout.cy + layout.radius + 12, height);         // the "S" below it
+    EXPECT_GE(layout.base - 50, 0);                            // the band's top row
+    EXPECT_LE(layout.base + 80, height);                       // the status line
+    EXPECT_LE(layout.bandRight, width);
     EXPECT_GT(layout.radius, 60);
+    EXPECT_EQ(layout.bandLeft > layout.cx + layout.radius, c.sideBySide);
+    EXPECT_TRUE(c.sideBySide || layout.base - 50 > layout.cy + layout.radius) << "band below the sky";
+    // Twelve bars fit, each number under its bar clear of the next one's.
+    EXPECT_LE(layout.firstBarX + 23 * layout.barWidth, layout.bandRight);
+    EXPECT_GE(2 * layout.barWidth, 18);
   }
 }
 

@@ -182,8 +182,9 @@ TEST(LabelFonts, FontAIsANarrowBoldSixteenPixelFont) {
   EXPECT_NEAR(metrics.height(), 16, 1);
   EXPECT_NEAR(metrics.averageCharWidth(), 5, 1);
   EXPECT_GE(font.weight(), QFont::Bold);
-  const QString family = QFontInfo(font).family();
-  EXPECT_TRUE(family == "URW Gothic" || family == "DejaVu Sans") << family.toStdString();
+  // Without the foundry fontconfig adds when the family comes from more than one file.
+  const QString family = QFontInfo(font).family().section(QStringLiteral(" ["), 0, 0);
+  EXPECT_EQ(family, QStringLiteral("URW Gothic"));
 }
 
 TEST(LabelFonts, RotatedStepsSpanMinusToPlusNinetyDegrees) {
