@@ -12,7 +12,7 @@
 #include <unistd.h>
 
 #include "core/message.h"
-#include "child_process.h"
+#include "common/torture.h"
 #include "common/test_data.h"
 #include "data_dir_fixture.h"
 #include "gps/ole_date.h"
