@@ -6,6 +6,8 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include <gtest/gtest.h>
+
 #include <atomic>
 #include <chrono>
 #include <cstdio>
@@ -102,19 +104,39 @@ uint64_t ProgressCounter::get() const {
   return word_ ? std::atomic_ref<uint64_t>(*word_).load(std::memory_order_acquire) : 0;
 }
 
-void reportTorture(const std::string& figures) { std::printf("[ torture  ] %s\n", figures.c_str()); }
+void reportTorture(const std::string& figures) {
+  if (!::testing::Test::HasFailure()) std::printf("[ torture  ] %s\n", figures.c_str());
+}
 
-ProcessCounts processCounts() {
-  const auto count = [](const char* folder) {
-    long n = 0;
-    std::error_code error;
-    for (auto it = std::filesystem::directory_iterator(folder, error); !error && it != std::filesystem::directory_iterator();
-         it.increment(error)) {
-      ++n;
-    }
-    return n;
-  };
-  return {count("/proc/self/task"), count("/proc/self/fd")};
+ProcessResources processResources() {
+  ProcessResources found;
+  std::error_code error;
+  for (auto it = std::filesystem::directory_iterator("/proc/self/task", error);
+       !error && it != std::filesystem::directory_iterator(); it.increment(error)) {
+    found.threads.insert(it->path().filename().string());
+  }
+  std::vector<std::filesystem::path> descriptors;
+  for (auto it = std::filesystem::directory_iterator("/proc/self/fd", error);
+       !error && it != std::filesystem::directory_iterator(); it.increment(error)) {
+    descriptors.push_back(it->path());
+  }
+  // Read after the listing: the listing's own descriptor is closed by then and left out.
+  for (const auto& path : descriptors) {
+    const auto target = std::filesystem::read_symlink(path, error);
+    if (!error) found.descriptors.insert(path.filename().string() + " -> " + target.string());
+  }
+  return found;
+}
+
+std::string leftBehind(const ProcessResources& before, const ProcessResources& after) {
+  std::string extra;
+  for (const auto& thread : after.threads) {
+    if (!before.threads.count(thread)) extra += "thread " + thread + "\n";
+  }
+  for (const auto& descriptor : after.descriptors) {
+    if (!before.descriptors.count(descriptor)) extra += "descriptor " + descriptor + "\n";
+  }
+  return extra;
 }
 
 }  // namespace orvel::test

@@ -10,6 +10,7 @@
 #include <filesystem>
 #include <functional>
 #include <random>
+#include <set>
 #include <string>
 
 namespace orvel::test {
@@ -52,15 +53,20 @@ class ProgressCounter {
   uint64_t* word_ = nullptr;
 };
 
-// Prints one line of the torture's figures ("[ torture  ] ...") for scripts/torture.
+// Prints one line of the torture's figures ("[ torture  ] ...") for scripts/torture, unless
+// the test has failed.
 void reportTorture(const std::string& figures);
 
-// Threads and open descriptors of this process (/proc/self/task, /proc/self/fd).
-struct ProcessCounts {
-  long threads = 0;
-  long descriptors = 0;
-  friend bool operator==(const ProcessCounts&, const ProcessCounts&) = default;
+// The threads (by id) and open descriptors (number and what is open) of this process, from
+// /proc/self/task and /proc/self/fd.
+struct ProcessResources {
+  std::set<std::string> threads;
+  std::set<std::string> descriptors;
 };
-ProcessCounts processCounts();
+ProcessResources processResources();
+// What `after` holds that `before` did not, one per line; empty when nothing was left
+// behind. (A thread of glibc's name resolver may linger for a second after a lookup and be
+// gone by `after`: only what is new counts.)
+std::string leftBehind(const ProcessResources& before, const ProcessResources& after);
 
 }  // namespace orvel::test
