@@ -105,7 +105,9 @@ uint64_t ProgressCounter::get() const {
 }
 
 void reportTorture(const std::string& figures) {
-  if (!::testing::Test::HasFailure()) std::printf("[ torture  ] %s\n", figures.c_str());
+  if (::testing::Test::HasFailure()) return;
+  std::printf("[ torture  ] %s\n", figures.c_str());
+  std::fflush(stdout);  // before any fork copies the buffer
 }
 
 ProcessResources processResources() {
