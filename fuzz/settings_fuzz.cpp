@@ -59,7 +59,9 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FUZZ_CHECK(asNumber && asNumber->kind == SettingsLine::Kind::Dword && asNumber->number == number);
 
   std::u16string text(u"\\\n\r ");
-  for (size_t i = 0; i + 1 < std::min<size_t>(size, 128); i += 2) text += static_cast<char16_t>(data[i] | data[i + 1] << 8);
+  for (size_t i = 0; i + 1 < std::min<size_t>(size, 128); i += 2) {
+    text += static_cast<char16_t>(data[i] | data[i + 1] << 8);
+  }
   putSetting(content, makeStringLine(name, text));
   const SettingsContent withText = parseSettings(formatSettings(content));
   const SettingsLine* asText = findSetting(withText, name);

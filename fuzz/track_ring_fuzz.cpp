@@ -19,7 +19,8 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t* data, size_t size) {
   FUZZ_CHECK(expected.size() <= kTrackSlots);
 
   // A few points derived from the input, the first of them beginning a segment.
-  const uint32_t seed = size >= 4 ? static_cast<uint32_t>(data[size - 1] | data[size - 2] << 8 | data[size - 3] << 16) : 7;
+  const uint32_t seed =
+      size >= 4 ? static_cast<uint32_t>(data[size - 1] | data[size - 2] << 8 | data[size - 3] << 16) : 7;
   const uint32_t count = 1 + seed % 5;
   for (uint32_t i = 0; i < count; ++i) {
     const Semicircles lon = static_cast<Semicircles>(seed * 2654435761u + i);

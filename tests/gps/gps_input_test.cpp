@@ -119,12 +119,14 @@ class PluggedReceiver {
   explicit PluggedReceiver(std::filesystem::path link) : link_(std::move(link)) {}
   const std::filesystem::path& link() const { return link_; }
   // Plugs in a receiver that begins `capture` at byte `from`, in the middle of a sentence.
-  void plugIn(const std::vector<uint8_t>& capture, size_t from) {
+  bool plugIn(const std::vector<uint8_t>& capture, size_t from) {
     pty_ = std::make_unique<test::PtyPair>();
+    if (!pty_->ok()) return false;
     std::filesystem::remove(link_);
     std::filesystem::create_symlink(pty_->slavePath(), link_);
     receiver_ = std::make_unique<test::ReceiverThread>(
         pty_->master(), std::vector<uint8_t>(capture.begin() + static_cast<std::ptrdiff_t>(from), capture.end()), 150);
+    return true;
   }
   // Pulls it out in the middle of a sentence.
   void pullOut() {
@@ -149,7 +151,8 @@ class PluggedReceiver {
 // The longest the scanner takes to have the receiver again after it came back: the silence
 // that ends the lost attempt, the pause after a loss, the other protocol's wait for an answer,
 // and a few bursts; with room for a loaded machine.
-constexpr int kTakeUpMs = static_cast<int>(NmeaProtocol::kSilenceMs + kLostPauseMs + GarminProtocol::kAckTimeoutMs) + 6000;
+constexpr int kTakeUpMs =
+    static_cast<int>(NmeaProtocol::kSilenceMs + kLostPauseMs + GarminProtocol::kAckTimeoutMs) + 6000;
 
 // The receiver pulled out mid-sentence and put back, again and again: each time the loss is
 // reported and the receiver taken up again, the input never stops scanning, and in the end
@@ -162,7 +165,7 @@ TEST_F(GpsInputTest, AReceiverPulledOutAndPutBackIsTakenUpEveryTime) {
   const int times = test::tortureCount(1, 20);
   {
     PluggedReceiver usb(test::scratchDir("replugged") / "ttyGPS");
-    usb.plugIn(bytes, 0);
+    ASSERT_TRUE(usb.plugIn(bytes, 0));
     input.addScanDevice(usb.link());
     input.startScanning();
     ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
@@ -173,9 +176,10 @@ TEST_F(GpsInputTest, AReceiverPulledOutAndPutBackIsTakenUpEveryTime) {
           << history();
       EXPECT_FALSE(input.receiverFound());
       EXPECT_EQ(noConnection, time);
-      usb.plugIn(bytes, std::uniform_int_distribution<size_t>(0, bytes.size() / 2)(random));
+      ASSERT_TRUE(usb.plugIn(bytes, std::uniform_int_distribution<size_t>(0, bytes.size() / 2)(random)));
       ASSERT_TRUE(test::waitUntil([&] { return gps.statusCount("NMEA-0183 через COM1") == time + 1; }, kTakeUpMs))
           << history();
+      EXPECT_GE(gps.statusCount("Поиск данных - Протокол Garmin..."), time) << "the search went on with the other protocol";
       EXPECT_TRUE(input.isScanning());
       EXPECT_EQ(input.activeScanThreads(), 1);
     }
@@ -199,7 +203,7 @@ TEST_F(GpsInputTest, AFloodOfRandomBytesIsSurvivedAndTheReceiverTakenUpAfterIt) 
   size_t offered = 0, flooded = 0;
   {
     PluggedReceiver usb(test::scratchDir("flooded") / "ttyGPS");
-    usb.plugIn(bytes, 0);
+    ASSERT_TRUE(usb.plugIn(bytes, 0));
     input.addScanDevice(usb.link());
     input.startScanning();
     ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
