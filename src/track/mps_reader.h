@@ -35,7 +35,9 @@ struct MpsFile {
   bool ended = false;  // the last record is the end record "V"
 };
 
-// Reads the file in place; nothing when it is not a whole MapSource file.
-std::optional<MpsFile> readMpsFile(std::span<const uint8_t> bytes);
+// With `cutShort`, also a run the writer never ended (killed): an empty file; or the last
+// track record still holding a placeholder (length, count or both) and running to the end of
+// the file, read up to its last whole point; no end record.
+std::optional<MpsFile> readMpsFile(std::span<const uint8_t> bytes, bool cutShort = false);
 
 }  // namespace orvel

@@ -1,10 +1,14 @@
-// The whole start-up and shutdown in this process, ended by the exit command.
+// The whole start-up and shutdown in this process, ended by the exit command, with a
+// receiver on a pseudo-terminal found by the reading thread meanwhile.
 #include <sys/stat.h>
 
+#include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <thread>
 
 #include <QAction>
+#include <QCoreApplication>
 
 #include <QImage>
 #include <QPainter>
@@ -12,6 +16,8 @@
 #include "app/app.h"
 #include "geo/units.h"
 #include "common/test_data.h"
+#include "core/utf.h"
+#include "gps/pty_support.h"
 #include "gpx/layer/gpx_layer.h"
 #include "pages/commands.h"
 #include "shell_fixture.h"
@@ -43,14 +49,26 @@ class AppMainTest : public ShellTest {
 
 TEST_F(AppMainTest, OpensTheCommandLineMapBeforeTheFirstCompositionAndEndsWithZero) {
   const std::filesystem::path map = dataFile("maps/monaco_cp1252.img");
-  if (map.empty()) GTEST_SKIP();
+  const std::filesystem::path capture = dataFile("gps/nmea/bu353s4.log");
+  ASSERT_FALSE(map.empty() || capture.empty());
+  PtyPair pty;
+  ASSERT_TRUE(pty.ok());
+  ReceiverThread receiver(pty.master(), readFile(capture), 150);
 
   bool mapOpenAtFirstComposition = false;
   uint64_t compositions = 0;
+  std::string found;
   bool markerWithoutValidPosition = false;
-  const int status = appMain({QString::fromStdString(map.string())}, [&](Session& running, MainWindow& shown) {
+  const QStringList arguments{QString::fromStdString(map.string()), "--gps", QString::fromStdString(pty.slavePath())};
+  const int status = appMain(arguments, [&](Session& running, MainWindow& shown) {
     mapOpenAtFirstComposition = running.map.currentMap() != nullptr;
     compositions = shown.pages().mapPage().compositionCount();
+    // The window goes on handling what the reading thread posts until the receiver is in.
+    waitUntil([&] {
+      QCoreApplication::processEvents();
+      found = utf16ToUtf8(running.gps.gpsSnapshot().statusText);
+      return found.rfind("NMEA-0183 через COM", 0) == 0 && running.gps.currentFix().has(kFixPosition);
+    }, 8000);
     // A fix whose position is not valid still puts the marker where its fields point.
     auto paintWithFixAt = [&](float lon, float lat) {
       GpsFix fix;
@@ -71,6 +89,7 @@ TEST_F(AppMainTest, OpensTheCommandLineMapBeforeTheFirstCompositionAndEndsWithZe
   EXPECT_EQ(status, 0);
   EXPECT_TRUE(mapOpenAtFirstComposition);
   EXPECT_EQ(compositions, 1u);
+  EXPECT_EQ(found.rfind("NMEA-0183 через COM", 0), 0u) << found;
   EXPECT_TRUE(markerWithoutValidPosition);
   EXPECT_TRUE(std::filesystem::exists(scratch / "data" / "Tracks.bin"));
 }

@@ -1,11 +1,16 @@
 // Where the store lives, and how it survives damage, crashes and concurrent writers.
+#include <algorithm>
 #include <csignal>
+#include <functional>
 #include <optional>
+#include <random>
 #include <sys/wait.h>
 #include <thread>
 #include <unistd.h>
 
+#include "common/torture.h"
 #include "core/atomic_file.h"
+#include "core/utf.h"
 #include "settings_fixture.h"
 
 namespace orvel::test {
@@ -186,6 +191,70 @@ TEST_F(SettingsStore, CrashBeforeReplaceLeavesPreviousFile) {
   writeSettingBool("RotateMap", true);  // the next write goes ahead as usual
   EXPECT_EQ(readSettingInt("Page", 0), 2);
   EXPECT_TRUE(readSettingBool("RotateMap", false));
+}
+
+// Run in a child by the next test: carries on with the step on disk (done again, since its
+// second write may be missing), writing step after step until it is killed, and counts every
+// step done. Step s writes "Step" s, then "Gauge_<s mod 10>" "step s".
+TEST(SettingsTorture, DISABLED_WriteUntilKilled) {
+  if (!inChildTest()) GTEST_SKIP();
+  Settings settings;
+  settings.openSettingsAt(childFolder() / "GisOrvel.conf");
+  ProgressCounter progress(childFolder() / "progress");
+  for (int32_t step = std::max(settings.readSettingInt("Step", 0), 0);; ++step) {
+    settings.writeSettingInt("Step", step);
+    settings.writeSettingString("Gauge_" + std::to_string(step % 10), u"step " + *utf8ToUtf16(std::to_string(step)));
+    progress.set(static_cast<uint64_t>(step) + 1);
+  }
+}
+
+// Writes killed at random moments, again and again: the file is always whole and readable
+// (never damaged, no .bad copy), holds the last step written or the one being written, and
+// every gauge text the latest of its own; the next start carries on from there.
+TEST(SettingsTorture, WritesKilledAtRandomLeaveTheOldOrTheNewFile) {
+  const fs::path dir = scratchDir("settings-torture");
+  const fs::path file = dir / "GisOrvel.conf";
+  std::mt19937 random(std::random_device{}());
+  ProgressCounter progress(dir / "progress");
+  int64_t newest = 0;
+  const auto stepText = [](int64_t step) { return u"step " + *utf8ToUtf16(std::to_string(step)); };
+  const int trials = tortureCount(10, 100);
+  for (int trial = 0; trial < trials; ++trial) {
+    SCOPED_TRACE("trial " + std::to_string(trial));
+    progress.set(0);
+    std::function<bool()> writing;
+    if (trial % 4 != 0) writing = [&] { return progress.get() > 0; };
+    const int status = killChildTestAtRandom("SettingsTorture.DISABLED_WriteUntilKilled", dir, random, 30, writing);
+    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    const SettingsContent content = parseSettings(readText(file));
+    ASSERT_FALSE(content.damaged);
+    ASSERT_FALSE(fs::exists(fs::path(file) += ".bad"));
+    EXPECT_LE(leftovers(dir, file).size(), 2u);  // the progress count, and the killed write's temporary at most
+    const SettingsLine* stepLine = findSetting(content, "Step");
+    if (!stepLine) {  // killed before the first write ever ended
+      ASSERT_EQ(newest, 0);
+      continue;
+    }
+    const int64_t step = stepLine->number;
+    const auto counted = static_cast<int64_t>(progress.get());
+    // The step in hand: the one after the last counted, or the one found on disk.
+    const int64_t inHand = counted > 0 ? counted : newest;
+    ASSERT_TRUE(step == inHand || step + 1 == inHand) << step << " after " << counted << " steps";
+    for (int64_t latest = std::max<int64_t>(0, step - 9); latest <= step; ++latest) {
+      const SettingsLine* text = findSetting(content, "Gauge_" + std::to_string(latest % 10));
+      // The step in hand may not have reached its second write.
+      if (latest == inHand && (!text || text->text != stepText(latest))) {
+        if (latest >= 10) {
+          ASSERT_TRUE(text && text->text == stepText(latest - 10)) << latest;
+        }
+        continue;
+      }
+      ASSERT_TRUE(text && text->text == stepText(latest)) << latest;
+    }
+    newest = step;
+  }
+  reportTorture("settings: " + std::to_string(trials) + " kills while writing, " + std::to_string(newest + 1) +
+                " steps of two writes, every file whole");
 }
 
 TEST_F(SettingsStore, ConcurrentWritersLoseNothing) {

@@ -7,13 +7,23 @@
 #include <poll.h>
 #include <sys/socket.h>
 
+#include <fcntl.h>
+
 #include <atomic>
+#include <chrono>
+#include <filesystem>
+#include <memory>
+#include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "core/settings.h"
 #include "common/test_data.h"
+#include "common/torture.h"
+#include "gps/garmin_protocol.h"
 #include "gps/gps_input.h"
+#include "gps/nmea_protocol.h"
 #include "gps/serial_port.h"
 #include "gps_test_support.h"
 #include "pty_support.h"
@@ -134,25 +144,132 @@ TEST_F(GpsInputTest, FindsAGarminReceiverAfterNmeaGivesUp) {
   EXPECT_FALSE(sawStatus("Ошибка протокола.")) << history();
 }
 
-TEST_F(GpsInputTest, AnUnpluggedReceiverIsReportedAndSearchedForAgain) {
-  const auto bytes = capture("gps/nmea/bu353s4.log");
-  if (bytes.empty()) GTEST_SKIP() << "no capture";
-  test::PtyPair pty;
-  ASSERT_TRUE(pty.ok());
-  input.addScanDevice(pty.slavePath());
-  auto receiver = std::make_unique<test::ReceiverThread>(pty.master(), bytes, 150);
-  input.beginScan();
-  ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
+// A receiver on a USB port that is pulled out and put back: a pseudo-terminal behind a fixed
+// link (as udev names a receiver), a new one at every plug.
+class PluggedReceiver {
+ public:
+  explicit PluggedReceiver(std::filesystem::path link) : link_(std::move(link)) {}
+  const std::filesystem::path& link() const { return link_; }
+  // Plugs in a receiver that begins `capture` at byte `from`, in the middle of a sentence.
+  bool plugIn(const std::vector<uint8_t>& capture, size_t from) {
+    pty_ = std::make_unique<test::PtyPair>();
+    if (!pty_->ok()) return false;
+    std::filesystem::remove(link_);
+    std::filesystem::create_symlink(pty_->slavePath(), link_);
+    receiver_ = std::make_unique<test::ReceiverThread>(
+        pty_->master(), std::vector<uint8_t>(capture.begin() + static_cast<std::ptrdiff_t>(from), capture.end()), 150);
+    return true;
+  }
+  // Pulls it out in the middle of a sentence.
+  void pullOut() {
+    receiver_.reset();
+    if (!pty_) return;
+    test::writeAll(pty_->master(), reinterpret_cast<const uint8_t*>("$GPRMC,0307"), 11);
+    pty_.reset();
+  }
+  // The receiver stops sending and the port is left to the test; resume() goes on.
+  void stopSending() { receiver_.reset(); }
+  void resume(const std::vector<uint8_t>& capture) {
+    receiver_ = std::make_unique<test::ReceiverThread>(pty_->master(), capture, 150);
+  }
+  int master() const { return pty_ ? pty_->master() : -1; }
 
-  receiver.reset();
-  pty.closeMaster();
-  // Five seconds of silence, then the report, a pause, and the search resumes with the
-  // other protocol.
-  ASSERT_TRUE(waitStatus("Не обнаружено данных.", 8000)) << history();
-  EXPECT_FALSE(input.receiverFound());
-  EXPECT_EQ(noConnection, 1);
-  ASSERT_TRUE(waitStatus("Поиск данных - Протокол Garmin...", 4000)) << history();
-  EXPECT_EQ(input.activeScanThreads(), 1);
+ private:
+  std::filesystem::path link_;
+  std::unique_ptr<test::PtyPair> pty_;
+  std::unique_ptr<test::ReceiverThread> receiver_;
+};
+
+// The longest the scanner takes to have the receiver again after it came back: the silence
+// that ends the lost attempt, the pause after a loss, the other protocol's wait for an answer,
+// and a few bursts; with room for a loaded machine.
+constexpr int kTakeUpMs =
+    static_cast<int>(NmeaProtocol::kSilenceMs + kLostPauseMs + GarminProtocol::kAckTimeoutMs) + 6000;
+
+// The receiver pulled out mid-sentence and put back, again and again: each time the loss is
+// reported and the receiver taken up again, the input never stops scanning, and in the end
+// no thread or descriptor is left behind.
+TEST_F(GpsInputTest, AReceiverPulledOutAndPutBackIsTakenUpEveryTime) {
+  const auto bytes = capture("gps/nmea/bu353s4.log");
+  ASSERT_FALSE(bytes.empty());
+  std::mt19937 random(std::random_device{}());
+  const test::ProcessResources before = test::processResources();
+  const int times = test::tortureCount(1, 20);
+  {
+    PluggedReceiver usb(test::scratchDir("replugged") / "ttyGPS");
+    ASSERT_TRUE(usb.plugIn(bytes, 0));
+    input.addScanDevice(usb.link());
+    input.startScanning();
+    ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
+    for (int time = 1; time <= times; ++time) {
+      SCOPED_TRACE("time " + std::to_string(time));
+      usb.pullOut();
+      ASSERT_TRUE(test::waitUntil([&] { return gps.statusCount("Не обнаружено данных.") == time; }, kTakeUpMs))
+          << history();
+      EXPECT_FALSE(input.receiverFound());
+      EXPECT_EQ(noConnection, time);
+      ASSERT_TRUE(usb.plugIn(bytes, std::uniform_int_distribution<size_t>(0, bytes.size() / 2)(random)));
+      ASSERT_TRUE(test::waitUntil([&] { return gps.statusCount("NMEA-0183 через COM1") == time + 1; }, kTakeUpMs))
+          << history();
+      EXPECT_GE(gps.statusCount("Поиск данных - Протокол Garmin..."), time) << "the search went on with the other protocol";
+      EXPECT_TRUE(input.isScanning());
+      EXPECT_EQ(input.activeScanThreads(), 1);
+    }
+    EXPECT_EQ(connected, times + 1);
+    input.stopScanning();
+  }
+  EXPECT_EQ(test::leftBehind(before, test::processResources()), "");
+  test::reportTorture("receiver: pulled out and put back " + std::to_string(times) + " times, taken up every time, " +
+                      "nothing left behind of " + std::to_string(before.threads.size()) + " threads and " +
+                      std::to_string(before.descriptors.size()) + " descriptors");
+}
+
+// A port flooded with random bytes at 115200 baud instead of sentences: the scanner reports
+// the broken stream, keeps searching through the flood, takes the receiver up when its
+// sentences return, and leaves no thread or descriptor behind.
+TEST_F(GpsInputTest, AFloodOfRandomBytesIsSurvivedAndTheReceiverTakenUpAfterIt) {
+  const auto bytes = capture("gps/nmea/bu353s4.log");
+  ASSERT_FALSE(bytes.empty());
+  const test::ProcessResources before = test::processResources();
+  const int seconds = test::tortureCount(3, 60);
+  size_t offered = 0, flooded = 0;
+  {
+    PluggedReceiver usb(test::scratchDir("flooded") / "ttyGPS");
+    ASSERT_TRUE(usb.plugIn(bytes, 0));
+    input.addScanDevice(usb.link());
+    input.startScanning();
+    ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
+    usb.stopSending();
+    const int flags = ::fcntl(usb.master(), F_GETFL);
+    ::fcntl(usb.master(), F_SETFL, flags | O_NONBLOCK);  // what the port cannot take is lost, as on a line
+    std::mt19937 random(std::random_device{}());
+    const auto start = std::chrono::steady_clock::now();
+    for (auto now = start; now < start + std::chrono::seconds(seconds); now = std::chrono::steady_clock::now()) {
+      const auto due = static_cast<size_t>(std::chrono::duration_cast<std::chrono::milliseconds>(now - start).count()) *
+                       115200 / 10 / 1000;  // ten bits a byte
+      std::vector<uint8_t> slice(std::min<size_t>(due - offered, 4096));
+      for (uint8_t& b : slice) b = static_cast<uint8_t>(random());
+      offered += slice.size();
+      const ssize_t n = slice.empty() ? 0 : ::write(usb.master(), slice.data(), slice.size());
+      if (n > 0) flooded += static_cast<size_t>(n);
+      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+    }
+    ::fcntl(usb.master(), F_SETFL, flags);
+    EXPECT_TRUE(sawStatus("Ошибка протокола.")) << history();
+    EXPECT_TRUE(input.isScanning());
+    EXPECT_EQ(input.activeScanThreads(), 1);
+    const int found = gps.statusCount("NMEA-0183 через COM1");
+    usb.resume(bytes);
+    ASSERT_TRUE(test::waitUntil([&] { return gps.statusCount("NMEA-0183 через COM1") > found; }, kTakeUpMs))
+        << history();
+    input.stopScanning();
+  }
+  EXPECT_EQ(test::leftBehind(before, test::processResources()), "");
+  test::reportTorture("flood: " + std::to_string(seconds) + " s of random bytes at 115200 baud (" +
+                      std::to_string(offered) + " bytes, " + std::to_string(flooded) +
+                      " taken by the port), receiver taken up after it, nothing left behind of " +
+                      std::to_string(before.threads.size()) + " threads and " +
+                      std::to_string(before.descriptors.size()) + " descriptors");
 }
 
 TEST_F(GpsInputTest, OfTwoPortsTheFirstToSpeakWinsAndTheOtherEnds) {

@@ -10,6 +10,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <memory>
 #include <fstream>
 #include <sstream>
 #include <string>
@@ -17,6 +18,9 @@
 #include <vector>
 
 #include "common/test_data.h"
+#include "common/torture.h"
+#include "core/settings.h"
+#include "gps/gps_input.h"
 #include "gps/gpsd_client.h"
 #include "gps/gpsd_json.h"
 #include "gps/ole_date.h"
@@ -211,52 +215,87 @@ TEST(GpsdClient, StopsWhileNobodyListens) {
   client.join();
 }
 
-// The real thing: Debian's gpsd, fed a capture by gpsfake.
-TEST(GpsdClient, RealGpsdFedByGpsfake) {
-  const auto capture = test::dataFile("gps/nmea/bu353s4.log");
-  if (capture.empty()) GTEST_SKIP() << "no capture";
-  if (::access("/usr/bin/gpsfake", X_OK) != 0 || ::access("/usr/sbin/gpsd", X_OK) != 0) {
-    GTEST_SKIP() << "gpsd and gpsfake are not installed (Debian packages gpsd, gpsd-clients)";
-  }
-  uint16_t port = 0;
-  const int probe = test::listenLocal(port);
-  ASSERT_GE(probe, 0);
-  ::close(probe);
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
+// Debian's gpsd, fed a capture over and over by gpsfake on a loopback port, in a process
+// group of its own so that it is stopped whole.
+class Gpsfake {
+ public:
+  Gpsfake(const std::filesystem::path& capture, uint16_t port) {
+    child_ = ::fork();
+    if (child_ != 0) {
+      if (child_ > 0) ::setpgid(child_, child_);
+      return;
+    }
     ::setpgid(0, 0);
     const std::string portText = std::to_string(port);
     std::freopen("/dev/null", "w", stderr);
     std::freopen("/dev/null", "w", stdout);
-    ::execl("/usr/bin/gpsfake", "gpsfake", "-1", "-q", "-c", "0.05", "-P", portText.c_str(), capture.c_str(),
+    ::execl("/usr/bin/gpsfake", "gpsfake", "-q", "-c", "0.05", "-P", portText.c_str(), capture.c_str(),
             static_cast<char*>(nullptr));
     ::_exit(127);
   }
-  ::setpgid(child, child);
+  ~Gpsfake() {
+    if (child_ <= 0) return;
+    ::kill(-child_, SIGTERM);
+    ::waitpid(child_, nullptr, 0);
+  }
+  Gpsfake(const Gpsfake&) = delete;
+  Gpsfake& operator=(const Gpsfake&) = delete;
+  bool started() const { return child_ > 0; }
 
-  ScanSignals signals;
+ private:
+  pid_t child_ = -1;
+};
+
+// The real thing as the viewer meets it: GPS input with a gpsd source, and a gpsd that is
+// stopped and started again, again and again. Each time the loss is reported and gpsd taken
+// up again within the client's waits; the fixes are the receiver's; in the end no thread or
+// descriptor is left behind.
+TEST(GpsdClient, RealGpsdStoppedAndStartedAgain) {
+  const auto capture = test::dataFile("gps/nmea/bu353s4.log");
+  ASSERT_FALSE(capture.empty());
+  ASSERT_EQ(::access("/usr/bin/gpsfake", X_OK), 0) << "gpsfake is missing (Debian package gpsd-clients)";
+  ASSERT_EQ(::access("/usr/sbin/gpsd", X_OK), 0) << "gpsd is missing (Debian package gpsd)";
+  uint16_t port = 0;
+  const int probe = test::listenLocal(port);
+  ASSERT_GE(probe, 0);
+  ::close(probe);
+  const std::string found = "gpsd через 127.0.0.1:" + std::to_string(port);
+  const test::ProcessResources before = test::processResources();
+  const int times = test::tortureCount(1, 20);
   test::FixCollector sink;
-  HostLookups lookups;
-  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, sink, {}, lookups); });
-  const auto located = [&] {
-    const auto fixes = sink.fixesSoFar();
-    return std::count_if(fixes.begin(), fixes.end(), [](const GpsFix& f) { return f.has(kFixPosition); }) >= 3;
-  };
-  const bool got = test::waitUntil(located, 15000);
-  signals.setStop();
-  client.join();
-  ::kill(-child, SIGTERM);
-  ::waitpid(child, nullptr, 0);
-
-  ASSERT_TRUE(got) << "no fixes from gpsd on port " << port;
-  EXPECT_EQ(sink.statusCount("gpsd через 127.0.0.1:" + std::to_string(port)), 1);
+  {
+    Settings settings;
+    GpsInput input(sink, settings);
+    input.setScanRoots({}, false);
+    input.setGpsdSource("127.0.0.1", port);
+    input.beginScan();
+    for (int time = 0; time <= times; ++time) {
+      SCOPED_TRACE("time " + std::to_string(time));
+      auto gpsd = std::make_unique<Gpsfake>(capture, port);
+      ASSERT_TRUE(gpsd->started());
+      // gpsfake takes a while to start; the client's waits between attempts grow up to 16 s.
+      ASSERT_TRUE(test::waitUntil([&] { return sink.statusCount(found) == time + 1; }, 30000));
+      const size_t fixes = sink.fixesSoFar().size();
+      ASSERT_TRUE(test::waitUntil([&] { return sink.fixesSoFar().size() > fixes; }, 10000));
+      EXPECT_TRUE(input.receiverFound());
+      EXPECT_EQ(input.activeScanThreads(), 1);
+      if (time == times) break;
+      gpsd.reset();  // gpsd goes away, and with it the receiver
+      ASSERT_TRUE(test::waitUntil([&] { return sink.statusCount("Не обнаружено данных.") == time + 1; }, 10000));
+      EXPECT_FALSE(input.receiverFound());
+    }
+    input.stopScanning();
+  }
+  EXPECT_EQ(test::leftBehind(before, test::processResources()), "");
   for (const GpsFix& f : sink.fixes) {
     if (!f.has(kFixPosition)) continue;
     EXPECT_NEAR(f.latitude, -37.7848, 1e-3);
     EXPECT_NEAR(f.longitude, 175.3149, 1e-3);
     EXPECT_TRUE(f.fixType == kFixType2D || f.fixType == kFixType3D) << f.fixType;
   }
+  test::reportTorture("gpsd: stopped and started again " + std::to_string(times) + " times, taken up every time, " +
+                      "nothing left behind of " + std::to_string(before.threads.size()) + " threads and " +
+                      std::to_string(before.descriptors.size()) + " descriptors");
 }
 
 }  // namespace

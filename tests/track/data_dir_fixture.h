@@ -6,7 +6,7 @@
 
 #include <filesystem>
 
-#include "child_process.h"
+#include "common/torture.h"
 #include "common/test_data.h"
 #include "core/message.h"
 #include "core/settings.h"

@@ -10,7 +10,7 @@
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "child_process.h"
+#include "common/torture.h"
 #include "common/gpx_check.h"
 #include "common/tool_run.h"
 #include "data_dir_fixture.h"

@@ -8,12 +8,16 @@
 #include <cstring>
 #include <fcntl.h>
 #include <fstream>
+#include <functional>
+#include <map>
+#include <string_view>
+#include <random>
 #include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
 #include "core/message.h"
-#include "child_process.h"
+#include "common/torture.h"
 #include "common/test_data.h"
 #include "data_dir_fixture.h"
 #include "gps/ole_date.h"
@@ -330,6 +334,75 @@ TEST_F(MpsWriterTest, CrashLeavesThePlaceholders) {
   EXPECT_EQ(bytes[48], 'T');
   EXPECT_EQ(le::load32(bytes.data() + 49 + 10 + 5), kMpsCountPlaceholder);
   EXPECT_FALSE(readMpsFile(bytes));
+}
+
+// Run in a child by the next test: a recording run in a file of its own (the next start
+// carries on in the next file), numbered points at full speed and a new track every 500,
+// until it is killed; counts every point appended.
+TEST_F(MpsWriterTest, DISABLED_RecordUntilKilled) {
+  if (!inChildTest()) GTEST_SKIP();
+  ProgressCounter progress(dir / "progress");
+  int files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(dir)) files += entry.path().extension() == ".mps";
+  trackExport.openTrackFileAt(localTime(2023, 1, 3, 0, files / 60, files % 60));
+  for (uint32_t k = 0;; ++k) {
+    if (k > 0 && k % 500 == 0) trackExport.beginRecordedTrack();
+    const auto n = static_cast<Semicircles>(k);
+    trackExport.appendMpsPoint({n, -n, true, 0.5 * k, true, k, false, 0});
+    progress.set(k + 1);
+  }
+}
+
+// Recording runs killed at random moments: every file reads up to its last whole point, and
+// holds the points in order, none twice, all but at most the one buffer that had not reached
+// the file; the tracks are the ones begun; earlier runs' files are never touched again.
+TEST_F(MpsWriterTest, RunsKilledAtRandomAreReadableUpToTheirLastBatch) {
+  constexpr uint64_t kBufferPoints = kWriterBufferSize / kMpsPointSize + 1;
+  std::mt19937 random(std::random_device{}());
+  ProgressCounter progress(dir / "progress");
+  // Earlier runs' files by their contents' hash.
+  std::map<std::filesystem::path, size_t> earlier;
+  const auto hashOf = [](const std::vector<uint8_t>& bytes) {
+    return std::hash<std::string_view>()({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  };
+  uint64_t appended = 0, read = 0;
+  const int trials = tortureCount(10, 100);
+  for (int trial = 0; trial < trials; ++trial) {
+    SCOPED_TRACE("trial " + std::to_string(trial));
+    progress.set(0);
+    std::function<bool()> recording;
+    if (trial % 4 != 0) recording = [&] { return progress.get() > 0; };
+    const int status = killChildTestAtRandom("MpsWriterTest.DISABLED_RecordUntilKilled", dir, random, 10, recording);
+    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    const uint64_t counted = progress.get();
+    for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+      if (entry.path().extension() != ".mps" || earlier.count(entry.path())) continue;
+      const auto bytes = bytesOf(entry.path());
+      const auto file = readMpsFile(bytes, true);
+      ASSERT_TRUE(file) << entry.path();
+      uint32_t k = 0;
+      for (size_t t = 0; t < file->tracks.size(); ++t) {
+        const MpsTrack& track = file->tracks[t];
+        EXPECT_EQ(track.name, "Track " + std::string(t < 10 ? "00" : t < 100 ? "0" : "") + std::to_string(t));
+        if (t + 1 < file->tracks.size()) {
+          EXPECT_EQ(track.points.size(), 500u);
+        }
+        for (const MpsPoint& point : track.points) {
+          ASSERT_EQ(point, (MpsPoint{static_cast<Semicircles>(k), -static_cast<Semicircles>(k), true, 0.5 * k, true, k,
+                                     false, 0}));
+          ++k;
+        }
+      }
+      ASSERT_LE(k, counted + 1);
+      ASSERT_GE(k + kBufferPoints, counted) << k << " of " << counted << " points reached the file";
+      appended += counted;
+      read += k;
+      earlier[entry.path()] = hashOf(bytes);
+    }
+  }
+  for (const auto& [path, hash] : earlier) EXPECT_EQ(hashOf(bytesOf(path)), hash) << path;
+  reportTorture("mps: " + std::to_string(trials) + " kills while recording, " + std::to_string(appended) +
+                " points appended, " + std::to_string(read) + " read back in order");
 }
 
 TEST_F(MpsWriterTest, FileThatCannotBeCreatedIsReported) {

@@ -2,13 +2,18 @@
 // program wires them.
 #include <gtest/gtest.h>
 
+#include <QImage>
+#include <QPainter>
+
 #include "data_dir_fixture.h"
+#include "gps/demo_replay.h"
 #include "gps/fix_processing.h"
 #include "gps/gps_state.h"
 #include "track/active_track.h"
 #include "track/mps_reader.h"
 #include "track/mps_writer.h"
 #include "track/track_recording.h"
+#include "view/map_view.h"
 
 namespace orvel::test {
 namespace {
@@ -85,6 +90,52 @@ TEST_F(RecordingTest, NothingIsStoredWhileRecordingIsOff) {
   fixes.updateFix(fixAt(2, 2, 45000));
   EXPECT_TRUE(track.activeTrackPoints().empty());
   EXPECT_FALSE(trackExport.isTrackFileOpen());
+}
+
+// A running GPS (the demo replay's thread, through the NMEA protocol) feeds the recorders
+// while this thread does what the interface thread does meanwhile: draws and reads the
+// trail and ends tracks. Nothing is lost or doubled between the two: the ring and the
+// export hold the same points in the same order.
+TEST_F(RecordingTest, RecordersFedByARunningGpsWhileTheInterfaceDrawsAndEndsTracks) {
+  const auto capture = dataFile("gps/nmea/bundg_zeus_9.log");
+  ASSERT_FALSE(capture.empty());
+  track.openTrackStore();
+  track.startRecording();
+  std::tm start{};
+  start.tm_year = 124;
+  start.tm_mday = 2;
+  trackExport.openTrackFileAt(start);
+  const auto mps = trackExport.trackFilePath();
+  DemoReplay replay(fixes);
+  DemoReplayOptions options;
+  options.burstMs = 150;  // well apart for the burst rules, faster than recorded
+  options.setStatus = false;
+  ASSERT_TRUE(replay.startDemoReplay(capture.string(), options));
+  MapView view;
+  view.setScreenSize(240, 320);
+  view.setCentre(degreesToMapUnits(kDemoAnchor.longitude), degreesToMapUnits(kDemoAnchor.latitude));
+  QImage picture(240, 320, QImage::Format_RGB32);
+  for (int round = 0; replay.isDemoReplaying() && replay.demoFixCount() < 12; ++round) {
+    QPainter painter(&picture);
+    track.drawActiveTrack(painter, view);
+    EXPECT_LE(track.activeTrackPoints().size(), kTrackSlots);
+    if (round % 16 == 0) trackExport.beginRecordedTrack();
+  }
+  replay.stopDemoReplay();
+  trackExport.closeTrackFile();
+
+  const auto points = track.activeTrackPoints();
+  const auto raw = readFile(mps);
+  const auto file = readMpsFile(std::vector<uint8_t>(raw.begin(), raw.end()));
+  ASSERT_TRUE(file);
+  std::vector<MpsPoint> exported;
+  for (const MpsTrack& t : file->tracks) exported.insert(exported.end(), t.points.begin(), t.points.end());
+  ASSERT_GE(points.size(), 5u);
+  ASSERT_EQ(points.size(), exported.size());
+  for (size_t i = 0; i < points.size(); ++i) {
+    EXPECT_NEAR(points[i].lon, exported[i].longitude, 64) << i;
+    EXPECT_NEAR(points[i].latitude(), exported[i].latitude, 64) << i;
+  }
 }
 
 }  // namespace

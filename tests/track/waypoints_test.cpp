@@ -2,7 +2,12 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <csignal>
+#include <functional>
+#include <numeric>
+#include <optional>
+#include <random>
 #include <cstring>
 #include <fstream>
 #include <sys/stat.h>
@@ -13,7 +18,7 @@
 
 #include "core/atomic_file.h"
 #include "core/message.h"
-#include "child_process.h"
+#include "common/torture.h"
 #include "common/recording_device.h"
 #include "data_dir_fixture.h"
 #include "track/le_bytes.h"
@@ -299,6 +304,81 @@ TEST_F(WaypointsTest, InterruptedSaveLosesNothing) {
   EXPECT_EQ(fileText(file()), bytes);
   store.loadWaypoints();
   EXPECT_EQ(names(), std::vector<std::u16string>{u"A"});
+}
+
+// The torture below runs through numbered states of the list: state s holds the waypoints of
+// states r .. s, where r is s rounded down to a multiple of kRound, each with its state as
+// its time.
+constexpr uint64_t kRound = 12;
+
+// Run in a child by the next test: carries on from the list on disk, one state after the
+// other, each saved, until it is killed; counts every save that returned.
+TEST_F(WaypointsTest, DISABLED_SaveUntilKilled) {
+  if (!inChildTest()) GTEST_SKIP();
+  ProgressCounter progress(dir / "progress");
+  store.loadWaypoints();
+  uint64_t state = 0;
+  for (const Waypoint& w : store.waypoints()) state = std::max(state, static_cast<uint64_t>(w.time) + 1);
+  for (;; ++state) {
+    if (state % kRound == 0) store.freeWaypoints();
+    store.addWaypoint(10.0f, 20.0f, static_cast<double>(state), 0.0f);
+    progress.set(state + 1);
+  }
+}
+
+// Saves killed at random moments, again and again: the file is always one whole state, the
+// last saved or the one being saved, never a broken one; temporaries of killed saves do not
+// pile up; the next start carries on from what is there.
+TEST_F(WaypointsTest, SavesKilledAtRandomLeaveTheOldOrTheNewList) {
+  std::mt19937 random(std::random_device{}());
+  ProgressCounter progress(dir / "progress");
+  std::optional<uint64_t> newest;
+  uint64_t saves = 0;
+  const int trials = tortureCount(10, 100);
+  for (int trial = 0; trial < trials; ++trial) {
+    SCOPED_TRACE("trial " + std::to_string(trial));
+    progress.set(0);
+    std::function<bool()> saving;
+    if (trial % 4 != 0) saving = [&] { return progress.get() > 0; };
+    const int status = killChildTestAtRandom("WaypointsTest.DISABLED_SaveUntilKilled", dir, random, 30, saving);
+    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
+    const uint64_t counted = progress.get();
+    if (!std::filesystem::exists(file())) {  // killed before the first save ever ended
+      ASSERT_FALSE(newest);
+      ASSERT_EQ(counted, 0u);
+      continue;
+    }
+    std::vector<Waypoint> found;
+    ASSERT_TRUE(parseWaypointFile(readFile(file()), found));
+    std::vector<uint64_t> states;
+    for (const Waypoint& w : found) states.push_back(static_cast<uint64_t>(w.time));
+    std::sort(states.begin(), states.end());
+    ASSERT_FALSE(states.empty());
+    const uint64_t state = states.back();
+    std::vector<uint64_t> whole(state % kRound + 1);
+    std::iota(whole.begin(), whole.end(), state - state % kRound);
+    ASSERT_EQ(states, whole);
+    const uint64_t first = newest ? *newest + 1 : 0;
+    if (counted > 0) {
+      ASSERT_TRUE(state + 1 == counted || state == counted) << state << " after " << counted << " saves";
+    } else {
+      ASSERT_TRUE(state == first || (newest && state == *newest)) << state;
+    }
+    int temporaries = 0;
+    for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+      temporaries += entry.path().filename().string().rfind("Waypoints.bin.tmp-", 0) == 0;
+    }
+    EXPECT_LE(temporaries, 1);
+    saves += state + 1 - first;
+    newest = state;
+  }
+  ASSERT_TRUE(newest);
+  store.loadWaypoints();
+  EXPECT_EQ(static_cast<uint64_t>(std::distance(store.waypoints().begin(), store.waypoints().end())),
+            *newest % kRound + 1);
+  EXPECT_TRUE(recorded.messages().empty());
+  reportTorture("waypoints: " + std::to_string(trials) + " kills while saving, " + std::to_string(saves) +
+                " saves, every file whole");
 }
 
 TEST_F(WaypointsTest, DrawsIconsAndNamesInsideTheVisibleBox) {
