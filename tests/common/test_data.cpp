@@ -1,9 +1,11 @@
 #include "common/test_data.h"
 
+#include <gtest/gtest.h>
+#include <unistd.h>
+
 #include <cstdlib>
 #include <fstream>
 #include <iterator>
-#include <unistd.h>
 
 namespace orvel::test {
 
@@ -14,11 +16,15 @@ std::filesystem::path dataDir() {
 
 std::filesystem::path dataFile(const std::string& relative) {
   auto path = dataDir() / relative;
-  return std::filesystem::exists(path) ? path : std::filesystem::path{};
+  if (!std::ifstream(path, std::ios::binary) || std::filesystem::is_directory(path)) {
+    ADD_FAILURE() << "cannot read the test data file " << path;
+  }
+  return path;
 }
 
 std::vector<unsigned char> readFile(const std::filesystem::path& path) {
   std::ifstream in(path, std::ios::binary);
+  if (!in) ADD_FAILURE() << "cannot read " << path;
   return {std::istreambuf_iterator<char>(in), std::istreambuf_iterator<char>()};
 }
 

@@ -6,13 +6,15 @@
 
 namespace orvel::test {
 
-// The shared data folder: $ORVEL_TEST_DATA if set, else the CMake variable ORVEL_TEST_DATA.
+// The data folder: $ORVEL_TEST_DATA if set, else the CMake variable ORVEL_TEST_DATA
+// (tests/data of the checkout).
 std::filesystem::path dataDir();
 
-// dataDir() / relative, or an empty path (and a GoogleTest skip message) when it is missing.
+// dataDir() / relative. A file that is missing or cannot be read fails the calling test,
+// naming its path.
 std::filesystem::path dataFile(const std::string& relative);
 
-// The whole file as bytes; empty when it cannot be read.
+// The whole file as bytes. A file that cannot be read fails the calling test, naming its path.
 std::vector<unsigned char> readFile(const std::filesystem::path& path);
 
 // A fresh empty folder below the system's temporary folder, removed at process exit.

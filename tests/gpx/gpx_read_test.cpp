@@ -20,7 +20,7 @@ using test::BabelPoint;
 
 std::vector<std::filesystem::path> sharedGpxFiles() {
   std::vector<std::filesystem::path> files;
-  const std::filesystem::path folder = test::dataFile("gpx");
+  const std::filesystem::path folder = test::dataDir() / "gpx";
   if (folder.empty()) return files;
   for (const auto& entry : std::filesystem::directory_iterator(folder)) {
     if (entry.path().extension() == ".gpx") files.push_back(entry.path());
