@@ -103,8 +103,14 @@ TEST_F(GpsInputTest, FindsAnNmeaReceiverAndHandsOnItsFixes) {
       return found;
     };
 
+    // Each case's pseudo-terminal is a new device, which keeps a number of its own.
+    int number = 0;
+    for (const SerialPortInfo& port : input.scanPortList()) {
+      if (port.path == pty.slavePath()) number = port.number;
+    }
+    ASSERT_GT(number, 0);
     input.startScanning();
-    ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
+    ASSERT_TRUE(waitStatus("NMEA-0183 через COM" + std::to_string(number))) << history();
     EXPECT_TRUE(sawStatus("Поиск данных - NMEA-0183..."));
     EXPECT_TRUE(input.receiverFound());
     // Several reads later the receiver is still kept: no read broke the protocol.
