@@ -263,6 +263,12 @@ TEST(GpsdClient, RealGpsdStoppedAndStartedAgain) {
   const test::ProcessResources before = test::processResources();
   const int times = test::tortureCount(1, 20);
   test::FixCollector sink;
+  const auto history = [&] {
+    std::lock_guard lock(sink.mutex);
+    std::string out;
+    for (const auto& status : sink.statuses) out += "[" + status + "] ";
+    return out;
+  };
   {
     Settings settings;
     GpsInput input(sink, settings);
@@ -273,15 +279,17 @@ TEST(GpsdClient, RealGpsdStoppedAndStartedAgain) {
       SCOPED_TRACE("time " + std::to_string(time));
       auto gpsd = std::make_unique<Gpsfake>(capture, port);
       ASSERT_TRUE(gpsd->started());
-      // gpsfake takes a while to start; the client's waits between attempts grow up to 16 s.
-      ASSERT_TRUE(test::waitUntil([&] { return sink.statusCount(found) == time + 1; }, 30000));
+      // gpsfake takes a while to start, and the client's waits between attempts grow up to
+      // half a minute.
+      ASSERT_TRUE(test::waitUntil([&] { return sink.statusCount(found) == time + 1; }, 45000)) << history();
       const size_t fixes = sink.fixesSoFar().size();
       ASSERT_TRUE(test::waitUntil([&] { return sink.fixesSoFar().size() > fixes; }, 10000));
       EXPECT_TRUE(input.receiverFound());
       EXPECT_EQ(input.activeScanThreads(), 1);
       if (time == times) break;
       gpsd.reset();  // gpsd goes away, and with it the receiver
-      ASSERT_TRUE(test::waitUntil([&] { return sink.statusCount("Не обнаружено данных.") == time + 1; }, 10000));
+      ASSERT_TRUE(test::waitUntil([&] { return sink.statusCount("Не обнаружено данных.") == time + 1; }, 10000))
+          << history();
       EXPECT_FALSE(input.receiverFound());
     }
     input.stopScanning();
