@@ -293,6 +293,7 @@ TEST(GpsdClient, RealGpsdStoppedAndStartedAgain) {
   const std::string found = "gpsd через 127.0.0.1:" + std::to_string(port);
   const test::ProcessResources before = test::processResources();
   const int times = test::tortureCount(1, 20);
+  int feedless = 0;  // gpsfake runs that never fed their gpsd
   test::FixCollector sink;
   const auto history = [&] {
     std::lock_guard lock(sink.mutex);
@@ -312,6 +313,7 @@ TEST(GpsdClient, RealGpsdStoppedAndStartedAgain) {
       for (int start = 1; start < 4 && !gpsdReports(port, 10000); ++start) {
         gpsd.reset();  // that gpsd never had the receiver: start again
         gpsd = std::make_unique<Gpsfake>(capture, port);
+        ++feedless;
       }
       ASSERT_TRUE(gpsd->started());
       // gpsfake takes a while to start, and the client's waits between attempts grow up to
@@ -336,7 +338,8 @@ TEST(GpsdClient, RealGpsdStoppedAndStartedAgain) {
     EXPECT_NEAR(f.longitude, 175.3149, 1e-3);
     EXPECT_TRUE(f.fixType == kFixType2D || f.fixType == kFixType3D) << f.fixType;
   }
-  test::reportTorture("gpsd: stopped and started again " + std::to_string(times) + " times, taken up every time, " +
+  test::reportTorture("gpsd: stopped and started again " + std::to_string(times) + " times (" +
+                      std::to_string(feedless) + " gpsfake starts without the receiver left out), taken up every time, " +
                       "nothing left behind of " + std::to_string(before.threads.size()) + " threads and " +
                       std::to_string(before.descriptors.size()) + " descriptors");
 }
