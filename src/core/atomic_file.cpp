@@ -44,14 +44,17 @@ void removeStaleTemporaries(const std::filesystem::path& target) {
   const std::string prefix = target.filename().string() + ".tmp-";
   const std::filesystem::path folder = target.parent_path().empty() ? "." : target.parent_path();
   std::error_code error;
-  for (auto it = std::filesystem::directory_iterator(folder, error); !error && it != std::filesystem::directory_iterator();
-       it.increment(error)) {
+  const std::filesystem::directory_iterator end;
+  for (auto it = std::filesystem::directory_iterator(folder, error); !error && it != end; it.increment(error)) {
     const std::string name = it->path().filename().string();
     if (name.compare(0, prefix.size(), prefix) != 0) continue;
+    // <target>.tmp-<pid>-<random>
     pid_t pid = 0;
     size_t i = prefix.size();
-    for (; i < name.size() && name[i] >= '0' && name[i] <= '9' && pid < 100000000; ++i) pid = pid * 10 + (name[i] - '0');
-    if (pid <= 0 || i == prefix.size() || i >= name.size() || name[i] != '-') continue;
+    for (; i < name.size() && name[i] >= '0' && name[i] <= '9' && pid < 100000000; ++i) {
+      pid = pid * 10 + (name[i] - '0');
+    }
+    if (pid <= 0 || i >= name.size() || name[i] != '-') continue;
     if (::kill(pid, 0) == 0 || errno != ESRCH) continue;
     ::unlink(it->path().c_str());
   }

@@ -217,7 +217,7 @@ TEST_F(GpsInputTest, AReceiverPulledOutAndPutBackIsTakenUpEveryTime) {
       ASSERT_TRUE(usb.plugIn(bytes, std::uniform_int_distribution<size_t>(0, bytes.size() / 2)(random)));
       ASSERT_TRUE(test::waitUntil([&] { return gps.statusCount("NMEA-0183 через COM1") == time + 1; }, kTakeUpMs))
           << history();
-      EXPECT_GE(gps.statusCount("Поиск данных - Протокол Garmin..."), time) << "the search went on with the other protocol";
+      EXPECT_GE(gps.statusCount("Поиск данных - Протокол Garmin..."), time) << "the search went on with Garmin";
       EXPECT_TRUE(input.isScanning());
       EXPECT_EQ(input.activeScanThreads(), 1);
     }
