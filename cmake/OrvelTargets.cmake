@@ -13,6 +13,13 @@ if(ORVEL_SANITIZE)
     -fsanitize=address,undefined -fno-sanitize-recover=all -fno-omit-frame-pointer)
   target_link_options(orvel_options INTERFACE -fsanitize=address,undefined)
 endif()
+if(ORVEL_TSAN)
+  if(ORVEL_SANITIZE)
+    message(FATAL_ERROR "ORVEL_TSAN and ORVEL_SANITIZE cannot be combined: ThreadSanitizer runs alone")
+  endif()
+  target_compile_options(orvel_options INTERFACE -fsanitize=thread -fno-omit-frame-pointer)
+  target_link_options(orvel_options INTERFACE -fsanitize=thread)
+endif()
 
 # orvel_library(NAME DIR [DEPS ...]): a static library of every .cpp in DIR (not below it).
 function(orvel_library name dir)

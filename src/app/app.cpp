@@ -6,13 +6,18 @@
 #include <QGuiApplication>
 #include <QScreen>
 #include <QTimer>
+#include <QTranslator>
 #include <cstdio>
+#include <memory>
 
 #include "app/desktop_entry.h"
+#include "app/dialog_fit.h"
 #include "app/dialogs.h"
 #include "app/gps_notification.h"
 #include "app/main_window.h"
 #include "app/page_framework.h"
+#include "app/qt_translation.h"
+#include "app/screen_probe.h"
 #include "app/session.h"
 #include "app/single_instance.h"
 #include "geo/units.h"
@@ -37,8 +42,6 @@ namespace orvel {
 
 namespace {
 
-// Screens at most this size in either direction get the whole screen.
-constexpr int kSmallScreen = 640;
 constexpr QSize kDesktopWindowSize(800, 600);
 
 QString demoMapPath() {
@@ -89,13 +92,14 @@ void runOptions(MainWindow& window) {
     }
   };
   actions.redrawMap = [&mapPage] { mapPage.compose(); };
-  runOptionsDialog(&window, session.gpsInput, session.settings, std::move(actions));
+  runOptionsDialog(&window, session.gpsInput, session.settings, std::move(actions),
+                   [&window](QDialog& dialog) { return window.runDialog(dialog); });
 }
 
 void placeWindow(MainWindow& window) {
   const QScreen* screen = QGuiApplication::primaryScreen();
   const QRect available = screen->availableGeometry();
-  if (available.width() <= kSmallScreen || available.height() <= kSmallScreen) {
+  if (isSmallScreen(available)) {
     window.setGeometry(available);
     window.showMaximized();
   } else {
@@ -104,10 +108,15 @@ void placeWindow(MainWindow& window) {
   }
 }
 
-// The map page draws the recorded trail and the waypoints over the map, and the position
-// marker while GPS input runs.
+// The map page draws the GPX file shown, the recorded trail and the waypoints over the map,
+// and the position marker while GPS input runs. The marker stands where the fix's position
+// fields say even when the fix holds no valid position (a receiver that lost its fix keeps
+// the last one).
 void connectMapLayers(MapPage& page, Session& session) {
   ViewComposer& composer = page.composer();
+  composer.setGpxLayer([&session](QPainter& painter, const MapView& view, const MapRect& visible) {
+    session.gpxLayer.drawGpx(painter, session.drawing, view, visible);
+  });
   composer.setTrackLayer([&session](QPainter& painter, const MapView& view, const MapRect&) {
     session.track.drawActiveTrack(painter, view);
   });
@@ -117,7 +126,6 @@ void connectMapLayers(MapPage& page, Session& session) {
   composer.setPositionSource([&session]() -> std::optional<PositionSnapshot> {
     if (session.gpsInput.isGpsInputShutDown()) return std::nullopt;
     const GpsFix fix = session.gps.currentFix();
-    if (!(fix.flags & kFixPosition)) return std::nullopt;
     PositionSnapshot position;
     position.longitude = fix.longitude;
     position.latitude = fix.latitude;
@@ -170,6 +178,20 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
     std::fprintf(stderr, "orvel: %s\n", qPrintable(commandLine.error));
     return kExitBadCommandLine;
   }
+  // One viewer per user, settled before anything else: a viewer that holds the lock, even
+  // one still starting, takes over this start, and nothing here is touched.
+  InstanceServer server;
+  if (!server.claim()) {
+    QStringList forwarded;
+    if (!commandLine.mapPath.isEmpty()) forwarded << commandLine.mapPath;
+    sendToRunningInstance(forwarded);
+    return kExitAnotherInstance;
+  }
+  if (server.listening()) testLog(QStringLiteral("listening"));
+
+  QTranslator qtTexts;
+  installQtTranslation(qtTexts);
+
   Session session(ensureDataFolder());
   for (const QString& source : commandLine.gpsSources) {
     std::string error;
@@ -178,11 +200,6 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
       return kExitBadCommandLine;
     }
   }
-
-  // Another viewer running takes over this start; nothing here is touched.
-  QStringList forwarded;
-  if (!commandLine.mapPath.isEmpty()) forwarded << commandLine.mapPath;
-  if (sendToRunningInstance(forwarded)) return kExitAnotherInstance;
 
   if (!QGuiApplication::primaryScreen()) return kExitNoWindow;
   Settings& settings = session.settings;
@@ -195,9 +212,14 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
   // from there; no font file is written into the system.
 
   MainWindow window(session);
-  if (!headless()) session.messages.setSink(messageBoxSink(&window));
+  if (!headless()) session.messages.setSink(messageBoxSink(window.dialogs(), &window));
 
-  InstanceServer server([&window](const QStringList& received) {
+  std::unique_ptr<ScreenProbe> probe;
+  if (const QString log = qEnvironmentVariable("ORVEL_TEST_LOG"); !log.isEmpty()) {
+    probe = std::make_unique<ScreenProbe>(window, log, qEnvironmentVariable("ORVEL_TEST_SHOTS"));
+  }
+
+  server.setHandler([&window](const QStringList& received) {
     window.raiseWindow();
     const CommandLine line = parseCommandLine(received);
     testLog(QStringLiteral("raised"));
@@ -206,7 +228,6 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
       testLog(QStringLiteral("opened ") + line.mapPath);
     }
   });
-  if (server.listen()) testLog(QStringLiteral("listening"));
 
   PageSet& pages = window.pages();
   pages.initPages(window);
@@ -254,12 +275,18 @@ int appMain(const QStringList& arguments, const RunningHook& onRunning) {
   session.waypoints.loadWaypoints();
   MapPage& mapPage = pages.mapPage();
   connectMapLayers(mapPage, session);
+  // The GPX file shown at the last exit is shown again; one that is gone is told and forgotten.
+  const std::u16string track = settings.readSettingString("GpxFile", u"");
+  if (!track.empty() && !window.openTrack(QString::fromStdU16String(track), false)) {
+    settings.writeSettingString("GpxFile", u"");
+  }
   mapPage.compose();
 
   if (onRunning) QTimer::singleShot(0, &window, [&] { onRunning(session, window); });
   const int status = QApplication::exec();
   (void)status;
 
+  server.setHandler(nullptr);
   stopPortScanning(session.gpsInput);
   session.fixes.setFixObserver(FixObserver{});
   session.trackExport.closeTrackFile();

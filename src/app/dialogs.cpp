@@ -4,16 +4,22 @@
 #include <QApplication>
 #include <QDesktopServices>
 #include <QDialog>
+#include <QDialogButtonBox>
 #include <QFileDialog>
 #include <QFrame>
+#include <QGuiApplication>
+#include <QHBoxLayout>
 #include <QLabel>
 #include <QMenu>
-#include <QMessageBox>
 #include <QPushButton>
+#include <QScreen>
+#include <QStyle>
 #include <QUrl>
 #include <QVBoxLayout>
 
 #include "core/message.h"
+#include "app/dialog_fit.h"
+#include "app/map_file_dialog.h"
 #include "app/program_icon.h"
 
 namespace orvel {
@@ -49,13 +55,42 @@ QFont linkFont(const QFont& base) {
 
 }  // namespace
 
-MessageSink messageBoxSink(QWidget* owner) {
-  return [owner](const std::string& text) {
-    QMessageBox::critical(owner, caption(), QString::fromStdString(text));
+std::unique_ptr<QDialog> makeMessageDialog(QWidget* owner, const QString& text) {
+  auto dialog = std::make_unique<QDialog>(owner);
+  dialog->setObjectName(QStringLiteral("messageBox"));
+  dialog->setWindowTitle(caption());
+  auto* layout = new QVBoxLayout(dialog.get());
+  auto* row = new QHBoxLayout;
+  auto* icon = new QLabel(dialog.get());
+  icon->setPixmap(dialog->style()->standardIcon(QStyle::SP_MessageBoxCritical).pixmap(32, 32));
+  icon->setAlignment(Qt::AlignTop);
+  row->addWidget(icon);
+  auto* message = new QLabel(text, dialog.get());
+  message->setObjectName(QStringLiteral("messageText"));
+  message->setWordWrap(true);
+  message->setAlignment(Qt::AlignLeft | Qt::AlignTop);
+  message->setTextInteractionFlags(Qt::TextSelectableByMouse);
+  row->addWidget(message, 1);
+  layout->addLayout(row);
+  auto* buttons = new QDialogButtonBox(QDialogButtonBox::Ok, dialog.get());
+  buttons->button(QDialogButtonBox::Ok)->setObjectName(QStringLiteral("1"));
+  QObject::connect(buttons, &QDialogButtonBox::accepted, dialog.get(), &QDialog::accept);
+  layout->addWidget(buttons);
+  return dialog;
+}
+
+MessageSink messageBoxSink(const DialogRunners& runners, QWidget* owner) {
+  return [&runners, owner](const std::string& text) {
+    const std::unique_ptr<QDialog> box = makeMessageDialog(owner, QString::fromStdString(text));
+    runners.runDialog(*box);
   };
 }
 
 int DialogRunners::runDialog(QDialog& shown) const {
+  const QWidget* owner = shown.parentWidget();
+  if (const QScreen* screen = owner ? owner->screen() : QGuiApplication::primaryScreen()) {
+    fitDialogToScreen(shown, screen->availableGeometry(), owner ? owner->window()->frameGeometry() : QRect());
+  }
   if (dialog) return dialog(shown);
   return shown.exec();
 }
@@ -65,13 +100,21 @@ QAction* DialogRunners::runPopupMenu(QMenu& menu, const QPoint& globalPos) const
   return menu.exec(globalPos);
 }
 
-QString DialogRunners::chooseMapFile(QWidget* owner) const {
-  if (mapFile) return mapFile(owner);
-  // The patterns follow in a second pair of brackets that the dialog hides, so the user
-  // reads the filter's own text while both extensions match.
-  return QFileDialog::getOpenFileName(owner, QString(), QString(),
-                                      QStringLiteral("Все форматы (*.orv,*.img) (*.orv *.img)"),
-                                      nullptr, QFileDialog::HideNameFilterDetails);
+QString DialogRunners::chooseFile(QWidget* owner, const QString& folder, const char* filter) const {
+  const QScreen* screen = owner ? owner->screen() : QGuiApplication::primaryScreen();
+  const bool small = screen && isSmallScreen(screen->availableGeometry());
+  const std::unique_ptr<QFileDialog> chooser = makeOpenFileDialog(owner, folder, filter, small);
+  if (runDialog(*chooser) != QDialog::Accepted) return {};
+  const QStringList chosen = chooser->selectedFiles();
+  return chosen.isEmpty() ? QString() : chosen.front();
+}
+
+QString DialogRunners::chooseMapFile(QWidget* owner, const QString& folder) const {
+  return mapFile ? mapFile(owner) : chooseFile(owner, folder, kMapFileFilter);
+}
+
+QString DialogRunners::chooseGpxFile(QWidget* owner) const {
+  return gpxFile ? gpxFile(owner) : chooseFile(owner, QString(), kGpxFileFilter);
 }
 
 void showWaitCursor() { QApplication::setOverrideCursor(Qt::WaitCursor); }
@@ -152,11 +195,12 @@ std::unique_ptr<QDialog> makeAboutDialog(QWidget* owner) {
   addLine(QStringLiteral("http://opendatacommons.org/licenses/odbl/"), "link2");
   layout->addWidget(group);
 
-  auto* close = new QPushButton(QStringLiteral("Закрыть"), dialog.get());
+  auto* buttons = new QDialogButtonBox(dialog.get());
+  QPushButton* close = buttons->addButton(QStringLiteral("Закрыть"), QDialogButtonBox::RejectRole);
   close->setObjectName(QStringLiteral("2"));
   QDialog* raw = dialog.get();
   QObject::connect(close, &QPushButton::clicked, raw, [raw] { raw->done(2); });
-  layout->addWidget(close);
+  layout->addWidget(buttons);
 
   installHyperlinkHook(*dialog);
   return dialog;

@@ -17,8 +17,13 @@ class QWidget;
 
 namespace orvel {
 
-// A sink that shows each message in a modal "ГИС Орвел" error box owned by `owner`.
-MessageSink messageBoxSink(QWidget* owner);
+struct DialogRunners;
+
+// The program's message box: caption "ГИС Орвел", the error icon, the text and one OK button.
+std::unique_ptr<QDialog> makeMessageDialog(QWidget* owner, const QString& text);
+// A sink that shows each message in that box, owned by `owner` and run by `runners`; both
+// must outlive the sink.
+MessageSink messageBoxSink(const DialogRunners& runners, QWidget* owner);
 
 using DialogRunner = std::function<int(QDialog& dialog)>;
 using PopupRunner = std::function<QAction*(QMenu& menu, const QPoint& globalPos)>;
@@ -30,13 +35,22 @@ struct DialogRunners {
   DialogRunner dialog;
   PopupRunner popup;
   FileChooser mapFile;
+  FileChooser gpxFile;
 
-  // Runs the dialog modally and returns its end code.
+  // Fits the dialog to its owner's screen (dialog_fit.h), then runs it modally and returns
+  // its end code. Every dialog of the program runs through here.
   int runDialog(QDialog& dialog) const;
   // Shows the menu at the screen point; returns the chosen action or null.
   QAction* runPopupMenu(QMenu& menu, const QPoint& globalPos) const;
-  // The open-file dialog for maps ("Все форматы (*.orv,*.img)"); empty when cancelled.
-  QString chooseMapFile(QWidget* owner) const;
+  // The open-file dialog for maps (map_file_dialog.h), opening in `folder`; empty when
+  // cancelled.
+  QString chooseMapFile(QWidget* owner, const QString& folder) const;
+  // The open-file dialog for GPX tracks ("Треки GPX (*.gpx)"); empty when cancelled.
+  QString chooseGpxFile(QWidget* owner) const;
+
+ private:
+  // The file chosen in the finger-usable open-file dialog; empty when cancelled.
+  QString chooseFile(QWidget* owner, const QString& folder, const char* filter) const;
 };
 
 void showWaitCursor();

@@ -1,11 +1,14 @@
 #include "app/main_window.h"
 
+#include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <memory>
 
+#include <QAction>
 #include <QApplication>
 #include <QDialog>
+#include <QFileInfo>
 #include <QCloseEvent>
 #include <QKeyEvent>
 #include <QLabel>
@@ -13,11 +16,15 @@
 #include <QPainter>
 #include <QStatusBar>
 #include <QTimer>
+#include <QTouchEvent>
+#include <QWheelEvent>
 
 #include "app/program_icon.h"
 #include "app/session.h"
 #include "geo/units.h"
+#include "core/message.h"
 #include "gps/gps_state.h"
+#include "gpx/layer/gpx_layer.h"
 #include "pages/commands.h"
 #include "pages/map_page.h"
 
@@ -33,9 +40,27 @@ class ClientArea : public QWidget {
     setAttribute(Qt::WA_OpaquePaintEvent);
     setAttribute(Qt::WA_NoSystemBackground);
     setMinimumSize(64, 64);
+    setAttribute(Qt::WA_AcceptTouchEvents);
   }
 
  protected:
+  bool event(QEvent* e) override {
+    switch (e->type()) {
+      case QEvent::TouchBegin:
+      case QEvent::TouchUpdate:
+      case QEvent::TouchEnd:
+      case QEvent::TouchCancel:
+        window_->touched(e->type(), static_cast<QTouchEvent*>(e)->points());
+        e->accept();
+        return true;
+      default:
+        return QWidget::event(e);
+    }
+  }
+  void wheelEvent(QWheelEvent* e) override {
+    window_->wheelTurned(e->angleDelta().y());
+    e->accept();
+  }
   void paintEvent(QPaintEvent*) override { window_->clientPaint(); }
   void resizeEvent(QResizeEvent*) override { window_->clientResized(); }
   void mousePressEvent(QMouseEvent* e) override { window_->penPress(e->button(), e->position().toPoint()); }
@@ -138,6 +163,12 @@ void MainWindow::onCommand(int commandId) {
     case kCmdOpen:
       openMapFromDialog();
       return;
+    case kCmdOpenTrack:
+      openTrackFromDialog();
+      return;
+    case kCmdCloseTrack:
+      closeTrack();
+      return;
     case kCmdOptions:
       if (optionsHandler_) optionsHandler_();
       return;
@@ -162,8 +193,11 @@ void MainWindow::savePointAtCentre() {
 }
 
 void MainWindow::openMapFromDialog() {
-  const QString path = dialogs_.chooseMapFile(this);
+  // The chooser opens where the user last found a map.
+  const QString folder = QString::fromStdU16String(session_.settings.readSettingString("MapFolder", u"", 1024));
+  const QString path = dialogs_.chooseMapFile(this, folder);
   if (path.isEmpty()) return;
+  session_.settings.writeSettingString("MapFolder", QFileInfo(path).absolutePath().toStdU16String());
   openMap(path);
 }
 
@@ -172,6 +206,34 @@ void MainWindow::openMap(const QString& path) {
   session_.map.openMapFile(std::filesystem::path(path.toStdString()), session_.view);
   pages_.mapPage().compose();
   restoreArrowCursor();
+}
+
+void MainWindow::openTrackFromDialog() {
+  const QString path = dialogs_.chooseGpxFile(this);
+  if (!path.isEmpty()) openTrack(path, true);
+}
+
+bool MainWindow::openTrack(const QString& path, bool showWhole) {
+  showWaitCursor();
+  QString error;
+  const bool opened = session_.gpxLayer.openGpx(std::filesystem::path(path.toStdString()), error);
+  restoreArrowCursor();
+  if (!opened) {
+    showMessage(session_.messages, "Не удается открыть трек %s:\n%s", qPrintable(path), qPrintable(error));
+    return false;
+  }
+  session_.settings.writeSettingString("GpxFile", path.toStdU16String());
+  if (QAction* close = commandAction(kCmdCloseTrack)) close->setEnabled(true);
+  if (showWhole) fitViewTo(session_.view, session_.gpxLayer.bounds());
+  pages_.mapPage().compose();
+  return true;
+}
+
+void MainWindow::closeTrack() {
+  session_.gpxLayer.closeGpx();
+  session_.settings.writeSettingString("GpxFile", u"");
+  if (QAction* close = commandAction(kCmdCloseTrack)) close->setEnabled(false);
+  pages_.mapPage().compose();
 }
 
 void MainWindow::closeEvent(QCloseEvent* event) {
@@ -293,6 +355,7 @@ void MainWindow::penMove(QPoint at) {
     // Moved: not a tap-and-hold but a pen that went down where the press began.
     holdTimer_->stop();
     holdPending_ = false;
+    penDown_ = true;
     pages_.currentPage().onPenDown(holdPoint_.x(), holdPoint_.y());
   }
   pages_.currentPage().onPenMove(at.x(), at.y());
@@ -309,7 +372,68 @@ void MainWindow::penRelease(Qt::MouseButton button, QPoint at) {
     holdPending_ = false;
     pages_.currentPage().onPenDown(holdPoint_.x(), holdPoint_.y());
   }
+  penDown_ = false;
   pages_.currentPage().onPenUp(at.x(), at.y());
+}
+
+void MainWindow::wheelTurned(int angleDelta) {
+  constexpr int kNotch = 120;
+  wheelRemainder_ += angleDelta;
+  const int steps = wheelRemainder_ / kNotch;
+  wheelRemainder_ -= steps * kNotch;
+  zoomSteps(steps);
+}
+
+void MainWindow::touched(QEvent::Type type, const QList<QEventPoint>& points) {
+  if (!pages_.pagesReady()) return;
+  QList<QPointF> down;
+  for (const QEventPoint& point : points) {
+    if (point.state() != QEventPoint::Released) down << point.position();
+  }
+  const bool ends = type == QEvent::TouchEnd || type == QEvent::TouchCancel;
+  if (!pinching_ && down.size() >= 2 && !ends) {
+    // A second finger: the pen of the first ends where it began, and the pinch starts.
+    if (holdPending_) {
+      holdTimer_->stop();
+      holdPending_ = false;
+    } else if (penDown_) {
+      penDown_ = false;
+      pages_.currentPage().onPenUp(holdPoint_.x(), holdPoint_.y());
+    }
+    swallowUntilRelease_ = false;
+    pinching_ = true;
+    pinchStartDistance_ = std::hypot(down[1].x() - down[0].x(), down[1].y() - down[0].y());
+    pinchSteps_ = 0;
+    return;
+  }
+  if (pinching_) {
+    if (down.size() >= 2 && pinchStartDistance_ > 0.0) {
+      constexpr double kStepFactor = 1.5;
+      const double distance = std::hypot(down[1].x() - down[0].x(), down[1].y() - down[0].y());
+      if (distance > 0.0) {
+        const int target = static_cast<int>(std::log(distance / pinchStartDistance_) / std::log(kStepFactor));
+        zoomSteps(target - pinchSteps_);
+        pinchSteps_ = target;
+      }
+    }
+    if (ends) pinching_ = false;
+    return;
+  }
+  if (points.isEmpty()) return;
+  const QPoint at = points.front().position().toPoint();
+  if (type == QEvent::TouchBegin) {
+    penPress(Qt::LeftButton, at);
+  } else if (ends) {
+    penRelease(Qt::LeftButton, at);
+  } else {
+    penMove(at);
+  }
+}
+
+void MainWindow::zoomSteps(int steps) {
+  if (steps == 0 || !pages_.pagesReady() || !pages_.currentPage().canZoom()) return;
+  // Each step composes once, as a zoom key does.
+  for (int i = 0; i < std::abs(steps); ++i) pages_.currentPage().onCommand(steps > 0 ? kCmdZoomIn : kCmdZoomOut);
 }
 
 bool MainWindow::keyDown(int qtKey, bool autoRepeat) {

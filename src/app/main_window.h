@@ -6,6 +6,8 @@
 #include <map>
 #include <string>
 
+#include <QEvent>
+#include <QEventPoint>
 #include <QImage>
 #include <QMainWindow>
 #include <QPoint>
@@ -88,6 +90,12 @@ class MainWindow : public QMainWindow, public PageHost {
 
   // Opens a map with the wait cursor and composes the view.
   void openMap(const QString& path);
+  // Shows a GPX file over the map (replacing the one shown) and remembers it in the setting
+  // "GpxFile"; `showWhole` moves the view onto it. A file that is not a whole GPX file is
+  // told in a message and changes nothing. Returns whether it is shown.
+  bool openTrack(const QString& path, bool showWhole);
+  // Removes the GPX file from the map and forgets it.
+  void closeTrack();
   // Brings the window to the front (another start asked for it).
   void raiseWindow();
   // What "Настройки" runs; the program installs the options dialog at start-up.
@@ -101,6 +109,14 @@ class MainWindow : public QMainWindow, public PageHost {
   void penRelease(Qt::MouseButton button, QPoint at);
   bool keyDown(int qtKey, bool autoRepeat);
   bool keyUp(int qtKey, bool autoRepeat);
+  // The mouse wheel turned by `angleDelta` eighths of a degree (120 a notch, away from the
+  // user positive): one zoom step in or out per notch, halves adding up.
+  void wheelTurned(int angleDelta);
+  // Touch: one finger is the pen; two fingers pinch, one zoom step per factor of 1.5 by
+  // which their distance grew or shrank since they touched.
+  void touched(QEvent::Type type, const QList<QEventPoint>& points);
+  // Zoom steps of the current page, as its zoom commands make them: in for positive.
+  void zoomSteps(int steps);
 
  protected:
   // Closing the window ends the program, as destroying it always did.
@@ -115,6 +131,7 @@ class MainWindow : public QMainWindow, public PageHost {
   void buildMenuBar();
   void addCommand(QMenu* menu, const QString& text, int commandId);
   void openMapFromDialog();
+  void openTrackFromDialog();
   void savePointAtCentre();
   void updateStatusText();
 
@@ -131,7 +148,13 @@ class MainWindow : public QMainWindow, public PageHost {
   QTimer* holdTimer_ = nullptr;
   bool holdPending_ = false;
   bool swallowUntilRelease_ = false;
+  bool penDown_ = false;  // the page had a pen-down and waits for its pen-up
   QPoint holdPoint_;
+
+  int wheelRemainder_ = 0;
+  bool pinching_ = false;
+  double pinchStartDistance_ = 0.0;
+  int pinchSteps_ = 0;
 };
 
 // Maps a Qt key to the virtual key code pages see (arrows, the action key).

@@ -57,6 +57,9 @@ void MainWindow::buildMenuBar() {
   addCommand(file, QStringLiteral("Сохранить точку..."), kCmdSavePoint);
   file->addSeparator();
   addCommand(file, QStringLiteral("&Открыть...\tCtrl+O"), kCmdOpen);
+  addCommand(file, QStringLiteral("Открыть трек..."), kCmdOpenTrack);
+  addCommand(file, QStringLiteral("Закрыть трек"), kCmdCloseTrack);
+  actions_[kCmdCloseTrack]->setEnabled(false);  // until a track is shown
 
   viewMenu_ = bar->addMenu(QStringLiteral("Вид"));
   addCommand(viewMenu_, QStringLiteral("Увеличить"), kCmdZoomIn);

@@ -1,7 +1,8 @@
 #pragma once
 // Everything the running viewer keeps, owned in one place for the program's lifetime: the
 // settings, the message box's sink, the view and the map shown, the shared drawing objects
-// and map styles, the recorded trail, its export and the waypoints, the receiver's state, fix
+// and map styles, the GPX file shown over the map, the recorded trail, its export and the
+// waypoints, the receiver's state, fix
 // processing and the GPS input with its reading threads. main() makes one;
 // whatever needs a part of it is handed that part by reference. Two sessions live side by
 // side without touching each other (tests do that).
@@ -12,6 +13,7 @@
 #include "gps/fix_processing.h"
 #include "gps/gps_input.h"
 #include "gps/gps_state.h"
+#include "gpx/layer/gpx_layer.h"
 #include "map/catalogue/map_styles.h"
 #include "map/current_map.h"
 #include "track/active_track.h"
@@ -38,6 +40,7 @@ class Session {
   CurrentMap map{messages};
   const DrawingObjects drawing;
   const MapStyles styles;
+  GpxLayer gpxLayer;
   ActiveTrack track;
   TrackExport trackExport;
   WaypointStore waypoints;

@@ -1,17 +1,23 @@
 #include "app/single_instance.h"
 
+#include <fcntl.h>
+#include <sys/file.h>
 #include <unistd.h>
 
 #include <QDir>
+#include <QElapsedTimer>
+#include <QFile>
 #include <QLocalServer>
 #include <QLocalSocket>
 #include <QStandardPaths>
+#include <QThread>
 
 namespace orvel {
 
 namespace {
 
-constexpr int kConnectWaitMs = 1000;
+constexpr int kConnectWaitMs = 250;
+constexpr int kRetryMs = 50;
 constexpr int kWriteWaitMs = 3000;
 
 // The arguments as UTF-8 lines after a first "orvel" line.
@@ -40,10 +46,17 @@ QString instanceSocketPath() {
   return folder + QStringLiteral("/orvel");
 }
 
-bool sendToRunningInstance(const QStringList& arguments) {
+bool sendToRunningInstance(const QStringList& arguments, int waitMs) {
+  QElapsedTimer waited;
+  waited.start();
   QLocalSocket socket;
-  socket.connectToServer(instanceSocketPath());
-  if (!socket.waitForConnected(kConnectWaitMs)) return false;
+  for (;;) {
+    socket.connectToServer(instanceSocketPath());
+    if (socket.waitForConnected(kConnectWaitMs)) break;
+    socket.abort();
+    if (waited.elapsed() >= waitMs) return false;
+    QThread::msleep(kRetryMs);
+  }
   socket.write(encode(arguments));
   socket.waitForBytesWritten(kWriteWaitMs);
   socket.disconnectFromServer();
@@ -51,20 +64,30 @@ bool sendToRunningInstance(const QStringList& arguments) {
   return true;
 }
 
-InstanceServer::InstanceServer(std::function<void(const QStringList&)> onArguments)
-    : onArguments_(std::move(onArguments)) {}
+InstanceServer::InstanceServer() = default;
 
 InstanceServer::~InstanceServer() {
   if (server_) server_->close();
+  if (lockFd_ >= 0) ::close(lockFd_);  // ends the lock
 }
 
-bool InstanceServer::listen() {
+bool InstanceServer::claim() {
+  const QString path = instanceSocketPath();
+  lockFd_ = ::open(QFile::encodeName(path + QStringLiteral(".lock")).constData(), O_RDWR | O_CREAT | O_CLOEXEC, 0600);
+  if (lockFd_ < 0) return true;
+  if (::flock(lockFd_, LOCK_EX | LOCK_NB) != 0) {
+    ::close(lockFd_);
+    lockFd_ = -1;
+    return false;
+  }
   server_ = std::make_unique<QLocalServer>();
   server_->setSocketOptions(QLocalServer::UserAccessOption);
-  const QString path = instanceSocketPath();
-  // Nobody answered on the socket, so a file there is left over from a crashed run.
+  // The lock is ours, so a socket file there is left over from a run that crashed.
   QLocalServer::removeServer(path);
-  if (!server_->listen(path)) return false;
+  if (!server_->listen(path)) {
+    server_.reset();
+    return true;
+  }
   QObject::connect(server_.get(), &QLocalServer::newConnection, server_.get(), [this] {
     while (QLocalSocket* socket = server_->nextPendingConnection()) {
       auto* received = new QByteArray;
@@ -75,11 +98,28 @@ bool InstanceServer::listen() {
         const QStringList arguments = decode(*received);
         delete received;
         socket->deleteLater();
-        if (onArguments_) onArguments_(arguments);
+        deliver(arguments);
       });
     }
   });
   return true;
+}
+
+bool InstanceServer::listening() const { return server_ && server_->isListening(); }
+
+void InstanceServer::setHandler(std::function<void(const QStringList&)> onArguments) {
+  onArguments_ = std::move(onArguments);
+  std::vector<QStringList> waiting;
+  waiting.swap(waiting_);
+  for (const QStringList& arguments : waiting) deliver(arguments);
+}
+
+void InstanceServer::deliver(const QStringList& arguments) {
+  if (onArguments_) {
+    onArguments_(arguments);
+  } else {
+    waiting_.push_back(arguments);
+  }
 }
 
 }  // namespace orvel

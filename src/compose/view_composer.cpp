@@ -48,6 +48,7 @@ void ViewComposer::composeView(MapFile* map, const MapView& view) {
       painter.setBrushOrigin(QPoint(origin.x, origin.y));
       drawMap(painter, *map, view, visible, mapDrawing_);
     }
+    if (gpxLayer_) gpxLayer_(painter, view, visible);
     if (trackLayer_ && settings_.readSettingBool("ShowTrack", true)) trackLayer_(painter, view, visible);
     if (waypointLayer_ && settings_.readSettingBool("ShowWaypoints", true)) {
       waypointLayer_(painter, view, visible);

@@ -1,6 +1,6 @@
 #pragma once
 // The map page's picture in two steps. composeView draws the slow layers (background, map,
-// track, waypoints) into an off-screen picture whenever the view or the data change;
+// an opened GPX file, track, waypoints) into an off-screen picture whenever the view or the data change;
 // paintView copies that picture and draws the fast layers (scale bar, position marker, north
 // arrow) over it at every paint, so a new fix or a repaint never redraws the map.
 //
@@ -36,7 +36,8 @@ struct PositionSnapshot {
 // The current fix, or nothing while GPS input is shut down (then no marker is drawn).
 using PositionSource = std::function<std::optional<PositionSnapshot>()>;
 
-// A layer drawn over the map during composition (the recorded track, the waypoints).
+// A layer drawn over the map during composition (a GPX file, the recorded track, the
+// waypoints).
 using ViewLayer =
     std::function<void(QPainter& painter, const MapView& view, const MapRect& visible)>;
 
@@ -56,6 +57,8 @@ class ViewComposer {
   // arrow over it. Before the first composition only the fast layers are drawn.
   void paintView(QPainter& painter, const MapView& view) const;
 
+  // The GPX file shown over the map, under the recorded track; always drawn when set.
+  void setGpxLayer(ViewLayer layer) { gpxLayer_ = std::move(layer); }
   void setTrackLayer(ViewLayer layer) { trackLayer_ = std::move(layer); }
   void setWaypointLayer(ViewLayer layer) { waypointLayer_ = std::move(layer); }
   void setPositionSource(PositionSource source) { positionSource_ = std::move(source); }
@@ -72,6 +75,7 @@ class ViewComposer {
   const DrawingObjects& drawing_;
   QImage picture_;
   MapDrawContext mapDrawing_;  // labels and scratch kept from one composition to the next
+  ViewLayer gpxLayer_;
   ViewLayer trackLayer_;
   ViewLayer waypointLayer_;
   PositionSource positionSource_;

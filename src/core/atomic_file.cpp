@@ -1,10 +1,12 @@
 #include "core/atomic_file.h"
 
 #include <cerrno>
+#include <csignal>
 #include <fcntl.h>
 #include <random>
 #include <string>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace orvel {
@@ -35,6 +37,29 @@ int createTemporary(const std::filesystem::path& target, std::filesystem::path& 
   return -1;
 }
 
+// A writer killed before its rename leaves its temporary behind; each kill would add one.
+// Those of processes that no longer exist are removed before the next write. A live
+// process's temporary, and one whose writer cannot be told, are left alone.
+void removeStaleTemporaries(const std::filesystem::path& target) {
+  const std::string prefix = target.filename().string() + ".tmp-";
+  const std::filesystem::path folder = target.parent_path().empty() ? "." : target.parent_path();
+  std::error_code error;
+  const std::filesystem::directory_iterator end;
+  for (auto it = std::filesystem::directory_iterator(folder, error); !error && it != end; it.increment(error)) {
+    const std::string name = it->path().filename().string();
+    if (name.compare(0, prefix.size(), prefix) != 0) continue;
+    // <target>.tmp-<pid>-<random>
+    pid_t pid = 0;
+    size_t i = prefix.size();
+    for (; i < name.size() && name[i] >= '0' && name[i] <= '9' && pid < 100000000; ++i) {
+      pid = pid * 10 + (name[i] - '0');
+    }
+    if (pid <= 0 || i >= name.size() || name[i] != '-') continue;
+    if (::kill(pid, 0) == 0 || errno != ESRCH) continue;
+    ::unlink(it->path().c_str());
+  }
+}
+
 // Makes the rename itself durable. Some file systems cannot sync a folder; the new file is
 // in place for every reader all the same, so that is not a failure.
 void syncFolder(const std::filesystem::path& folder) {
@@ -48,6 +73,7 @@ void syncFolder(const std::filesystem::path& folder) {
 
 bool writeFileAtomically(const std::filesystem::path& target, std::string_view bytes,
                          BeforeReplaceHook beforeReplace) {
+  removeStaleTemporaries(target);
   std::filesystem::path temporary;
   const int fd = createTemporary(target, temporary);
   if (fd < 0) return false;

@@ -13,6 +13,7 @@ using BeforeReplaceHook = void (*)(const std::filesystem::path& temporary);
 // Writes `bytes` to a new temporary file beside `target`, syncs it, renames it over `target`
 // and syncs the folder. An existing target keeps its permission bits. Returns false, with
 // the target untouched and no temporary left behind, when any step before the rename fails.
+// Temporaries of the target left by writers that died before their rename go first.
 bool writeFileAtomically(const std::filesystem::path& target, std::string_view bytes,
                          BeforeReplaceHook beforeReplace = nullptr);
 

@@ -5,6 +5,7 @@
 
 #include "gps/garmin_protocol.h"
 #include "gps/nmea_protocol.h"
+#include "gps/port_numbers.h"
 #include "gps/serial_port.h"
 
 namespace orvel {
@@ -118,7 +119,7 @@ void GpsInput::clearScanSources() {
 std::vector<SerialPortInfo> GpsInput::scanPortList() const {
   SerialRoots roots = roots_;
   if (!discover_) roots.dev.clear();
-  return discoverSerialPorts(roots, devices_);
+  return assignPortNumbers(discoverSerialPorts(roots, devices_), settings_);
 }
 
 bool GpsInput::addGpsOption(std::string_view value, std::string& error) {

@@ -71,7 +71,8 @@ class GpsInput {
   void setGpsdSource(const std::string& host, uint16_t port);
   // Forgets the added devices and the gpsd source.
   void clearScanSources();
-  // The ports a scan would use now, numbered COM1..COM19.
+  // The ports a scan would use now, each with the COM number (1..19) its device keeps in the
+  // settings (a device seen for the first time is given one and remembered).
   std::vector<SerialPortInfo> scanPortList() const;
 
   // The value of `orvel --gps VALUE`: "gpsd://HOST[:PORT]" (default 127.0.0.1:2947) or a

@@ -34,14 +34,13 @@ bool checksumHolds(std::span<const uint8_t> text, size_t lineStart, size_t lineE
   return stated == sum;
 }
 
-// A sentence's address is upper-case letters and digits ("GPRMC", "PGRME", "PMTK001"). Binary
-// data that happens to hold a "$" almost never continues like that.
-bool looksLikeAddress(std::span<const uint8_t> text, size_t dollar) {
-  for (size_t i = dollar + 1; i <= dollar + 5; ++i) {
-    const uint8_t c = text[i];
-    if (!((c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9'))) return false;
-  }
-  return true;
+// Binary data that happens to hold a "$": a control byte or a byte outside ASCII among the
+// eight bytes after it. Every receiver's sentence begins with a printable address there,
+// four letters ("$PUBX,") or five ("$GPRMC"), upper-case or not.
+bool binaryAfterDollar(std::span<const uint8_t> piece) {
+  if (piece.empty() || piece[0] != '$') return false;
+  const auto after = piece.subspan(1, std::min<size_t>(8, piece.size() - 1));
+  return std::any_of(after.begin(), after.end(), [](uint8_t b) { return !isPrintable(b) || b > 0x7E; });
 }
 
 std::string_view asText(std::span<const uint8_t> bytes) {
@@ -137,7 +136,8 @@ ProcessResult NmeaProtocol::process(std::span<const uint8_t> bytes) {
     if (!dropText(held, head)) return ProcessResult::kFailed;
   } else {
     append(head);
-    if (parseSentences(std::span<const uint8_t>(buffer_.data(), bufferLength_))) pending_ = true;
+    const std::span<const uint8_t> sentence(buffer_.data(), bufferLength_);
+    if (!binaryAfterDollar(sentence) && parseSentences(sentence)) pending_ = true;
   }
   bufferLength_ = 0;
 
@@ -145,7 +145,8 @@ ProcessResult NmeaProtocol::process(std::span<const uint8_t> bytes) {
   size_t start = first;
   const std::string_view text = asText(bytes);
   for (size_t next = text.find('$', start + 1); next != std::string_view::npos; next = text.find('$', start + 1)) {
-    if (!parseSentences(bytes.subspan(start, next - start))) return ProcessResult::kFailed;
+    const std::span<const uint8_t> piece = bytes.subspan(start, next - start);
+    if (binaryAfterDollar(piece) || !parseSentences(piece)) return ProcessResult::kFailed;
     pending_ = true;
     start = next;
   }
@@ -167,7 +168,7 @@ bool NmeaProtocol::parseSentences(std::span<const uint8_t> text) {
   while (lineStart < text.size()) {
     const auto lf = std::find(text.begin() + static_cast<std::ptrdiff_t>(lineStart), text.end(), uint8_t{'\n'});
     const size_t lineEnd = lf == text.end() ? text.size() : static_cast<size_t>(lf - text.begin()) + 1;
-    if (text[lineStart] == '$' && lineStart + 8 < text.size() && looksLikeAddress(text, lineStart)) {
+    if (text[lineStart] == '$' && lineStart + 8 < text.size()) {
       counted = true;
       if (checksumHolds(text, lineStart, lineEnd)) {
         uint32_t set = 0;

@@ -36,8 +36,9 @@ class NmeaProtocol final : public GpsProtocol {
   void setHandOverEachSentence(bool each) { eachSentence_ = each; }
 
   // Cuts `text` into lines and decodes those whose checksum holds into the fix being
-  // assembled. True when a line begins with "$" and five upper-case letters or digits and
-  // the text runs at least 8 bytes past that "$" (whatever its checksum or type).
+  // assembled. True when a line begins with "$" and the text runs at least 8 bytes past that
+  // "$", whatever follows it (proprietary four-letter addresses such as "$PUBX,", lower-case
+  // text) and whatever its checksum or type.
   bool parseSentences(std::span<const uint8_t> text);
 
   // The fix being assembled from the current burst.

@@ -50,6 +50,33 @@ bool isRealUart(const SerialRoots& roots, const std::string& node) {
   return type.empty() || type != "0";
 }
 
+// The links in /dev/serial/by-id by the device each one names. udev makes them for USB
+// devices from their vendor, product and serial number, so they stay the same whichever
+// socket or order the devices are plugged in.
+std::vector<std::pair<fs::path, std::string>> byIdLinks(const SerialRoots& roots) {
+  std::vector<std::pair<fs::path, std::string>> links;
+  if (roots.dev.empty()) return links;
+  std::error_code ec;
+  for (fs::directory_iterator it(roots.dev / "serial" / "by-id", ec), end; !ec && it != end; it.increment(ec)) {
+    std::error_code target;
+    const fs::path device = fs::canonical(it->path(), target);
+    if (!target) links.emplace_back(device, it->path().string());
+  }
+  std::sort(links.begin(), links.end());
+  return links;
+}
+
+std::string deviceKey(const std::vector<std::pair<fs::path, std::string>>& links, const std::string& path) {
+  std::error_code ec;
+  const fs::path device = fs::canonical(path, ec);
+  if (!ec) {
+    for (const auto& [target, link] : links) {
+      if (target == device) return link;
+    }
+  }
+  return path;
+}
+
 }  // namespace
 
 bool serialNameLess(const std::string& a, const std::string& b) {
@@ -107,7 +134,7 @@ std::vector<SerialPortInfo> discoverSerialPorts(const SerialRoots& roots, std::s
   std::vector<SerialPortInfo> ports;
   for (const std::string& node : nodes) {
     std::string name = sysfsDeviceName(roots, node);
-    ports.push_back({0, (roots.dev / node).string(), name.empty() ? node : name + " (" + node + ")"});
+    ports.push_back({0, (roots.dev / node).string(), name.empty() ? node : name + " (" + node + ")", {}});
   }
 
   std::vector<SerialPortInfo> added;
@@ -120,13 +147,17 @@ std::vector<SerialPortInfo> discoverSerialPorts(const SerialRoots& roots, std::s
     if (path.empty()) continue;
     const auto known = [&](const SerialPortInfo& p) { return same(p.path, path); };
     if (std::any_of(ports.begin(), ports.end(), known) || std::any_of(added.begin(), added.end(), known)) continue;
-    added.push_back({0, path, path});
+    added.push_back({0, path, path, {}});
   }
   if (added.size() > static_cast<size_t>(kMaxComPorts)) added.resize(kMaxComPorts);
   const size_t room = static_cast<size_t>(kMaxComPorts) - added.size();
   if (ports.size() > room) ports.resize(room);
   ports.insert(ports.end(), added.begin(), added.end());
-  for (size_t i = 0; i < ports.size(); ++i) ports[i].number = static_cast<int>(i) + 1;
+  const auto links = byIdLinks(roots);
+  for (size_t i = 0; i < ports.size(); ++i) {
+    ports[i].number = static_cast<int>(i) + 1;
+    ports[i].key = deviceKey(links, ports[i].path);
+  }
   return ports;
 }
 

@@ -16,6 +16,7 @@ struct SerialPortInfo {
   int number = 0;     // COM number, 1..19
   std::string path;   // the device to open
   std::string name;   // what the port list shows beside "COM%d:"
+  std::string key;    // who the device is: its /dev/serial/by-id link where it has one, else `path`
 };
 
 // Where devices are looked for; tests point both at a made-up tree.
@@ -28,7 +29,9 @@ struct SerialRoots {
 // family then by number. A ttyS device counts only when sysfs shows a UART behind it (the
 // kernel creates placeholders for ports that are not there). `extra` paths follow, each once
 // (a path naming a discovered device is not repeated); when there are more than 19 ports in
-// all, discovered ones are left out so that every extra path keeps a number.
+// all, discovered ones are left out so that every extra path keeps a number. The ports are
+// numbered 1, 2, ... in this order; assignPortNumbers (port_numbers.h) gives the numbers that
+// stay with each device.
 std::vector<SerialPortInfo> discoverSerialPorts(const SerialRoots& roots, std::span<const std::string> extra);
 
 // The name sysfs gives device `node` (for example "ttyUSB0"): "manufacturer product" of the

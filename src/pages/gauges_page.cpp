@@ -26,12 +26,17 @@ constexpr int kRows = kGaugeCellCount / 2;
 
 GaugeGrid gaugeGrid(int width, int height) {
   GaugeGrid grid;
+  // All five rows stay on the screen, so that every cell can be held and given a gauge:
+  // rows shrink to fit, and on a wide screen they also grow to share the height.
+  const int rowHeight = std::max(1, height / kRows);
   if (width > 2 * kCellWidth) {
     grid.cellWidth = width / 2;
-    grid.cellHeight = std::max(kCellHeight, height / kRows);
-    grid.scale = std::min(static_cast<double>(grid.cellWidth) / kCellWidth,
-                          static_cast<double>(grid.cellHeight) / kCellHeight);
+    grid.cellHeight = rowHeight;
+  } else {
+    grid.cellHeight = std::min(kCellHeight, rowHeight);
   }
+  grid.scale = std::min(static_cast<double>(grid.cellWidth) / kCellWidth,
+                        static_cast<double>(grid.cellHeight) / kCellHeight);
   return grid;
 }
 

@@ -21,8 +21,9 @@ inline constexpr int kGaugeCellCount = 10;
 inline constexpr std::array<std::u16string_view, kGaugeCellCount> kDefaultGaugeKeys{
     u"speed", u"azimuth", u"vspeed", u"elev", u"hdop", u"satellites", u"time", u"power", u"", u""};
 
-// Cell geometry: 120 x 55 pixels on screens up to 240 wide; wider screens share their width
-// between the two columns and their height between the five rows (never smaller).
+// Cell geometry: 120 x 55 pixels on screens up to 240 wide, rows less high where five of
+// them would not fit; wider screens share their width between the two columns and their
+// height between the five rows. Fonts and text offsets scale with the cell.
 struct GaugeGrid {
   int cellWidth = 120;
   int cellHeight = 55;
@@ -58,7 +59,7 @@ class GaugesPage : public Page {
   GaugeRegistry& gauges() { return gauges_; }
 
  private:
-  // The title font (16 pixels) and the bold value font (22), both grown on wide screens.
+  // The title font (16 pixels) and the bold value font (22), both scaled with the cell.
   void makeFonts(double scale);
 
   PageContext context_;

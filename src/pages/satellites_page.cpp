@@ -34,6 +34,27 @@ std::u16string twoDigits(uint32_t number) {
 
 int roundHalfUp(float value) { return static_cast<int>(value + 0.5f); }
 
+// The sky on the left, as large as the height allows with room for "N" above and "S" below;
+// beside it the band and bars, then the labels and the status line, centred in the height.
+SatellitesLayout landscapeLayout(int width, int height) {
+  constexpr int kLetterRoom = 16;  // above the sky for the "N", below it for the "S"
+  constexpr int kSide = 10;        // beside the sky for the "W" and the "E"
+  constexpr int kBandAndTexts = 50 + 80;
+  constexpr int kBars = 13;        // twelve bars with their numbers fit, and a gap
+  SatellitesLayout layout;
+  layout.radius = std::max(20, std::min(width / 4, height / 2 - kLetterRoom));
+  layout.cx = kSide + layout.radius;
+  layout.cy = height / 2;
+  layout.bandLeft = layout.cx + layout.radius + kSide;
+  layout.bandRight = width - 3;
+  layout.barWidth = std::max(1, (layout.bandRight - layout.bandLeft) / (2 * kBars));
+  layout.firstBarX = layout.bandLeft + layout.barWidth;
+  layout.textX = layout.bandLeft + 7;
+  layout.valueX = layout.textX + 70;
+  layout.base = std::max(height - kBandAndTexts, 0) / 2 + 50;
+  return layout;
+}
+
 }  // namespace
 
 SatellitesLayout satellitesLayout(int width, int height) {
@@ -42,13 +63,20 @@ SatellitesLayout satellitesLayout(int width, int height) {
   layout.cx = width / 2;
   layout.cy = height / 4;
   layout.barWidth = width / 28;
+  layout.bandLeft = 3;
+  layout.bandRight = width - 3;
+  layout.firstBarX = layout.barWidth;
+  layout.textX = 10;
+  layout.valueX = 80;
   if (width > kTinyScreenWidth) {
     // Room above the sky for the "N", and below the band for the three labels and the
     // status line; a wide screen shrinks the sky to fit between them.
     constexpr int kAbove = 16;
     constexpr int kBelow = 60 + 80;
     if (layout.cy - layout.radius < kAbove || layout.cy + layout.radius + kBelow > height) {
-      layout.radius = std::max(20, std::min(width / 4, (height - kAbove - kBelow) / 2));
+      const int fitted = (height - kAbove - kBelow) / 2;
+      if (width > height && fitted < kTinyScreenWidth / 4) return landscapeLayout(width, height);
+      layout.radius = std::max(20, std::min(width / 4, fitted));
       layout.cy = std::max(height / 4, layout.radius + kAbove);
     }
   }
@@ -121,12 +149,13 @@ void SatellitesPage::paint(QPainter& painter) {
 
   // The signal band, white at the bottom to black at the top.
   for (int k = 0; k < kBandRows; ++k) {
-    painter.fillRect(QRect(3, base - k, width - 6, 1), greys_[static_cast<size_t>(31 * k / 49)]);
+    painter.fillRect(QRect(layout.bandLeft, base - k, layout.bandRight - layout.bandLeft, 1),
+                     greys_[static_cast<size_t>(31 * k / 49)]);
   }
 
   const GpsSnapshot gps = context_.gps.gpsSnapshot();
   painter.setPen(skyPen_);
-  int barX = b;
+  int barX = layout.firstBarX;
   for (const SatelliteInfo& satellite : gps.satellites) {
     // Elevation and azimuth arrive as the receiver sent them; the sky's formula expects
     // 0..90 and whole degrees of a turn.
@@ -151,18 +180,20 @@ void SatellitesPage::paint(QPainter& painter) {
     barX += 2 * b;
   }
 
+  const int textX = layout.textX;
+  const int valueX = layout.valueX;
   painter.setPen(Qt::black);
-  drawTextAt(painter, 10, base + 15, u"Широта:", kTextLeft);
-  drawTextAt(painter, 10, base + 30, u"Долгота:", kTextLeft);
-  drawTextAt(painter, 10, base + 45, u"Fix:", kTextLeft);
+  drawTextAt(painter, textX, base + 15, u"Широта:", kTextLeft);
+  drawTextAt(painter, textX, base + 30, u"Долгота:", kTextLeft);
+  drawTextAt(painter, textX, base + 45, u"Fix:", kTextLeft);
 
   const GpsFix& fix = gps.fix;
   if (fix.has(kFixPosition)) {
-    drawTextAt(painter, 80, base + 15, formatLatitude(fix.latitude), kTextLeft);
-    drawTextAt(painter, 80, base + 30, formatLongitude(fix.longitude), kTextLeft);
+    drawTextAt(painter, valueX, base + 15, formatLatitude(fix.latitude), kTextLeft);
+    drawTextAt(painter, valueX, base + 30, formatLongitude(fix.longitude), kTextLeft);
   } else {
-    drawTextAt(painter, 80, base + 15, u"-", kTextLeft);
-    drawTextAt(painter, 80, base + 30, u"-", kTextLeft);
+    drawTextAt(painter, valueX, base + 15, u"-", kTextLeft);
+    drawTextAt(painter, valueX, base + 30, u"-", kTextLeft);
   }
 
   const QString name = QString::fromStdU16String(fixQualityName(fix.flags, fix.fixType));
@@ -173,13 +204,13 @@ void SatellitesPage::paint(QPainter& painter) {
   } else if (fix.has(kFixHdop)) {
     quality = QString::asprintf("%s, HDOP %0.1f", name.toUtf8().constData(), static_cast<double>(fix.hdop));
   }
-  drawTextAt(painter, 80, base + 45, quality.toStdU16String(), kTextLeft);
+  drawTextAt(painter, valueX, base + 45, quality.toStdU16String(), kTextLeft);
 
   if (fix.has(kFixSatellitesUsed)) {
     const QString used = QString::asprintf("Исп.: %u", fix.satellitesUsed);
     drawHaloText(painter, 10, 10, used.toStdU16String(), kTextLeft, QColor(255, 0, 0));
   }
-  drawHaloText(painter, 10, base + 65, gps.statusText, kTextLeft, QColor(0, 0, 128));
+  drawHaloText(painter, textX, base + 65, gps.statusText, kTextLeft, QColor(0, 0, 128));
   painter.restore();
 }
 

@@ -15,13 +15,21 @@ namespace orvel {
 
 // Where the page puts things for a client area of the given size. On a screen up to 240
 // pixels wide the sky's radius is a quarter of the width and its centre a quarter of the
-// height down; wider screens keep the sky and the texts below it on the screen.
+// height down, the signal band and the texts below it; wider screens keep the sky and the
+// texts below it on the screen. A landscape screen too low for a sky of the small screen's
+// size below which the band and texts fit (480 x 272) puts the sky on the left and the band,
+// bars and texts beside it.
 struct SatellitesLayout {
   int radius = 0;     // of the sky
   int cx = 0;         // centre of the sky
   int cy = 0;
   int base = 0;       // bottom row of the signal band, foot of the bars
   int barWidth = 0;
+  int bandLeft = 0;   // the band's first and last columns
+  int bandRight = 0;
+  int firstBarX = 0;  // left edge of the first bar
+  int textX = 0;      // the labels, and the values beside them
+  int valueX = 0;
 };
 SatellitesLayout satellitesLayout(int width, int height);
 

@@ -1,7 +1,6 @@
 #include "track/active_track.h"
 
 #include <array>
-#include <atomic>
 #include <cerrno>
 #include <fcntl.h>
 #include <mutex>
@@ -15,47 +14,11 @@
 
 #include "core/message.h"
 #include "core/settings.h"
-#include "track/le_bytes.h"
 #include "view/drawing_objects.h"
 #include "view/map_view.h"
 
 namespace orvel {
 namespace {
-
-constexpr size_t kNextIndexOffset = 0;
-constexpr size_t kWrappedOffset = 4;
-constexpr size_t kPointsOffset = 8;
-
-uint8_t* slot(uint8_t* base, uint32_t index) { return base + kPointsOffset + 8 * size_t{index}; }
-
-TrackPoint readSlot(const uint8_t* base, uint32_t index) {
-  const uint8_t* p = base + kPointsOffset + 8 * size_t{index};
-  return {static_cast<Semicircles>(le::load32(p)), le::load32(p + 4)};
-}
-
-// The valid slots as [first, kTrackSlots) then [0, end) oldest first, or false when the
-// header cannot have been written by us (the ring is then treated as empty).
-struct RingRange {
-  uint32_t wrappedFrom = kTrackSlots;  // kTrackSlots: nothing before the wrap
-  uint32_t end = 0;
-};
-
-bool ringRange(const uint8_t* base, RingRange& range) {
-  const uint32_t next = le::load32(base + kNextIndexOffset);
-  const uint32_t wrapped = le::load32(base + kWrappedOffset);
-  if (next >= kTrackSlots || wrapped > 1) return false;
-  range.wrappedFrom = wrapped ? next : kTrackSlots;
-  range.end = next;
-  return true;
-}
-
-template <typename Visit>
-void forEachPoint(const uint8_t* base, Visit visit) {
-  RingRange range;
-  if (!ringRange(base, range)) return;
-  for (uint32_t i = range.wrappedFrom; i < kTrackSlots; ++i) visit(readSlot(base, i));
-  for (uint32_t i = 0; i < range.end; ++i) visit(readSlot(base, i));
-}
 
 // The polyline being gathered for drawActiveTrack, drawn in batches.
 class PolylineBatch {
@@ -168,32 +131,7 @@ void ActiveTrack::appendActivePoint(float longitude, float latitude) {
 
   std::lock_guard guard(ring_);
   if (!base_) return;
-  RingRange range;
-  const bool valid = ringRange(base_, range);
-  const uint32_t next = valid ? range.end : 0;  // an impossible header starts an empty ring
-  const uint32_t breakBit = pendingBreak_.exchange(false) ? kTrackBreakFlag : 0;
-  const uint32_t after = next + 1 == kTrackSlots ? 0 : next + 1;
-  if ((valid && range.wrappedFrom != kTrackSlots) || after == 0) {
-    // The ring is full once this point is in: the slot after it becomes the oldest. Marking
-    // that point as a segment start changes nothing drawn (nothing comes before the oldest),
-    // but while the slot below is rewritten, the half-written point that the header still
-    // counts as the oldest is cut off from the rest instead of joined to it by a false line.
-    uint8_t* oldest = slot(base_, after) + 4;
-    le::store32(oldest, le::load32(oldest) | kTrackBreakFlag);
-  }
-  uint8_t* p = slot(base_, next);
-  le::store32(p, static_cast<uint32_t>(lon));
-  le::store32(p + 4, (static_cast<uint32_t>(lat) & ~kTrackBreakFlag) | breakBit);
-  // The header last, one word at a time, so that a process killed at any moment leaves a
-  // ring that reads as valid. At the wrap `wrapped` goes first: the full ring then stays
-  // visible (its newest point, cut off, standing first) rather than reading as empty.
-  if (next + 1 == kTrackSlots) {
-    le::store32(base_ + kWrappedOffset, 1);
-    le::store32(base_ + kNextIndexOffset, 0);
-  } else {
-    if (!valid) le::store32(base_ + kWrappedOffset, 0);
-    le::store32(base_ + kNextIndexOffset, next + 1);
-  }
+  appendTrackPoint(ring(), lon, lat, pendingBreak_.exchange(false));
 }
 
 void ActiveTrack::drawActiveTrack(QPainter& painter, const MapView& view) const {
@@ -209,7 +147,7 @@ void ActiveTrack::drawActiveTrack(QPainter& painter, const MapView& view) const 
   const int64_t right = 2 * int64_t{width};
   const int64_t bottom = 2 * int64_t{height};
   PolylineBatch line(painter);
-  forEachPoint(base_, [&](const TrackPoint& point) {
+  forEachTrackPoint(ring(), [&](const TrackPoint& point) {
     if (point.startsSegment()) line.drawIfLine();
     const MapPoint screen = view.semicirclesToScreen({point.lon, point.latitude()});
     const bool usable = screen.x > -int64_t{width} && screen.x < right && screen.y > -int64_t{height} &&
@@ -224,12 +162,18 @@ void ActiveTrack::drawActiveTrack(QPainter& painter, const MapView& view) const 
   painter.restore();
 }
 
+bool readTrackRing(std::span<const uint8_t> bytes, std::vector<TrackPoint>& out) {
+  if (bytes.size() != kTrackFileSize) return false;
+  const ConstTrackRing ring(bytes.data(), kTrackFileSize);
+  TrackRingRange range;
+  if (!trackRingRange(ring, range)) return false;
+  forEachTrackPoint(ring, [&](const TrackPoint& p) { out.push_back(p); });
+  return true;
+}
+
 std::vector<TrackPoint> ActiveTrack::activeTrackPoints() const {
-  std::vector<TrackPoint> points;
-  points.reserve(kTrackSlots);
   std::lock_guard guard(ring_);
-  if (base_) forEachPoint(base_, [&](const TrackPoint& p) { points.push_back(p); });
-  return points;
+  return base_ ? trackRingPoints(ring()) : std::vector<TrackPoint>{};
 }
 
 }  // namespace orvel

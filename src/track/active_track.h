@@ -3,18 +3,17 @@
 // Tracks.bin in the data folder. The file is mapped for the whole run, so every point is in
 // the file the moment it is written and the trail survives a restart or a crash.
 //
-// Tracks.bin is exactly 80008 bytes, little-endian: nextIndex (u32, the slot the next point
-// goes to), wrapped (u32, 1 once the ring has been filled), then 10000 points of 8 bytes:
-// longitude in semicircles (i32) and a word holding the latitude in its low 31 bits with the
-// segment-break flag in bit 31.
+// The layout of Tracks.bin is in track_ring.h.
 #include <atomic>
 #include <cstddef>
 #include <cstdint>
 #include <filesystem>
 #include <mutex>
+#include <span>
 #include <vector>
 
 #include "geo/units.h"
+#include "track/track_ring.h"
 
 class QPainter;
 
@@ -24,22 +23,9 @@ class MapView;
 class Messages;
 class Settings;
 
-inline constexpr uint32_t kTrackSlots = 10000;
-inline constexpr size_t kTrackFileSize = 8 + 8 * size_t{kTrackSlots};  // 80008
-inline constexpr uint32_t kTrackBreakFlag = 0x80000000u;
 inline constexpr uint32_t kTrackPenColorRef = 14287823;  // RGB(207, 3, 218) as 0x00BBGGRR
 inline constexpr int kTrackPenWidth = 2;
 inline constexpr size_t kTrackBatchPoints = 1000;  // screen points per polyline call
-
-struct TrackPoint {
-  Semicircles lon = 0;
-  uint32_t latAndBreak = 0;
-
-  // The low 31 bits, sign-extended from bit 30.
-  Semicircles latitude() const { return static_cast<int32_t>(latAndBreak << 1) >> 1; }
-  bool startsSegment() const { return (latAndBreak & kTrackBreakFlag) != 0; }
-  friend bool operator==(const TrackPoint&, const TrackPoint&) = default;
-};
 
 // One Tracks.bin ring: opened at start-up, appended to by fix processing on the reading
 // thread and drawn by the interface thread. The header and the slots are guarded by the
@@ -83,6 +69,8 @@ class ActiveTrack {
 
  private:
   void unmapLocked();
+  // The mapped file's bytes; only while open, under `ring_`.
+  TrackRing ring() const { return TrackRing(base_, kTrackFileSize); }
 
   const std::filesystem::path folder_;
   Settings& settings_;
@@ -93,5 +81,10 @@ class ActiveTrack {
   std::atomic<bool> recording_{false};
   std::atomic<bool> pendingBreak_{false};
 };
+
+// The valid points of a Tracks.bin read into memory, oldest first, as drawing walks them.
+// False, with `out` untouched, when the bytes are not such a ring: not 80008 bytes, or a
+// header that no ring has.
+bool readTrackRing(std::span<const uint8_t> bytes, std::vector<TrackPoint>& out);
 
 }  // namespace orvel

@@ -7,6 +7,7 @@
 
 #include "core/message.h"
 #include "track/buffered_writer.h"
+#include "track/gpx_export.h"
 
 namespace orvel {
 
@@ -30,6 +31,7 @@ void TrackExport::beginTrackLocked() {
   if (trackBegun_) {
     if (pointCount_ == 0) return;  // an empty track is reused, not repeated
     finishTrackLocked();
+    gpx_.beginSegment();
   }
   BufferedWriter& w = *writer_;
   recordStart_ = w.total;
@@ -53,6 +55,7 @@ void TrackExport::endRunLocked() {
   writerWrite(*writer_, end.data(), end.size());
   writerFlush(*writer_);
   writer_.reset();
+  gpx_.close();
   ::close(fd_);
   fd_ = -1;
   path_.clear();
@@ -78,6 +81,11 @@ void TrackExport::openTrackFileAt(const std::tm& start) {
   writerOpen(*writer_, fd);
   const std::string_view header = mpsHeader();
   writerWrite(*writer_, header.data(), header.size());
+  std::filesystem::path gpxPath = path;
+  gpxPath.replace_extension(".gpx");
+  if (!gpx_.create(gpxPath, QString::fromStdString(path.stem().string()))) {
+    showMessage(messages_, "Не удается создать файл для записи треков:\n %s", gpxPath.c_str());
+  }
   nextTrackNumber_ = 0;
   trackBegun_ = false;
   beginTrackLocked();
@@ -121,6 +129,7 @@ void TrackExport::appendMpsPoint(const MpsPoint& point) {
   if (!writer_) return;
   ++pointCount_;
   writerWrite(*writer_, bytes.data(), bytes.size());
+  gpx_.appendPoint(gpxPointOf(point));
 }
 
 }  // namespace orvel

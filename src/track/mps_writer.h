@@ -3,6 +3,9 @@
 // the local time the run began, one track record per continuous stretch of fixes. Length
 // fields are written as placeholders and patched when a track ends; a run cut short by a
 // crash keeps the placeholders and has no end record.
+//
+// Beside it, under the same name, the run is written as GPX: one track, one segment per
+// stretch, whole after every point, so that a crash leaves a file every GPS program opens.
 #include <cstdint>
 #include <ctime>
 #include <filesystem>
@@ -10,6 +13,7 @@
 #include <mutex>
 
 #include "gps/gps_fix.h"
+#include "gpx/gpx_track_file.h"
 #include "track/mps_format.h"
 
 namespace orvel {
@@ -29,7 +33,8 @@ class TrackExport {
   TrackExport& operator=(const TrackExport&) = delete;
 
   // Ends any open run and starts one in data folder/"Y-MM-DD_hh-mm-ss.mps" (local time now),
-  // with an empty first track.
+  // with an empty first track, and its GPX twin "Y-MM-DD_hh-mm-ss.gpx". A GPX file that cannot
+  // be created is told through the messages too; the run then goes on in the .mps alone.
   void openTrackFile();
   // The same, with the run's start time given (local broken-down time).
   void openTrackFileAt(const std::tm& localStart);
@@ -57,6 +62,7 @@ class TrackExport {
   std::unique_ptr<BufferedWriter> writer_;  // null while no run is open
   int fd_ = -1;
   std::filesystem::path path_;
+  GpxTrackFile gpx_;
   bool trackBegun_ = false;
   uint64_t recordStart_ = 0;    // where the current track record's length field is
   uint64_t countPosition_ = 0;  // where its point count is

@@ -6,8 +6,12 @@
 #include <unistd.h>
 #include <vector>
 
+#include <QByteArray>
+
 #include "core/atomic_file.h"
 #include "core/message.h"
+#include "gpx/gpx_writer.h"
+#include "track/gpx_export.h"
 
 namespace orvel {
 namespace {
@@ -30,6 +34,8 @@ WaypointStore::WaypointStore(std::filesystem::path dataFolder, Messages& message
     : folder_(std::move(dataFolder)), messages_(messages), icon_(drawWaypointIcon()) {}
 
 std::filesystem::path WaypointStore::waypointsPath() const { return folder_ / "Waypoints.bin"; }
+
+std::filesystem::path WaypointStore::waypointsGpxPath() const { return folder_ / "Waypoints.gpx"; }
 
 void WaypointStore::loadWaypoints() {
   const std::filesystem::path path = waypointsPath();
@@ -63,9 +69,20 @@ bool WaypointStore::saveWaypoints() {
   for (const Waypoint& w : list_) appendWaypointRecord(bytes, w);
   const std::filesystem::path path = waypointsPath();
   errno = 0;
-  if (writeFileAtomically(path, bytes, beforeReplace_)) return true;
-  showMessage(messages_, "Не удается открыть файл %s. (Ошибка %d).", path.c_str(), errno);
-  return false;
+  if (!writeFileAtomically(path, bytes, beforeReplace_)) {
+    showMessage(messages_, "Не удается открыть файл %s. (Ошибка %d).", path.c_str(), errno);
+    return false;
+  }
+  GpxData gpx;
+  for (const Waypoint& w : list_) gpx.waypoints.push_back(gpxWaypointOf(w));
+  const QByteArray document = gpxDocument(gpx);
+  const std::filesystem::path gpxPath = waypointsGpxPath();
+  errno = 0;
+  if (!writeFileAtomically(gpxPath, std::string_view(document.constData(), size_t(document.size())), beforeReplace_)) {
+    showMessage(messages_, "Не удается открыть файл %s. (Ошибка %d).", gpxPath.c_str(), errno);
+    return false;
+  }
+  return true;
 }
 
 void WaypointStore::freeWaypoints() { list_.clear(); }

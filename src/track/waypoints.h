@@ -1,6 +1,7 @@
 #pragma once
 // The waypoint store: the user's named points, loaded from data folder/Waypoints.bin at
-// start-up, rewritten whole after every change and drawn over the map. The newest waypoint
+// start-up, rewritten whole after every change (with Waypoints.gpx beside it, for other GPS
+// programs) and drawn over the map. The newest waypoint
 // is at the head of the list; loading puts each record at the head too, so a load followed
 // by a save reverses the file's order.
 #include <filesystem>
@@ -34,14 +35,16 @@ class WaypointStore {
   WaypointStore(const WaypointStore&) = delete;
   WaypointStore& operator=(const WaypointStore&) = delete;
 
-  std::filesystem::path waypointsPath() const;  // data folder/Waypoints.bin
+  std::filesystem::path waypointsPath() const;     // data folder/Waypoints.bin
+  std::filesystem::path waypointsGpxPath() const;  // data folder/Waypoints.gpx
 
   // Puts the file's records at the head of the list. A missing file is no error; a damaged
   // one keeps its whole records and shows "Waypoint data are damaged."; the file itself is
   // left alone until the next save.
   void loadWaypoints();
-  // Replaces the file by the whole list, atomically: when the save fails (shown) the file
-  // on disk keeps what it held. Returns whether it was written.
+  // Replaces the file by the whole list, then Waypoints.gpx by the same list in GPX, each
+  // atomically: when a save fails (shown) that file keeps what it held, and a failed
+  // Waypoints.bin leaves Waypoints.gpx alone. Returns whether both were written.
   bool saveWaypoints();
   // Deletes every waypoint (at exit).
   void freeWaypoints();

@@ -52,6 +52,8 @@ TEST(AtomicFile, KilledBeforeReplaceLeavesOldContents) {
   ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
   EXPECT_EQ(readText(target), "old");
   EXPECT_EQ(entries(dir), 2u);  // the finished temporary file is all the crash leaves
+  ASSERT_TRUE(writeFileAtomically(target, "next"));
+  EXPECT_EQ(entries(dir), 1u);  // and the next write takes it away
 }
 
 }  // namespace

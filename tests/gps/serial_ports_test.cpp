@@ -1,5 +1,6 @@
 // Discovery of serial devices in a made-up /dev and /sys: which nodes count, their order
-// and numbers, the names sysfs gives them, and device paths the user adds.
+// and numbers, the names sysfs gives them, device paths the user adds, and the COM numbers
+// that stay with each device.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -9,6 +10,8 @@
 #include <vector>
 
 #include "common/test_data.h"
+#include "core/settings.h"
+#include "gps/port_numbers.h"
 #include "gps/serial_ports.h"
 
 namespace orvel {
@@ -117,6 +120,44 @@ TEST_F(SerialPortsTest, WithoutADevRootOnlyTheAddedPathsAreListed) {
   ASSERT_EQ(ports.size(), 1u);
   EXPECT_EQ(ports[0].number, 1);
   EXPECT_EQ(ports[0].path, "/dev/pts/3");
+}
+
+TEST_F(SerialPortsTest, EachDeviceKeepsItsComNumberWhateverIsPluggedInOrOut) {
+  Settings settings;
+  ASSERT_EQ(settings.openSettingsAt(root / "GisOrvel.conf"), 0);
+  struct Plugged {
+    const char* node;
+    const char* byId;  // its /dev/serial/by-id link, or "" for none
+  };
+  struct Step {
+    std::vector<Plugged> plugged;
+    std::vector<std::pair<std::string, int>> numbers;  // node -> COM number, in number order
+  };
+  const Step steps[] = {
+      {{{"ttyS0", ""}, {"ttyUSB0", "usb-Prolific_USB-Serial-if00-port0"}, {"ttyACM0", "usb-u-blox_7-if00"}},
+       {{"ttyS0", 1}, {"ttyUSB0", 2}, {"ttyACM0", 3}}},
+      // The Prolific adapter is unplugged and another receiver takes its node name.
+      {{{"ttyS0", ""}, {"ttyUSB0", "usb-FTDI_FT232R_A1B2-if00-port0"}, {"ttyACM0", "usb-u-blox_7-if00"}},
+       {{"ttyS0", 1}, {"ttyACM0", 3}, {"ttyUSB0", 4}}},
+      // The Prolific adapter comes back under another node name: its number is still 2.
+      {{{"ttyUSB1", "usb-Prolific_USB-Serial-if00-port0"}, {"ttyACM0", "usb-u-blox_7-if00"}},
+       {{"ttyUSB1", 2}, {"ttyACM0", 3}}},
+  };
+  for (size_t i = 0; i < std::size(steps); ++i) {
+    SCOPED_TRACE(i);
+    fs::remove_all(roots.dev);
+    fs::remove_all(roots.sys);
+    fs::create_directories(roots.dev / "serial" / "by-id");
+    for (const Plugged& device : steps[i].plugged) {
+      addNode(device.node, std::string("dev/") + device.node);
+      if (*device.byId) fs::create_symlink(roots.dev / device.node, roots.dev / "serial" / "by-id" / device.byId);
+    }
+    std::vector<std::pair<std::string, int>> numbers;
+    for (const SerialPortInfo& port : assignPortNumbers(discoverSerialPorts(roots, {}), settings)) {
+      numbers.emplace_back(fs::path(port.path).filename().string(), port.number);
+    }
+    EXPECT_EQ(numbers, steps[i].numbers);
+  }
 }
 
 TEST(SerialNameOrder, FamiliesThenNumbers) {

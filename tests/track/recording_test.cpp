@@ -5,7 +5,7 @@
 #include "data_dir_fixture.h"
 #include "gps/fix_processing.h"
 #include "gps/gps_state.h"
-#include "mps_test_reader.h"
+#include "track/mps_reader.h"
 #include "track/active_track.h"
 #include "track/mps_writer.h"
 #include "track/track_recording.h"

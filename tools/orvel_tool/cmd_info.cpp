@@ -1,17 +1,51 @@
-// orvel-tool info MAP
+// orvel-tool info MAP|FILE.gpx
 #include <cstdio>
+
+#include <QFile>
 
 #include "commands.h"
 #include "core/message.h"
+#include "gpx/gpx_reader.h"
 #include "map/current_map.h"
 #include "map/img/img_map_file.h"
 #include "view/map_view.h"
 
 namespace orvel::tool {
+namespace {
+
+// A GPX file by its name or by its first bytes.
+bool isGpxFile(const QString& path) {
+  if (path.endsWith(QLatin1String(".gpx"), Qt::CaseInsensitive)) return true;
+  QFile file(path);
+  return file.open(QIODevice::ReadOnly) && looksLikeGpx(file.read(256));
+}
+
+int gpxInfo(const QString& path) {
+  GpxData data;
+  QString error;
+  if (!readGpxFile(path.toStdString(), data, error)) {
+    std::fprintf(stderr, "orvel-tool info: %s\n", qPrintable(error));
+    return kExitFailed;
+  }
+  const GpxCounts counts = countGpx(data);
+  std::printf("tracks: %zu\nsegments: %zu\ntrack_points: %zu\n", counts.tracks, counts.segments, counts.trackPoints);
+  std::printf("routes: %zu\nroute_points: %zu\nwaypoints: %zu\n", counts.routes, counts.routePoints, counts.waypoints);
+  if (counts.bounds.empty) {
+    std::printf("bounds_deg: none\n");
+  } else {
+    std::printf("bounds_deg: %.7f %.7f %.7f %.7f\n", counts.bounds.south, counts.bounds.west, counts.bounds.north,
+                counts.bounds.east);
+  }
+  return kExitOk;
+}
+
+}  // namespace
 
 int runInfo(std::span<const char* const> args) {
   if (args.empty()) return usageError("info", "missing MAP (try --help)");
   if (args.size() > 1) return usageError("info", "too many arguments (try --help)");
+  const QString path = QString::fromLocal8Bit(args[0]);
+  if (isGpxFile(path)) return gpxInfo(path);
 
   Messages messages;  // to stderr
   CurrentMap map(messages);

@@ -1,4 +1,4 @@
-// orvel-tool record [--protocol nmea|garmin|auto] CAPTURE -o OUT.mps
+// orvel-tool record [--protocol nmea|garmin|auto] CAPTURE -o OUT.mps (and OUT.gpx)
 #include <cerrno>
 #include <cstdio>
 #include <cstdlib>
@@ -7,6 +7,7 @@
 #include <filesystem>
 #include <string>
 #include <system_error>
+#include <utility>
 #include <vector>
 
 #include "capture_source.h"
@@ -94,13 +95,20 @@ int runRecord(std::span<const char* const> args) {
   const ReplaySummary summary = replayCapture(capture, fixes, options);
   trackExport.closeTrackFile();
 
-  std::error_code error;
-  std::filesystem::rename(written, out, error);
-  if (error) {
-    std::fprintf(stderr, "orvel-tool record: cannot write %s: %s\n", out.c_str(), error.message().c_str());
-    return kExitFailed;
+  // The run's GPX twin goes beside OUT under OUT's name.
+  std::filesystem::path writtenGpx = written;
+  writtenGpx.replace_extension(".gpx");
+  std::filesystem::path outGpx = out;
+  outGpx.replace_extension(".gpx");
+  for (const auto& [from, to] : {std::pair{written, out}, std::pair{writtenGpx, outGpx}}) {
+    std::error_code error;
+    std::filesystem::rename(from, to, error);
+    if (error) {
+      std::fprintf(stderr, "orvel-tool record: cannot write %s: %s\n", to.c_str(), error.message().c_str());
+      return kExitFailed;
+    }
   }
-  std::printf("%zu points written to %s\n", points, out.c_str());
+  std::printf("%zu points written to %s and %s\n", points, out.c_str(), outGpx.c_str());
   if (summary.recognisedBy.empty()) {
     std::fprintf(stderr, "orvel-tool record: %s: no receiver data recognised\n", capturePath);
     return kExitFailed;

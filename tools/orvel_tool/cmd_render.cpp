@@ -1,4 +1,5 @@
-// orvel-tool render MAP -o OUT.png [--size WxH] [--zoom N] [--centre LAT,LON] [--rotation DEG] [--bench N]
+// orvel-tool render [MAP] -o OUT.png [--gpx FILE] [--size WxH] [--zoom N] [--centre LAT,LON] [--rotation DEG]
+//                  [--bench N]
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
@@ -13,6 +14,7 @@
 #include "compose/view_composer.h"
 #include "core/message.h"
 #include "core/settings.h"
+#include "gpx/layer/gpx_layer.h"
 #include "map/catalogue/map_styles.h"
 #include "map/current_map.h"
 #include "view/drawing_objects.h"
@@ -59,7 +61,8 @@ bool writePicture(const ViewComposer& composer, const MapView& view, const char*
 
 int runRender(std::span<const char* const> args) {
   ViewOptions options;
-  if (const int code = parseViewOptions("render", args, OptionSet{true, true, true}, options); code != kExitOk) {
+  if (const int code = parseViewOptions("render", args, OptionSet{true, true, true, true}, options);
+      code != kExitOk) {
     return code;
   }
   if (options.output == nullptr && options.bench == 0) return usageError("render", "missing -o OUT.png (try --help)");
@@ -72,8 +75,32 @@ int runRender(std::span<const char* const> args) {
   Messages messages;        // to stderr
   CurrentMap map(messages);
   MapView view;
-  if (!openMapView(options, view, map)) return kExitFailed;
+  GpxLayer gpx;
+  if (options.gpx) {
+    QString error;
+    if (!gpx.openGpx(options.gpx, error)) {
+      std::fprintf(stderr, "orvel-tool render: %s\n", qPrintable(error));
+      return kExitFailed;
+    }
+  }
+  if (options.map) {
+    if (!openMapView(options, view, map)) return kExitFailed;
+  } else {
+    view.setScreenSize(options.width, options.height);
+    view.setRotation(options.rotation);
+  }
+  if (options.gpx && !options.centre) {
+    // The whole file, at the zoom step asked for if any.
+    fitViewTo(view, gpx.bounds());
+    if (options.zoom) view.setZoomIndex(*options.zoom);
+  } else if (!options.map) {
+    if (options.zoom) view.setZoomIndex(*options.zoom);
+    if (options.centre) view.setCentre(options.centre->x, options.centre->y);
+  }
   ViewComposer composer(settings, drawing, styles);
+  composer.setGpxLayer([&gpx, &drawing](QPainter& painter, const MapView& shown, const MapRect& visible) {
+    gpx.drawGpx(painter, drawing, shown, visible);
+  });
   composer.composeView(map.currentMap(), view);
   int result = kExitOk;
   if (options.output != nullptr && !writePicture(composer, view, options.output)) result = kExitFailed;

@@ -23,6 +23,7 @@ int runInfo(std::span<const char* const> args);
 int runWaypoints(std::span<const char* const> args);
 int runDecode(std::span<const char* const> args);
 int runRecord(std::span<const char* const> args);
+int runGpx(std::span<const char* const> args);
 int runRender(std::span<const char* const> args);
 int runObjects(std::span<const char* const> args);
 int runMkorv(std::span<const char* const> args);

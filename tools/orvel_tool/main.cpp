@@ -11,12 +11,18 @@ namespace orvel::tool {
 namespace {
 
 constexpr std::array kCommands{
-    Command{"info", "open a map as the viewer does and print what it tells about itself",
+    Command{"info", "open a map or a GPX file as the viewer does and print what it holds",
             "usage: orvel-tool info MAP\n"
+            "       orvel-tool info FILE.gpx\n"
             "\n"
             "Opens MAP exactly as the viewer does, with the view centred at 0,0, and prints\n"
             "the map's facts then the view's zoom_index and centre_units, one \"key: value\"\n"
-            "a line. Exit code 1 if the map cannot be opened (the reason goes to stderr).\n",
+            "a line. Exit code 1 if the map cannot be opened (the reason goes to stderr).\n"
+            "\n"
+            "A GPX file (named .gpx, or beginning as XML) is read as \"Открыть трек...\" reads\n"
+            "it, and what was read is printed: tracks, segments (those holding points),\n"
+            "track_points, routes, route_points, waypoints and bounds_deg (south west north\n"
+            "east, or none). Exit code 1 if it is not a whole GPX file.\n",
             runInfo},
     Command{"waypoints", "list the waypoints of a Waypoints.bin in file order",
             "usage: orvel-tool waypoints FILE\n"
@@ -48,21 +54,41 @@ constexpr std::array kCommands{
             "usage: orvel-tool record [--protocol nmea|garmin|auto] CAPTURE -o OUT.mps\n"
             "\n"
             "Decodes CAPTURE as decode does and records the track as the viewer would, a new\n"
-            "track after every break in the fixes, into OUT.mps. Prints how many points were\n"
-            "written. Exit code 1 when no protocol recognised the data or a file fails.\n",
+            "track after every break in the fixes, into OUT.mps, and the same run as GPX into\n"
+            "OUT.gpx beside it (one track, a segment for every track of OUT.mps). Prints how\n"
+            "many points were written. Exit code 1 when no protocol recognised the data or a\n"
+            "file fails.\n",
             runRecord},
+    Command{"gpx", "convert a MapSource track, the Tracks.bin trail or a Waypoints.bin to GPX",
+            "usage: orvel-tool gpx IN -o OUT.gpx\n"
+            "\n"
+            "Writes IN as a GPX 1.1 file, OUT.gpx. IN is told by its contents:\n"
+            "  a MapSource .mps file: one track for each of its tracks, named as it is (records\n"
+            "    of other kinds are left out, and how many is said on stderr);\n"
+            "  a Tracks.bin trail: one track named \"Tracks.bin\", oldest point first, a new\n"
+            "    segment at each break, as the viewer draws it;\n"
+            "  a Waypoints.bin: one waypoint for each, in file order, with its name, time,\n"
+            "    elevation (its altitude when not 0) and its comment as the description.\n"
+            "OUT.gpx is written whole or not at all. Exit code 1, with a one-line reason on\n"
+            "stderr and OUT.gpx untouched, when IN cannot be read, is damaged or is none of\n"
+            "these.\n",
+            runGpx},
     Command{"render", "compose a map view as the viewer would and write it as a PNG",
-            "usage: orvel-tool render MAP -o OUT.png [--size WxH] [--zoom N] [--centre LAT,LON]\n"
-            "                         [--rotation DEG] [--bench N]\n"
+            "usage: orvel-tool render MAP -o OUT.png [--gpx FILE] [--size WxH] [--zoom N]\n"
+            "                         [--centre LAT,LON] [--rotation DEG] [--bench N]\n"
+            "       orvel-tool render --gpx FILE -o OUT.png [view options]\n"
             "\n"
             "Opens MAP as the viewer does and composes the view exactly as the map page would,\n"
             "then writes the screen (the map with the scale bar and the north arrow) to OUT.png.\n"
+            "--gpx draws FILE over the map as \"Открыть трек...\" shows it and, unless --centre\n"
+            "is given, centres the view on the whole file at the finest zoom step that shows\n"
+            "it all (or at --zoom); without MAP only the file is drawn, on white.\n"
             "The view is 240x320 pixels at the zoom step and centre that opening the map chose,\n"
             "unless --size, --zoom (0 to 26), --centre (degrees of latitude and longitude) or\n"
             "--rotation (whole degrees) say otherwise. --bench N composes the view N times more\n"
             "and prints the median and the slowest composition time in milliseconds (-o may\n"
             "then be left out). Without a display the offscreen platform is used. Exit code 1\n"
-            "if the map cannot be opened or OUT.png cannot be written.\n",
+            "if the map or the GPX file cannot be opened or OUT.png cannot be written.\n",
             runRender},
     Command{"objects", "list the objects drawing a map view would visit, in drawing order",
             "usage: orvel-tool objects MAP [--zoom N] [--centre LAT,LON] [--size WxH]\n"

@@ -58,7 +58,7 @@ int parseViewOptions(std::string_view command, std::span<const char* const> args
   for (size_t i = 0; i < args.size(); ++i) {
     const std::string_view arg = args[i];
     const bool takesValue = arg == "-o" || arg == "--size" || arg == "--zoom" || arg == "--centre" ||
-                            arg == "--rotation" || arg == "--bench";
+                            arg == "--rotation" || arg == "--bench" || arg == "--gpx";
     if (!takesValue) {
       if (arg.size() > 1 && arg[0] == '-') return usageError(command, "unknown option '" + std::string(arg) + "'");
       if (out.map != nullptr) return usageError(command, "too many arguments (try --help)");
@@ -86,6 +86,8 @@ int parseViewOptions(std::string_view command, std::span<const char* const> args
         return usageError(command, "bad --rotation (-360 to 360 degrees)");
       }
       out.rotation = number;
+    } else if (arg == "--gpx" && allowed.gpx) {
+      out.gpx = args[i];
     } else if (arg == "--bench" && allowed.bench) {
       if (!parseInt(value, number) || number < 1) return usageError(command, "bad --bench (a count from 1)");
       out.bench = number;
@@ -93,7 +95,7 @@ int parseViewOptions(std::string_view command, std::span<const char* const> args
       return usageError(command, "unknown option '" + std::string(arg) + "'");
     }
   }
-  if (out.map == nullptr) return usageError(command, "missing MAP (try --help)");
+  if (out.map == nullptr && out.gpx == nullptr) return usageError(command, "missing MAP (try --help)");
   return kExitOk;
 }
 

@@ -20,6 +20,7 @@ namespace orvel::tool {
 struct ViewOptions {
   const char* map = nullptr;     // MAP
   const char* output = nullptr;  // -o OUT.png
+  const char* gpx = nullptr;     // --gpx FILE
   int width = 240;
   int height = 320;
   std::optional<uint32_t> zoom;    // --zoom N (0..26)
@@ -33,6 +34,7 @@ struct OptionSet {
   bool output = false;
   bool rotation = false;
   bool bench = false;
+  bool gpx = false;  // --gpx FILE, which may stand in for MAP
 };
 
 // Parses the arguments after the command's name. On a bad command line prints the reason

@@ -106,9 +106,10 @@ void OptionsDialog::accept() {
   QDialog::accept();
 }
 
-bool runOptionsDialog(QWidget* parent, GpsInput& input, Settings& settings, OptionsActions actions) {
+bool runOptionsDialog(QWidget* parent, GpsInput& input, Settings& settings, OptionsActions actions,
+                      const std::function<int(QDialog& dialog)>& run) {
   OptionsDialog dialog(input, settings, std::move(actions), parent);
-  return dialog.exec() == QDialog::Accepted;
+  return (run ? run(dialog) : dialog.exec()) == QDialog::Accepted;
 }
 
 }  // namespace orvel

@@ -52,7 +52,9 @@ class OptionsDialog final : public QDialog {
   QTreeWidget* ports_;
 };
 
-// Runs the dialog modally over `parent`; true when it was closed with OK.
-bool runOptionsDialog(QWidget* parent, GpsInput& input, Settings& settings, OptionsActions actions);
+// Runs the dialog over `parent` through `run` (default: exec); true when it was closed with
+// OK.
+bool runOptionsDialog(QWidget* parent, GpsInput& input, Settings& settings, OptionsActions actions,
+                      const std::function<int(QDialog& dialog)>& run = {});
 
 }  // namespace orvel

@@ -2,10 +2,8 @@
 
 #include <QDialogButtonBox>
 #include <QFormLayout>
-#include <QGuiApplication>
 #include <QLineEdit>
 #include <QPushButton>
-#include <QScreen>
 #include <QVBoxLayout>
 
 #include "core/message.h"
@@ -15,9 +13,6 @@
 namespace orvel {
 
 namespace {
-
-// Screens at most this size in either direction show the dialog over the whole screen.
-constexpr int kSmallScreen = 640;
 
 QString toQString(const std::u16string& text) { return QString::fromStdU16String(text); }
 
@@ -40,13 +35,6 @@ bool readNumber(const std::u16string& text, float& number) {
   if (!parseDecimal(text.data(), text.data() + text.size(), &after, &value)) return false;
   number = value;
   return true;
-}
-
-bool smallScreen() {
-  const QScreen* screen = QGuiApplication::primaryScreen();
-  if (!screen) return false;
-  const QRect available = screen->availableGeometry();
-  return available.width() <= kSmallScreen || available.height() <= kSmallScreen;
 }
 
 }  // namespace
@@ -119,8 +107,6 @@ WaypointEditDialog::WaypointEditDialog(Waypoint& waypoint, const LengthFormat& l
   connect(buttons, &QDialogButtonBox::accepted, this, &WaypointEditDialog::accept);
   connect(buttons, &QDialogButtonBox::rejected, this, &WaypointEditDialog::reject);
   layout->addWidget(buttons);
-
-  if (smallScreen()) setWindowState(windowState() | Qt::WindowFullScreen);
 }
 
 QLineEdit* WaypointEditDialog::field(int controlId) const {

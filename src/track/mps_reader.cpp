@@ -1,11 +1,10 @@
-#include "mps_test_reader.h"
+#include "track/mps_reader.h"
 
 #include <algorithm>
-#include <cstring>
 
 #include "track/le_bytes.h"
 
-namespace orvel::test {
+namespace orvel {
 namespace {
 
 MpsPoint decodePoint(const uint8_t* p) {
@@ -21,7 +20,7 @@ MpsPoint decodePoint(const uint8_t* p) {
   return point;
 }
 
-std::optional<MpsTrack> readTrack(std::span<const uint8_t> data) {
+std::optional<MpsTrack> readTrack(std::span<const uint8_t> data, bool cutShort) {
   MpsTrack track;
   const auto zero = std::find(data.begin(), data.end(), uint8_t{0});
   if (zero == data.end()) return std::nullopt;
@@ -30,21 +29,22 @@ std::optional<MpsTrack> readTrack(std::span<const uint8_t> data) {
   if (data.size() - pos < 9) return std::nullopt;
   track.display = data[pos];
   track.colour = le::load32(data.data() + pos + 1);
-  const uint32_t count = le::load32(data.data() + pos + 5);
+  uint32_t count = le::load32(data.data() + pos + 5);
   pos += 9;
-  if ((data.size() - pos) != uint64_t{count} * kMpsPointSize) return std::nullopt;
-  for (uint32_t i = 0; i < count; ++i, pos += kMpsPointSize) {
-    track.points.push_back(decodePoint(data.data() + pos));
-    std::array<uint8_t, kMpsPointSize> raw;
-    std::memcpy(raw.data(), data.data() + pos, raw.size());
-    track.rawPoints.push_back(raw);
+  if (cutShort) count = static_cast<uint32_t>((data.size() - pos) / kMpsPointSize);
+  if ((data.size() - pos) / kMpsPointSize != count || (!cutShort && (data.size() - pos) % kMpsPointSize != 0)) {
+    return std::nullopt;
   }
+  track.pointBytes = data.subspan(pos, size_t{count} * kMpsPointSize);
+  track.points.reserve(count);
+  for (uint32_t i = 0; i < count; ++i, pos += kMpsPointSize) track.points.push_back(decodePoint(data.data() + pos));
   return track;
 }
 
 }  // namespace
 
-std::optional<MpsFile> readMpsFile(std::span<const uint8_t> bytes) {
+std::optional<MpsFile> readMpsFile(std::span<const uint8_t> bytes, bool cutShort) {
+  if (cutShort && bytes.empty()) return MpsFile{};
   if (bytes.size() < 6 || std::memcmp(bytes.data(), "MsRcd\0", 6) != 0) return std::nullopt;
   MpsFile file;
   size_t pos = 6;
@@ -55,6 +55,11 @@ std::optional<MpsFile> readMpsFile(std::span<const uint8_t> bytes) {
     record.length = le::load32(bytes.data() + pos);
     record.type = static_cast<char>(bytes[pos + 4]);
     pos += 5;
+    // A track cut short is the last record and runs to the end of the file, whether its
+    // length is still the placeholder or was patched while its count was not.
+    const bool open = cutShort && record.type == 'T' &&
+                      (record.length == kMpsLengthPlaceholder || bytes.size() - pos <= record.length);
+    if (open) record.length = static_cast<uint32_t>(bytes.size() - pos);
     if (bytes.size() - pos < record.length) return std::nullopt;
     const auto data = bytes.subspan(pos, record.length);
     pos += record.length;
@@ -65,7 +70,7 @@ std::optional<MpsFile> readMpsFile(std::span<const uint8_t> bytes) {
         file.version = static_cast<char>(data[0]);
         break;
       case 'T': {
-        auto track = readTrack(data);
+        auto track = readTrack(data, open);
         if (!track) return std::nullopt;
         file.tracks.push_back(std::move(*track));
         break;
@@ -80,4 +85,4 @@ std::optional<MpsFile> readMpsFile(std::span<const uint8_t> bytes) {
   return file;
 }
 
-}  // namespace orvel::test
+}  // namespace orvel
