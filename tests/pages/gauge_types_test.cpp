@@ -2,6 +2,7 @@
 
 #include "pages/gauge.h"
 #include "pages/gauge_types.h"
+#include "pages/gauges_page.h"
 #include "pages_fixture.h"
 
 namespace orvel::test {
@@ -50,6 +51,33 @@ TEST(GaugeTypes, FieldGaugesShowTheirFieldWhileItsBitIsSet) {
   }
 }
 
+
+// All five rows of gauges fit the client area, shrinking on low screens, and the fonts follow
+// the cell.
+TEST(GaugesGrid, FiveRowsFitTheClientAreaAndFontsFollowTheCell) {
+  const struct {
+    int width, height;  // client area
+    int cellWidth, cellHeight;
+    double minScale, maxScale;
+  } cases[] = {
+      {240, 320, 120, 55, 1.0, 1.0},    // the original screen
+      {240, 268, 120, 53, 0.96, 0.97},  // 240 x 320 less the menu and status bars
+      {480, 225, 240, 45, 0.81, 0.82},  // 480 x 272 less the bars
+      {800, 450, 400, 90, 1.6, 1.7},
+  };
+  for (const auto& c : cases) {
+    SCOPED_TRACE(std::to_string(c.width) + "x" + std::to_string(c.height));
+    const GaugeGrid grid = gaugeGrid(c.width, c.height);
+    EXPECT_EQ(grid.cellWidth, c.cellWidth);
+    EXPECT_EQ(grid.cellHeight, c.cellHeight);
+    EXPECT_GE(grid.scale, c.minScale);
+    EXPECT_LE(grid.scale, c.maxScale);
+    EXPECT_LE(gaugeCellRect(grid, 9).bottom(), c.height - 1);
+    EXPECT_EQ(gaugeCellAt(grid, c.width - 1, gaugeCellRect(grid, 9).bottom()), 9);
+  }
+  EXPECT_EQ(gaugeCellRect(gaugeGrid(800, 450), 9), QRect(400, 360, 400, 90));
+  EXPECT_EQ(gaugeCellAt(gaugeGrid(240, 268), 130, 60), 3);
+}
 
 }  // namespace
 }  // namespace orvel::test

@@ -1,4 +1,5 @@
 #include <algorithm>
+#include <string>
 
 #include "pages/satellites_page.h"
 #include "pages_fixture.h"
@@ -50,6 +51,32 @@ TEST_F(SatellitesPageTest, SatellitesArePlacedByElevationAndAzimuth) {
   }
 }
 
+
+// The sky, the signal band and the texts stay on screen; a low landscape screen puts the band
+// and the texts beside the sky rather than below it.
+TEST(SatellitesLayout, SkyBandAndTextsStayOnScreen) {
+  const struct {
+    QSize size;
+    bool sideBySide;
+  } cases[] = {{{800, 480}, false}, {{640, 480}, false}, {{480, 640}, false}, {{1024, 600}, false},
+               {{480, 225}, true}};  // 480 x 272 less the menu and status bars
+  for (const auto& c : cases) {
+    const int width = c.size.width(), height = c.size.height();
+    SCOPED_TRACE(std::to_string(width) + "x" + std::to_string(height));
+    const SatellitesLayout layout = satellitesLayout(width, height);
+    EXPECT_GE(layout.cy - layout.radius, 16);           // the "N" above the sky
+    EXPECT_LE(layout.cy + layout.radius + 12, height);  // the "S" below it
+    EXPECT_GE(layout.base - 50, 0);                     // the band's top row
+    EXPECT_LE(layout.base + 80, height);                // the status line
+    EXPECT_LE(layout.bandRight, width);
+    EXPECT_GT(layout.radius, 60);
+    EXPECT_EQ(layout.bandLeft > layout.cx + layout.radius, c.sideBySide);
+    EXPECT_TRUE(c.sideBySide || layout.base - 50 > layout.cy + layout.radius) << "band below the sky";
+    // Twelve bars fit, each number under its bar clear of the next one's.
+    EXPECT_LE(layout.firstBarX + 23 * layout.barWidth, layout.bandRight);
+    EXPECT_GE(2 * layout.barWidth, 18);
+  }
+}
 
 }  // namespace
 }  // namespace orvel::test

@@ -1,4 +1,6 @@
-// The label angles of the style set: rotated fonts in whole-degree steps.
+// The label fonts of the style set: "Century Gothic" for font A, rotated fonts in whole-degree
+// steps.
+#include <QFontInfo>
 #include <gtest/gtest.h>
 
 #include "map/catalogue/map_styles.h"
@@ -9,6 +11,12 @@ namespace orvel {
 const MapStyles& mapStyles();
 
 namespace {
+
+TEST(LabelFonts, FontAIsCenturyGothicAsUrwGothic) {
+  // Without the foundry fontconfig adds when the family comes from more than one file.
+  const QString family = QFontInfo(mapStyles().labelFontA()).family().section(QStringLiteral(" ["), 0, 0);
+  EXPECT_EQ(family, QStringLiteral("URW Gothic"));
+}
 
 TEST(LabelFonts, RotatedStepsSpanMinusToPlusNinetyDegrees) {
   EXPECT_EQ(labelAngleFor(0), -900);
