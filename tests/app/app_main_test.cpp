@@ -6,11 +6,13 @@
 #include <cstdlib>
 #include <fstream>
 
+#include <QAction>
 #include <QCoreApplication>
 #include <QImage>
 #include <QPainter>
 
 #include "app/app.h"
+#include "app/dialogs.h"
 #include "common/test_data.h"
 #include "core/utf.h"
 #include "geo/units.h"

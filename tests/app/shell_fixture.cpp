@@ -1,8 +1,6 @@
 #include "shell_fixture.h"
 
-#include <QTest>
-
-#include "common/test_data.h"
+#include "app/dialogs.h"
 
 namespace orvel::test {
 
@@ -18,33 +16,16 @@ void ShellTest::SetUpTestSuite() {
 
 void ShellTest::SetUp() {
   session->settings.openSettingsAt(scratch / "GisOrvel.conf");
-  messages = std::make_unique<MessageRecorder>(session->messages);
   mapView().setZoomIndex(10);
   mapView().setCentre(0, 0);
 }
 
 void ShellTest::startWindow() {
   window = std::make_unique<MainWindow>(*session);
-  window->setWaypointDialog([this](float lon, float lat, double time, float altitude) {
-    waypointRequests.push_back({lon, lat, time, altitude});
-  });
-  window->dialogs().popup = [this](QMenu& menu, const QPoint& at) -> QAction* {
-    PopupShown shown;
-    shown.globalPos = at;
-    QAction* chosen = nullptr;
-    for (QAction* action : menu.actions()) {
-      shown.items.emplace_back(action->isSeparator() ? QString() : action->text(), action->isEnabled());
-      if (!action->isSeparator() && action->text() == popupChoice) chosen = action;
-    }
-    popups.push_back(shown);
-    return chosen;
-  };
-  window->dialogs().dialog = [this](QDialog& dialog) {
-    dialogsRun.push_back(dialog.objectName().toStdString());
-    if (onDialog) onDialog(dialog);
-    return 0;
-  };
-  pages().initPages(*window);
+  window->setWaypointDialog([this](float lon, float lat, double, float) { waypointRequests.push_back({lon, lat}); });
+  window->dialogs().popup = [](QMenu&, const QPoint&) -> QAction* { return nullptr; };
+  window->dialogs().dialog = [](QDialog&) { return 0; };
+  window->pages().initPages(*window);
   window->resize(240, 320);
   window->show();
   processEvents();
@@ -59,10 +40,9 @@ void ShellTest::processEvents() {
 void ShellTest::TearDown() {
   if (window) {
     processEvents();
-    pages().shutdownPages();
+    window->pages().shutdownPages();
     window.reset();
   }
-  messages.reset();
 }
 
 }  // namespace orvel::test

@@ -13,24 +13,17 @@ struct FloorCase {
   int32_t expected;
 };
 
-TEST(FloorToInt, RoundsTowardMinusInfinity) {
+// Toward minus infinity, clamped to the 32-bit range; NaN gives 0.
+TEST(FloorToInt, RoundsTowardMinusInfinityAndClamps) {
+  const float inf = std::numeric_limits<float>::infinity();
   const FloorCase cases[] = {
       {2.7f, 2},   {-2.3f, -3}, {-0.5f, -1}, {-2.0f, -2}, {0.0f, 0},        {-0.0f, 0},
       {0.999f, 0}, {-1e-7f, -1}, {1e-7f, 0}, {16777216.0f, 16777216}, {-8388607.5f, -8388608},
+      {3e9f, INT32_MAX}, {2147483648.0f, INT32_MAX}, {-2147483648.0f, INT32_MIN}, {-3e9f, INT32_MIN},
+      {2147483520.0f, 2147483520},  // the largest float below 2^31
+      {inf, INT32_MAX}, {-inf, INT32_MIN}, {std::nanf(""), 0},
   };
   for (const auto& c : cases) EXPECT_EQ(floorToInt(c.value), c.expected) << c.value;
-}
-
-TEST(FloorToInt, ClampsOutOfRangeAndNan) {
-  const float inf = std::numeric_limits<float>::infinity();
-  EXPECT_EQ(floorToInt(3e9f), INT32_MAX);
-  EXPECT_EQ(floorToInt(2147483648.0f), INT32_MAX);
-  EXPECT_EQ(floorToInt(2147483520.0f), 2147483520);  // the largest float below 2^31
-  EXPECT_EQ(floorToInt(-2147483648.0f), INT32_MIN);
-  EXPECT_EQ(floorToInt(-3e9f), INT32_MIN);
-  EXPECT_EQ(floorToInt(inf), INT32_MAX);
-  EXPECT_EQ(floorToInt(-inf), INT32_MIN);
-  EXPECT_EQ(floorToInt(std::nanf("")), 0);
 }
 
 struct MulDivCase {

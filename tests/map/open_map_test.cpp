@@ -2,9 +2,6 @@
 // and the current map afterwards.
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <unistd.h>
-
 #include <fstream>
 #include <string>
 #include <vector>
@@ -29,20 +26,9 @@ void putU32(std::vector<uint8_t>& b, size_t at, uint32_t v) {
   for (int i = 0; i < 4; ++i) b[at + static_cast<size_t>(i)] = static_cast<uint8_t>(v >> (8 * i));
 }
 
-class OpenMap : public ::testing::Test {
- protected:
-  bool openMapFile(const std::filesystem::path& path, MapView& view) { return map_.openMapFile(path, view); }
-  MapFile* currentMap() const { return map_.currentMap(); }
-
-  Messages sink_;
-  MessageRecorder messages_{sink_};
-  CurrentMap map_{sink_};
-  MapView view_;
-};
-
 // "GORV" with version 2 is the own format only when the stored size is the file's size;
 // otherwise the IMG probe gets its turn (the signature of an IMG lies at 0x10).
-TEST_F(OpenMap, OwnFormatProbeComesFirst) {
+TEST(OpenMap, OwnFormatProbeComesFirst) {
   const auto path = test::dataFile("maps/monaco_default_6bit.img");
   std::vector<uint8_t> bytes = test::readFile(path);
   std::copy_n("GORV", 4, bytes.begin());
@@ -50,8 +36,11 @@ TEST_F(OpenMap, OwnFormatProbeComesFirst) {
   putU32(bytes, 8, static_cast<uint32_t>(bytes.size() + 1));
   auto img = createMapFile(bytes);
   EXPECT_NE(dynamic_cast<ImgMapFile*>(img.get()), nullptr);
-  EXPECT_TRUE(openMapFile(writeFile("gorv_wrong_size.img", bytes), view_));
-  EXPECT_NE(dynamic_cast<ImgMapFile*>(currentMap()), nullptr);
+  Messages messages;
+  CurrentMap current(messages);
+  MapView view;
+  EXPECT_TRUE(current.openMapFile(writeFile("gorv_wrong_size.img", bytes), view));
+  EXPECT_NE(dynamic_cast<ImgMapFile*>(current.currentMap()), nullptr);
 
   putU32(bytes, 8, static_cast<uint32_t>(bytes.size()));
   auto orv = createMapFile(bytes);

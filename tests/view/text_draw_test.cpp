@@ -7,7 +7,6 @@
 
 #include "common/recording_device.h"
 #include "view/drawing_objects.h"
-#include "geo/trig.h"
 
 namespace orvel {
 namespace {
@@ -19,19 +18,6 @@ class TextDraw : public ::testing::Test {
  protected:
   static void SetUpTestSuite() { test::ensureGuiApplication(); }
 
-  // Top-left corner of the single text drawn into a fresh device.
-  QPoint drawnTopLeft(int x, int y, std::u16string_view text, unsigned format) {
-    RecordingDevice device(240, 320);
-    QPainter painter(&device);
-    painter.setFont(objects_.smallFont);
-    drawTextAt(painter, x, y, text, format);
-    painter.end();
-    const auto texts = device.callsOf(DrawCall::Kind::Text);
-    EXPECT_EQ(texts.size(), 1u);
-    if (texts.empty()) return {};
-    const QPointF origin = texts[0].deviceOrigin();
-    return {int(origin.x()), int(origin.y()) - metrics().ascent()};
-  }
   QFontMetrics metrics() const { return QFontMetrics(objects_.smallFont); }
 
   const DrawingObjects objects_;
@@ -59,7 +45,6 @@ TEST_F(TextDraw, HaloIsFourWhiteDiagonalsThenTheColour) {
     EXPECT_EQ(texts[size_t(i)].backgroundMode, Qt::TransparentMode);
   }
 }
-
 
 }  // namespace
 }  // namespace orvel

@@ -5,6 +5,7 @@
 #include <QTemporaryDir>
 #include <gtest/gtest.h>
 
+#include "common/recording_device.h"
 #include "make_art/write_art.h"
 
 namespace orvel {
@@ -19,6 +20,7 @@ QImage pixels(const QString& path) { return QImage(path).convertToFormat(QImage:
 class ArtFiles : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(ArtFiles, InResAreWhatTheGeneratorWritesNow) {
+  test::ensureGuiApplication();
   QTemporaryDir scratch;
   ASSERT_TRUE(scratch.isValid());
   ASSERT_EQ(art::writeArt(scratch.path()), QString());

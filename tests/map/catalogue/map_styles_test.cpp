@@ -3,14 +3,12 @@
 #include <QFontInfo>
 #include <gtest/gtest.h>
 
-#include "map/catalogue/map_styles.h"
+#include "common/draw_kit.h"
 
 namespace orvel {
-
-// The suite's one style set (qt_environment.cpp).
-const MapStyles& mapStyles();
-
 namespace {
+
+using test::mapStyles;
 
 TEST(LabelFonts, FontAIsCenturyGothicAsUrwGothic) {
   // Without the foundry fontconfig adds when the family comes from more than one file.

@@ -67,41 +67,31 @@ TEST(CodePageTables, AgreeWithTheCLibrary) {
   }
 }
 
-struct Utf8Case {
-  const char* name;
-  std::vector<uint8_t> bytes;
-  std::u16string expected;
-};
-
-TEST(CodePages, Utf8) {
-  const Utf8Case cases[] = {Utf8Case{"Ascii", {'M', 'a'}, u"Ma"},
-                    Utf8Case{"TwoBytes", {0xC3, 0xA9, 0xD0, 0xAF}, u"éЯ"},
-                    Utf8Case{"ThreeBytes", {0xE2, 0x82, 0xAC, 0xEF, 0xBF, 0xBD}, u"€\uFFFD"},
-                    Utf8Case{"FourBytes", {0xF0, 0x9F, 0x98, 0x80, 'x'}, u"\U0001F600x"},
-                    Utf8Case{"Largest", {0xF4, 0x8F, 0xBF, 0xBF}, u"\U0010FFFF"},
-                    Utf8Case{"StrayContinuation", {0x80, 'a', 0xBF}, u"\uFFFDa\uFFFD"},
-                    Utf8Case{"InvalidLeadBytes", {0xC0, 0xC1, 0xF5, 0xFF}, u"\uFFFD\uFFFD\uFFFD\uFFFD"},
-                    Utf8Case{"OverlongTwoBytes", {0xC0, 0xAF}, u"\uFFFD\uFFFD"},
-                    Utf8Case{"OverlongThreeBytes", {0xE0, 0x80, 0xAF}, u"\uFFFD\uFFFD\uFFFD"},
-                    Utf8Case{"OverlongFourBytes", {0xF0, 0x8F, 0xBF, 0xBF}, u"\uFFFD\uFFFD\uFFFD\uFFFD"},
-                    Utf8Case{"Surrogate", {0xED, 0xA0, 0x80, 'a'}, u"\uFFFD\uFFFD\uFFFDa"},
-                    Utf8Case{"AboveLargest", {0xF4, 0x90, 0x80, 0x80}, u"\uFFFD\uFFFD\uFFFD\uFFFD"},
-                    Utf8Case{"CutByNextCharacter", {0xE2, 0x82, 'A', 0xC3, 'B'}, u"\uFFFDA\uFFFDB"},
-                    Utf8Case{"TruncatedTwoOfThree", {'a', 0xE2, 0x82}, u"a\uFFFD"},
-                    Utf8Case{"TruncatedThreeOfFour", {0xF0, 0x9F, 0x98}, u"\uFFFD"},
-                    Utf8Case{"TruncatedLeadOnly", {0xC3}, u"\uFFFD"}, Utf8Case{"Empty", {}, u""}};
-  for (const Utf8Case& c : cases) EXPECT_EQ(convert(c.bytes, kCodePageUtf8), c.expected) << c.name;
-}
-
-struct CjkCase {
-  uint16_t codePage;
-  std::vector<uint8_t> bytes;
-  std::u16string expected;
-};
-
-// Double-byte code pages go to the C library's converters.
-TEST(CodePages, DoubleByteCodePages) {
-  const CjkCase cases[] = {
+// UTF-8 is decoded here, with a replacement character for each byte of a bad sequence;
+// double-byte code pages go to the C library's converters.
+TEST(CodePages, Utf8AndDoubleByteCodePages) {
+  const struct {
+    uint16_t codePage;
+    std::vector<uint8_t> bytes;
+    std::u16string expected;
+  } cases[] = {
+      {kCodePageUtf8, {'M', 'a'}, u"Ma"},
+      {kCodePageUtf8, {0xC3, 0xA9, 0xD0, 0xAF}, u"éЯ"},
+      {kCodePageUtf8, {0xE2, 0x82, 0xAC, 0xEF, 0xBF, 0xBD}, u"€\uFFFD"},
+      {kCodePageUtf8, {0xF0, 0x9F, 0x98, 0x80, 'x'}, u"\U0001F600x"},
+      {kCodePageUtf8, {0xF4, 0x8F, 0xBF, 0xBF}, u"\U0010FFFF"},                   // the largest
+      {kCodePageUtf8, {0x80, 'a', 0xBF}, u"\uFFFDa\uFFFD"},                      // stray continuations
+      {kCodePageUtf8, {0xC0, 0xC1, 0xF5, 0xFF}, u"\uFFFD\uFFFD\uFFFD\uFFFD"},     // invalid lead bytes
+      {kCodePageUtf8, {0xC0, 0xAF}, u"\uFFFD\uFFFD"},                            // overlong
+      {kCodePageUtf8, {0xE0, 0x80, 0xAF}, u"\uFFFD\uFFFD\uFFFD"},
+      {kCodePageUtf8, {0xF0, 0x8F, 0xBF, 0xBF}, u"\uFFFD\uFFFD\uFFFD\uFFFD"},
+      {kCodePageUtf8, {0xED, 0xA0, 0x80, 'a'}, u"\uFFFD\uFFFD\uFFFDa"},          // a surrogate
+      {kCodePageUtf8, {0xF4, 0x90, 0x80, 0x80}, u"\uFFFD\uFFFD\uFFFD\uFFFD"},     // above the largest
+      {kCodePageUtf8, {0xE2, 0x82, 'A', 0xC3, 'B'}, u"\uFFFDA\uFFFDB"},           // cut by the next character
+      {kCodePageUtf8, {'a', 0xE2, 0x82}, u"a\uFFFD"},                             // truncated
+      {kCodePageUtf8, {0xF0, 0x9F, 0x98}, u"\uFFFD"},
+      {kCodePageUtf8, {0xC3}, u"\uFFFD"},
+      {kCodePageUtf8, {}, u""},
       {932, {0x93, 0x8C, 0x8B, 0x9E}, u"東京"},       // Shift JIS
       {932, {'A', 0xB1, 0x93, 0x8C}, u"Aｱ東"},        // a single-byte katakana
       {932, {'A', 0x93}, u"A\uFFFD"},                 // cut after a lead byte
@@ -109,7 +99,7 @@ TEST(CodePages, DoubleByteCodePages) {
       {949, {0xC7, 0xD1, 0xB1, 0xB9}, u"한국"},       // Unified Hangul
       {950, {0xA4, 0xA4, 0xA4, 0xE5, '1'}, u"中文1"},  // Big5
   };
-  for (const CjkCase& c : cases) EXPECT_EQ(convert(c.bytes, c.codePage), c.expected) << c.codePage;
+  for (const auto& c : cases) EXPECT_EQ(convert(c.bytes, c.codePage), c.expected) << c.codePage << " " << ::testing::PrintToString(c.bytes);
   EXPECT_EQ(convert({0xD6, 0xD0, 0xCE, 0xC4, 'x'}, 936, 1), u"中");
 }
 
