@@ -1,9 +1,11 @@
 // The built viewer on the virtual screen of a small car or handheld computer (Xvfb), driven by
-// taps and keys (xdotool) through every dialog, page and gauge cell; its screen probe's
-// descriptions show that each window and control lies on the screen, that the dialogs speak
-// Russian and that every gauge cell can be held. Its pictures stay under build/screens/.
+// taps and keys (xdotool) through every dialog, page and gauge cell. Every description its
+// screen probe wrote on the way (see app/screen_probe.h) shows each window and control on the
+// screen, the dialogs covering it with a closing button on top and speaking Russian, and every
+// gauge cell tall enough to hold. Its pictures stay under build/screens/.
 #include <sys/stat.h>
 
+#include <algorithm>
 #include <functional>
 #include <string>
 #include <vector>
@@ -25,67 +27,43 @@ namespace {
 constexpr int kPatienceMs = 15000;       // for one thing the viewer is asked to do
 constexpr int kMinGaugeCellHeight = 40;  // a cell a finger can hold
 
-// One description the probe wrote (see app/screen_probe.h): its windows, controls, menu
-// items, list rows and gauge cells, each a line "kind<TAB>fields".
-struct Shown {
-  struct Thing {
-    QString kind, window, name, text;
-    QRect rect, reach;
-  };
-  int serial = 0;
-  QRect screen;
-  int page = -1;
-  std::vector<Thing> things;
+// One description: its lines "kind<TAB>window<TAB>...", the first one "screen".
+using Description = std::vector<QStringList>;
 
-  // The first `kind` of `window` (any window when empty) whose text or name is `label`
-  // (any when empty).
-  const Thing* find(const QString& kind, const QString& window, const QString& label = {}) const {
-    for (const Thing& t : things) {
-      if (t.kind == kind && (window.isEmpty() || t.window == window) &&
-          (label.isEmpty() || t.text == label || t.name == label)) {
-        return &t;
-      }
+// Every complete description in the log, oldest first.
+std::vector<Description> descriptions(const QString& log) {
+  QFile file(log);
+  std::vector<Description> all;
+  Description current;
+  for (const QString& line : file.open(QIODevice::ReadOnly) ? QString::fromUtf8(file.readAll()).split(u'\n') : QStringList()) {
+    const QStringList f = line.split(u'\t');
+    if (f[0] == QLatin1String("screen")) {
+      current = {f};
+    } else if (f[0] == QLatin1String("end")) {
+      if (!current.empty() && current[0].value(1) == f.value(1)) all.push_back(current);
+      current.clear();
+    } else if (!current.empty()) {
+      current.push_back(f);
     }
-    return nullptr;
   }
-  bool has(const QString& window) const { return find(QStringLiteral("window"), window) != nullptr; }
-  std::vector<Thing> all(const QString& kind) const {
-    std::vector<Thing> out;
-    for (const Thing& t : things) {
-      if (t.kind == kind) out.push_back(t);
-    }
-    return out;
-  }
-};
+  return all;
+}
 
 QRect rectOf(const QString& field) {
   const QStringList n = field.split(u' ');
   return QRect(n.value(0).toInt(), n.value(1).toInt(), n.value(2).toInt(), n.value(3).toInt());
 }
+// Where a line's thing lies: controls give their rectangle after their name.
+QRect rectOf(const QStringList& line) { return rectOf(line.value(line[0] == QLatin1String("control") ? 3 : 2)); }
 
-// The last complete description in the log.
-Shown lastShown(const QString& log) {
-  QFile file(log);
-  if (!file.open(QIODevice::ReadOnly)) return {};
-  Shown last, current;
-  for (const QString& line : QString::fromUtf8(file.readAll()).split(u'\n')) {
-    const QStringList f = line.split(u'\t');
-    const QString kind = f.value(0);
-    if (kind == QLatin1String("screen")) {
-      current = Shown{f.value(1).toInt(), rectOf(f.value(2)), -1, {}};
-    } else if (kind == QLatin1String("page")) {
-      current.page = f.value(1).toInt();
-    } else if (kind == QLatin1String("window")) {
-      current.things.push_back({kind, f.value(1), f.value(1), {}, rectOf(f.value(2)), {}});
-    } else if (kind == QLatin1String("control")) {
-      current.things.push_back({kind, f.value(1), f.value(2), f.value(5), rectOf(f.value(3)), rectOf(f.value(4))});
-    } else if (kind == QLatin1String("item") || kind == QLatin1String("row") || kind == QLatin1String("gauge")) {
-      current.things.push_back({kind, f.value(1), {}, f.value(3), rectOf(f.value(2)), {}});
-    } else if (kind == QLatin1String("end") && f.value(1).toInt() == current.serial) {
-      last = current;
+// The first line of `kind` in `window` (any when empty) showing `label` (any when empty).
+QStringList find(const Description& d, const QString& kind, const QString& window = {}, const QString& label = {}) {
+  for (const QStringList& f : d) {
+    if (f[0] == kind && (window.isEmpty() || f.value(1) == window) && (label.isEmpty() || f.mid(2).contains(label))) {
+      return f;
     }
   }
-  return last;
+  return {};
 }
 
 class ScreensTest : public ::testing::TestWithParam<QSize> {
@@ -148,28 +126,25 @@ class ScreensTest : public ::testing::TestWithParam<QSize> {
   }
 
   // Waits until the viewer describes a screen for which `ready` holds; that description.
-  Shown waitFor(const std::function<bool(const Shown&)>& ready, const QString& what) {
+  Description waitFor(const std::function<bool(const Description&)>& ready, const QString& what) {
     QElapsedTimer waited;
     waited.start();
-    Shown shown = lastShown(log_);
-    while (!(shown.serial > 0 && ready(shown))) {
+    for (;;) {
+      const std::vector<Description> all = descriptions(log_);
+      if (!all.empty() && ready(all.back())) return all.back();
       if (waited.elapsed() > kPatienceMs || viewer_.state() == QProcess::NotRunning) {
         ADD_FAILURE() << "waiting for " << what.toStdString();
-        return shown;
+        return all.empty() ? Description{} : all.back();
       }
       viewer_.waitForFinished(100);
-      shown = lastShown(log_);
     }
-    return shown;
   }
-  Shown waitForWindow(const QString& name, bool shown = true) {
-    return waitFor([&](const Shown& s) { return s.has(name) == shown; }, name + (shown ? " shown" : " gone"));
+  bool shows(const QString& window) {
+    const Description d = waitFor([&](const Description& s) { return !find(s, "window", window).isEmpty(); }, window);
+    return !find(d, "window", window).isEmpty();
   }
-  // The thing once it is described.
-  Shown::Thing waitForThing(const QString& kind, const QString& window, const QString& label) {
-    const Shown shown = waitFor([&](const Shown& s) { return s.find(kind, window, label) != nullptr; }, kind + " " + label);
-    const Shown::Thing* thing = shown.find(kind, window, label);
-    return thing ? *thing : Shown::Thing{};
+  void gone(const QString& window) {
+    waitFor([&](const Description& s) { return find(s, "window", window).isEmpty(); }, window + " gone");
   }
 
   void xdotool(const QStringList& arguments) {
@@ -179,120 +154,114 @@ class ScreensTest : public ::testing::TestWithParam<QSize> {
     ASSERT_TRUE(run.waitForFinished(kPatienceMs));
     EXPECT_EQ(run.exitCode(), 0) << arguments.join(u' ').toStdString();
   }
-  // A tap, or a press held longer than a tap.
-  void tap(const QRect& at, bool hold = false) {
-    const QStringList move{"mousemove", QString::number(at.center().x()), QString::number(at.center().y())};
+  // A tap on what the viewer describes, or a press held longer than a tap.
+  void tap(const QString& kind, const QString& window, const QString& label, bool hold = false) {
+    const Description d = waitFor([&](const Description& s) { return !find(s, kind, window, label).isEmpty(); },
+                                  kind + " " + window + " " + label);
+    const QPoint at = rectOf(find(d, kind, window, label)).center();
+    const QStringList move{"mousemove", QString::number(at.x()), QString::number(at.y())};
     xdotool(move + (hold ? QStringList{"mousedown", "1", "sleep", "1", "mouseup", "1"} : QStringList{"click", "1"}));
-  }
-  void tapThing(const QString& kind, const QString& window, const QString& label) {
-    tap(waitForThing(kind, window, label).rect);
   }
   // Opens a menu of the menu bar and taps one of its items.
   void choose(const QString& menu, const QString& item = {}) {
-    tapThing(QStringLiteral("item"), {}, menu);
-    if (!item.isEmpty()) tapThing(QStringLiteral("item"), {}, item);
+    tap("item", {}, menu);
+    if (!item.isEmpty()) tap("item", {}, item);
   }
-
-  // Every window and every control lies on the screen (a control in a scrolling area can be
-  // scrolled into its view); a dialog covers the small screen, speaks Russian and has its
-  // buttons on top.
-  void expectFits(const Shown& shown, const QString& dialog = {}) {
-    SCOPED_TRACE(dialog.toStdString());
-    ASSERT_EQ(shown.screen.size(), GetParam());
-    for (const Shown::Thing& t : shown.things) {
-      const std::string what = (t.window + " " + t.name + " \"" + t.text + "\"").toStdString();
-      if (t.kind == QLatin1String("window")) {
-        EXPECT_TRUE(shown.screen.contains(t.rect)) << what;
-      }
-      if (t.kind != QLatin1String("control")) continue;
-      EXPECT_TRUE(shown.screen.contains(t.reach)) << what;
-      EXPECT_LE(t.rect.width(), t.reach.width()) << what;
-      EXPECT_LE(t.rect.height(), t.reach.height()) << what;
-      EXPECT_NE(t.text, QStringLiteral("Cancel"));  // Qt's own texts are Russian too
-      EXPECT_NE(t.text, QStringLiteral("Open"));
-    }
-    if (dialog.isEmpty()) return;
-    const Shown::Thing* window = shown.find(QStringLiteral("window"), dialog);
-    ASSERT_NE(window, nullptr);
-    EXPECT_EQ(window->rect, shown.screen) << "a dialog covers the small screen";
-    bool buttonOnTop = false;
-    for (const char* close : {"Готово", "Закрыть", "Отмена"}) {
-      const Shown::Thing* button = shown.find(QStringLiteral("control"), dialog, QString::fromUtf8(close));
-      buttonOnTop = buttonOnTop || (button && button->rect.bottom() < shown.screen.top() + 60);
-    }
-    EXPECT_TRUE(buttonOnTop) << "no Готово, Закрыть or Отмена at the top";
-  }
-  // Waits for `dialog`, checks that it fits and taps `button`, after which it is gone unless
-  // the button opens another window over it.
+  // Waits for `dialog` and taps its `button`, after which it is gone unless the button opens
+  // another window over it.
   void visit(const QString& dialog, const QString& button, bool closes = true) {
-    expectFits(waitForWindow(dialog), dialog);
+    dialogs_ << dialog;
+    ASSERT_TRUE(shows(dialog));
     if (button.isEmpty()) return;
-    tapThing(QStringLiteral("control"), dialog, button);
-    if (closes) waitForWindow(dialog, false);
+    tap("control", dialog, button);
+    if (closes) gone(dialog);
   }
 
   QProcess xvfb_, viewer_;
   QProcessEnvironment env_;
   QString home_, config_, log_;
+  QStringList dialogs_;
 };
 
 TEST_P(ScreensTest, EveryDialogPageAndGaugeCellIsReachedByTapsAndFitsTheScreen) {
-  Shown shown = waitFor([](const Shown& s) { return s.has(QStringLiteral("main")) && s.page == 0; }, "the map page");
-  expectFits(shown);
-  const QPoint middle = shown.screen.center();
+  const Description first = waitFor(
+      [](const Description& s) { return !find(s, "window", "main").isEmpty() && find(s, "page").value(1) == "0"; },
+      "the map page");
+  const QPoint middle = rectOf(first[0].value(2)).center();
 
-  choose(QStringLiteral("Файл"), QStringLiteral("О программе"));
-  visit(QStringLiteral("dialog123"), QStringLiteral("Закрыть"));
-  choose(QStringLiteral("Настройки"));
-  visit(QStringLiteral("103"), QStringLiteral("Отмена"));
-  // The waypoint dialog; its "Значок..." shows a message box over it.
-  choose(QStringLiteral("Файл"), QStringLiteral("Сохранить точку..."));
-  visit(QStringLiteral("109"), QStringLiteral("Значок..."), false);
-  visit(QStringLiteral("messageBox"), QStringLiteral("Готово"));
-  visit(QStringLiteral("109"), QStringLiteral("Отмена"));
-
+  choose("Файл", "О программе");
+  visit("dialog123", "Закрыть");
+  choose("Настройки");
+  visit("103", "Отмена");
+  choose("Файл", "Сохранить точку...");  // its "Значок..." shows a message box over it
+  visit("109", "Значок...", false);
+  visit("messageBox", "Готово");
+  visit("109", "Отмена");
   // "Открыть...": folders first, one tap opens a folder, one tap the map in it; the folder
   // is remembered.
-  choose(QStringLiteral("Файл"), QStringLiteral("Открыть..."));
-  const QString chooser = QStringLiteral("openMapDialog");
-  visit(chooser, {});
-  EXPECT_NE(lastShown(log_).find(QStringLiteral("control"), chooser, QStringLiteral("Открыть")), nullptr);
-  tapThing(QStringLiteral("row"), chooser, QStringLiteral("maps"));
-  tapThing(QStringLiteral("row"), chooser, QStringLiteral("monaco.img"));
-  waitForWindow(chooser, false);
+  choose("Файл", "Открыть...");
+  visit("openMapDialog", {});
+  EXPECT_FALSE(find(descriptions(log_).back(), "control", "openMapDialog", "Открыть").isEmpty());
+  tap("row", "openMapDialog", "maps");
+  tap("row", "openMapDialog", "monaco.img");
+  gone("openMapDialog");
   QFile settings(config_);
   ASSERT_TRUE(settings.open(QIODevice::ReadOnly));
   EXPECT_TRUE(settings.readAll().contains(("MapFolder string " + home_ + "/maps").toUtf8()));
 
-  // The gauges page: ten cells on the screen, each tall enough to hold; the last one, empty,
-  // is given a gauge by holding it.
-  xdotool({QStringLiteral("mousemove"), QString::number(middle.x()), QString::number(middle.y())});
-  xdotool({QStringLiteral("key"), QStringLiteral("Right")});
-  shown = waitFor([](const Shown& s) { return s.page == 1 && s.all(QStringLiteral("gauge")).size() == 10; }, "gauges");
-  expectFits(shown);
-  const std::vector<Shown::Thing> cells = shown.all(QStringLiteral("gauge"));
-  for (const Shown::Thing& cell : cells) {
-    EXPECT_TRUE(shown.screen.contains(cell.rect));
-    EXPECT_GE(cell.rect.height(), kMinGaugeCellHeight);
-  }
-  ASSERT_EQ(cells.size(), 10u);
-  EXPECT_TRUE(cells[9].text.isEmpty());
-  tap(cells[9].rect, true);
-  tapThing(QStringLiteral("item"), {}, QStringLiteral("Выбрать датчик..."));
-  const QString choice = QStringLiteral("dialog126");
-  visit(choice, {});
-  tapThing(QStringLiteral("row"), choice, {});
-  tapThing(QStringLiteral("control"), choice, QStringLiteral("Готово"));
-  waitFor([](const Shown& s) {
-    const std::vector<Shown::Thing> now = s.all(QStringLiteral("gauge"));
-    return now.size() == 10 && !now[9].text.isEmpty();
-  }, "a gauge in cell 9");
-
+  // The gauges page: the last of its ten cells, empty, is given a gauge by holding it.
+  xdotool({"mousemove", QString::number(middle.x()), QString::number(middle.y())});
+  xdotool({"key", "Right"});
+  const Description gauges = waitFor(
+      [](const Description& s) { return find(s, "page").value(1) == "1" && !find(s, "gauge", "9").isEmpty(); }, "gauges");
+  EXPECT_EQ(std::count_if(gauges.begin(), gauges.end(), [](const QStringList& f) { return f[0] == "gauge"; }), 10);
+  EXPECT_TRUE(find(gauges, "gauge", "9").value(3).isEmpty());
+  tap("gauge", "9", {}, true);
+  tap("item", {}, "Выбрать датчик...");
+  visit("dialog126", {});
+  tap("row", "dialog126", {});
+  tap("control", "dialog126", "Готово");
+  waitFor([](const Description& s) { return !find(s, "gauge", "9").value(3).isEmpty(); }, "a gauge in cell 9");
   // The satellites page, then round to the map.
-  xdotool({QStringLiteral("key"), QStringLiteral("Right")});
-  expectFits(waitFor([](const Shown& s) { return s.page == 2; }, "the satellites page"));
-  xdotool({QStringLiteral("key"), QStringLiteral("Right")});
-  waitFor([](const Shown& s) { return s.page == 0; }, "the map page again");
+  xdotool({"key", "Right"});
+  waitFor([](const Description& s) { return find(s, "page").value(1) == "2"; }, "the satellites page");
+  xdotool({"key", "Right"});
+  waitFor([](const Description& s) { return find(s, "page").value(1) == "0"; }, "the map page again");
+
+  // Every screen on the way: windows and controls on it (a control in a scrolling area can be
+  // scrolled into its view), Qt's own texts in Russian too, dialogs over the whole screen
+  // with a closing button on top, gauge cells that can be held.
+  int gaugeCells = 0;
+  for (const Description& d : descriptions(log_)) {
+    const QRect screen = rectOf(d[0].value(2));
+    ASSERT_EQ(screen.size(), GetParam());
+    for (const QStringList& f : d) {
+      SCOPED_TRACE(f.join(u' ').toStdString());
+      if (f[0] == QLatin1String("window") || f[0] == QLatin1String("gauge")) {
+        EXPECT_TRUE(screen.contains(rectOf(f)));
+      }
+      if (f[0] == QLatin1String("gauge")) {
+        ++gaugeCells;
+        EXPECT_GE(rectOf(f).height(), kMinGaugeCellHeight);
+      }
+      if (f[0] == QLatin1String("control")) {
+        EXPECT_TRUE(screen.contains(rectOf(f.value(4))));
+        EXPECT_LE(rectOf(f).width(), rectOf(f.value(4)).width());
+        EXPECT_LE(rectOf(f).height(), rectOf(f.value(4)).height());
+        EXPECT_NE(f.value(5), "Cancel");
+        EXPECT_NE(f.value(5), "Open");
+      }
+      if (f[0] != QLatin1String("window") || !dialogs_.contains(f.value(1))) continue;
+      EXPECT_EQ(rectOf(f), screen) << "a dialog covers the small screen";
+      bool buttonOnTop = false;
+      for (const char* close : {"Готово", "Закрыть", "Отмена"}) {
+        const QStringList button = find(d, "control", f.value(1), QString::fromUtf8(close));
+        buttonOnTop = buttonOnTop || (!button.isEmpty() && rectOf(button).bottom() < screen.top() + 60);
+      }
+      EXPECT_TRUE(buttonOnTop) << "no Готово, Закрыть or Отмена at the top";
+    }
+  }
+  EXPECT_GE(gaugeCells, 10);
 }
 
 INSTANTIATE_TEST_SUITE_P(Sizes, ScreensTest, ::testing::Values(QSize(480, 272), QSize(800, 480)),
