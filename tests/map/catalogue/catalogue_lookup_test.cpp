@@ -9,25 +9,12 @@
 namespace orvel {
 namespace {
 
-enum class Kind { Polygon, Line, Point };
-
-std::span<const TypeStyle> tableOf(Kind kind) {
-  switch (kind) {
-    case Kind::Polygon: return polygonTypes();
-    case Kind::Line: return lineTypes();
-    case Kind::Point: return pointTypes();
-  }
-  return {};
-}
-
-const TypeStyle* find(Kind kind, uint32_t code) {
-  switch (kind) {
-    case Kind::Polygon: return findPolygonType(code);
-    case Kind::Line: return findLineType(code);
-    case Kind::Point: return findPointType(code);
-  }
-  return nullptr;
-}
+// Each table with its lookup.
+struct Table {
+  std::span<const TypeStyle> (*rows)();
+  const TypeStyle* (*find)(uint32_t code);
+};
+const Table kTables[] = {{polygonTypes, findPolygonType}, {lineTypes, findLineType}, {pointTypes, findPointType}};
 
 std::string nameOf(const TypeStyle* row) { return row ? row->name : "(none)"; }
 
@@ -53,11 +40,10 @@ const TypeStyle* slowFind(std::span<const TypeStyle> table, uint16_t code) {
 }
 
 TEST(CatalogueLookup, AgreesWithALinearScanForEveryCode) {
-  for (Kind kind : {Kind::Polygon, Kind::Line, Kind::Point}) {
-    auto table = tableOf(kind);
+  for (const Table& table : kTables) {
     for (uint32_t code = 0; code <= 0xFFFF; ++code) {
-      ASSERT_EQ(find(kind, code), slowFind(table, static_cast<uint16_t>(code)))
-          << "table " << static_cast<int>(kind) << " code 0x" << std::hex << code;
+      ASSERT_EQ(table.find(code), slowFind(table.rows(), static_cast<uint16_t>(code)))
+          << "table " << &table - kTables << " code 0x" << std::hex << code;
     }
   }
 }

@@ -79,22 +79,17 @@ class DrawRules : public ::testing::Test {
     return guess;
   }
 
-  template <typename Device>
-  void paint(Device& device, const std::vector<Shape>& shapes) {
-    QPainter painter(&device);
-    MapPainter mapPainter(painter, view_, view_.visibleRect(), map_, drawing_);
-    mapPainter.begin();
-    for (const Shape& s : shapes) {
-      const std::vector<MapPoint> points = toMap(s.screen);
-      mapPainter.onObject(MapObject{s.kind, s.type, points, s.label});
-    }
-    mapPainter.finish();
-  }
-
-  std::vector<DrawCall> record(const std::vector<Shape>& shapes) {
+  // What painting `shapes` draws, or only its texts.
+  std::vector<DrawCall> record(const std::vector<Shape>& shapes, bool textsOnly = false) {
     RecordingDevice device(240, 320);
-    paint(device, shapes);
-    return device.calls();
+    {
+      QPainter painter(&device);
+      MapPainter mapPainter(painter, view_, view_.visibleRect(), map_, drawing_);
+      mapPainter.begin();
+      for (const Shape& s : shapes) mapPainter.onObject(MapObject{s.kind, s.type, toMap(s.screen), s.label});
+      mapPainter.finish();
+    }
+    return textsOnly ? device.callsOf(DrawCall::Kind::Text) : device.calls();
   }
 
   static std::vector<QPoint> square(int x, int y, int side) {
@@ -123,18 +118,11 @@ TEST_F(DrawRules, LinesUseTheMainPenThenTheSecondPen) {
 }
 
 TEST_F(DrawRules, AreaLabelsNeedRoomForTheirText) {
-  const auto calls = record({
+  const auto texts = record({
       {ObjectKind::Polygon, 0x3C, square(20, 20, 60), 1},   // "Lake": fits
       {ObjectKind::Polygon, 0x3C, square(20, 200, 9), 1},   // under 10 pixels
       {ObjectKind::Polygon, 0x3C, square(120, 200, 40), 2},  // text wider than the lake
-  });
-  const auto texts = [&] {
-    std::vector<DrawCall> out;
-    for (const DrawCall& c : calls) {
-      if (c.kind == DrawCall::Kind::Text) out.push_back(c);
-    }
-    return out;
-  }();
+  }, true);
   ASSERT_EQ(texts.size(), 1u);
   EXPECT_EQ(texts[0].text, "Lake");
   const LabelStyle& lake = test::mapStyles().polygonLabel(findPolygonType(0x3C));

@@ -15,20 +15,6 @@
 namespace orvel {
 namespace {
 
-struct LoadedMap {
-  std::vector<unsigned char> bytes;
-  ImgMapFile map;
-};
-
-std::unique_ptr<LoadedMap> loadMap(const std::string& name) {
-  const auto path = test::dataFile("maps/" + name);
-  auto loaded = std::make_unique<LoadedMap>();
-  loaded->bytes = test::readFile(path);
-  const Bytes bytes(loaded->bytes.data(), loaded->bytes.size());
-  if (!loaded->map.probe(bytes) || !loaded->map.load(bytes)) return nullptr;
-  return loaded;
-}
-
 // Record count of a section found by header lengths alone, and whether the records fill
 // the section exactly.
 struct PlainWalk {
@@ -95,9 +81,9 @@ const char* const kRealMaps[] = {"monaco_default_6bit.img", "monaco_default_6bit
 class RealImgMap : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(RealImgMap, EverySubdivisionOfEveryLevelDecodes) {
-  const auto loaded = loadMap(GetParam());
-  ASSERT_TRUE(loaded) << GetParam();
-  const ImgMapFile& map = loaded->map;
+  const std::vector<unsigned char> file = test::readFile(test::dataFile(std::string("maps/") + GetParam()));
+  ImgMapFile map;
+  ASSERT_TRUE(map.probe(file) && map.load(file)) << GetParam();
   const ImgDecodeInput in = makeImgDecodeInput(map);
   int objects = 0;
   int labelled = 0;

@@ -122,18 +122,16 @@ TEST(RgnDecoder, PolylineTypeIsSixBitsAndBit22MeansExtraBits) {
   EXPECT_EQ(polygons[0].points, expected);
 }
 
-struct TailCase {
-  std::string name;
-  std::vector<uint8_t> tail;  // bytes after one good record
-  size_t expected;
-};
-
 TEST(RgnDecoder, SectionEndsAtARecordThatDoesNotFit) {
   const auto good = polyRecord(0x05, 0, 0, 0, onePointStream(), 0x00);
   std::vector<uint8_t> shortHeader(good.begin(), good.begin() + 9);
   std::vector<uint8_t> shortLongHeader = polyRecord(0x85, 0, 0, 0, {}, 0x00);
   shortLongHeader.pop_back();
-  const std::vector<TailCase> cases = {
+  const struct {
+    std::string name;
+    std::vector<uint8_t> tail;  // bytes after one good record
+    size_t expected;
+  } cases[] = {
       {"NothingElse", {}, 1},
       {"AnotherGoodRecord", good, 2},
       {"OneByte", {0x05}, 1},
@@ -143,7 +141,7 @@ TEST(RgnDecoder, SectionEndsAtARecordThatDoesNotFit) {
       {"LongStreamLongerThanSection", polyRecord(0x85, 0, 0, 0, {1, 2, 3}, 0x00, 0x0104), 1},
       {"StreamExactlyToTheEnd", polyRecord(0x05, 0, 0, 0, {1, 2, 3}, 0x00), 2},
   };
-  for (const TailCase& c : cases) {
+  for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
     for (ImgSection section : {kSectionPolygons, kSectionPolylines}) {
       Rgn rgn;
@@ -215,18 +213,16 @@ TEST(RgnDecoder, LabelIndirection) {
   }
 }
 
-struct LevelCase {
-  std::string name;
-  std::vector<ImgLevel> levels;
-  int threshold;
-  int expected;
-};
-
 ImgLevel lv(uint8_t bits, bool inherited = false) { return ImgLevel{bits, inherited, 0, 0}; }
 
 TEST(RgnDecoder, SelectLevel) {
   const std::vector<ImgLevel> mkgmap{lv(17, true), lv(18), lv(20), lv(22), lv(24)};
-  const std::vector<LevelCase> cases = {
+  const struct {
+    std::string name;
+    std::vector<ImgLevel> levels;
+    int threshold;
+    int expected;
+  } cases[] = {
       {"AllInheritedDrawsTheLast", {lv(17, true), lv(18, true), lv(20, true)}, 24, 2},
       {"MostDetailed", mkgmap, 24, 4},
       {"Between", mkgmap, 21, 2},
