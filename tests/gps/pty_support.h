@@ -27,36 +27,27 @@ namespace orvel::test {
 class PtyPair {
  public:
   PtyPair() {
-    int slave = -1;
     char name[256] = {};
-    if (::openpty(&master_, &slave, name, nullptr, nullptr) != 0) return;
-    // Raw from the start: no echo back into the master, no line editing.
-    termios tio{};
-    ::tcgetattr(slave, &tio);
+    if (::openpty(&master_, &slave_, name, nullptr, nullptr) != 0) return;
+    termios tio{};  // raw from the start: no echo back into the master, no line editing
+    ::tcgetattr(slave_, &tio);
     ::cfmakeraw(&tio);
-    ::tcsetattr(slave, TCSANOW, &tio);
-    slave_ = slave;
+    ::tcsetattr(slave_, TCSANOW, &tio);
     path_ = name;
   }
+  // The slave end is held so that the terminal lives while the scanner reopens it.
   ~PtyPair() {
-    closeMaster();
+    if (master_ >= 0) ::close(master_);
     if (slave_ >= 0) ::close(slave_);
   }
   PtyPair(const PtyPair&) = delete;
   PtyPair& operator=(const PtyPair&) = delete;
-
   bool ok() const { return master_ >= 0 && !path_.empty(); }
   int master() const { return master_; }
   const std::string& slavePath() const { return path_; }
-  // The receiver is unplugged.
-  void closeMaster() {
-    if (master_ >= 0) ::close(master_);
-    master_ = -1;
-  }
 
  private:
-  int master_ = -1;
-  int slave_ = -1;  // held so that the terminal lives while the scanner reopens it
+  int master_ = -1, slave_ = -1;
   std::string path_;
 };
 
@@ -70,20 +61,22 @@ inline bool writeAll(int fd, const uint8_t* data, size_t size) {
   return true;
 }
 
-// Writes `capture` burst by burst into `fd`, `gapMs` apart, over and over until stopped;
-// what the other end writes is read and dropped.
+// Writes `capture` burst by burst into `fd`, `gapMs` apart, over and over until stopped; with
+// `chunk`, in pieces of that many bytes instead (as a USB receiver delivers large reads). What
+// the other end writes is read and dropped.
 class ReceiverThread {
  public:
-  ReceiverThread(int fd, std::vector<uint8_t> capture, uint32_t gapMs)
-      : thread_([this, fd, capture = std::move(capture), gapMs] { run(fd, capture, gapMs); }) {}
+  ReceiverThread(int fd, std::vector<uint8_t> capture, uint32_t gapMs, size_t chunk = 0)
+      : thread_([this, fd, capture = std::move(capture), gapMs, chunk] { run(fd, capture, gapMs, chunk); }) {}
   ~ReceiverThread() {
     stop_ = true;
     thread_.join();
   }
 
  private:
-  void run(int fd, const std::vector<uint8_t>& capture, uint32_t gapMs) {
-    std::vector<size_t> bursts = analyseCapture(capture).burstStarts;
+  void run(int fd, const std::vector<uint8_t>& capture, uint32_t gapMs, size_t chunk) {
+    std::vector<size_t> bursts = chunk > 0 ? std::vector<size_t>{} : analyseCapture(capture).burstStarts;
+    for (size_t at = chunk; chunk > 0 && at < capture.size(); at += chunk) bursts.push_back(at);
     bursts.insert(bursts.begin(), 0);
     bursts.push_back(capture.size());
     while (!stop_) {
