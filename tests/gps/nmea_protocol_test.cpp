@@ -98,11 +98,12 @@ TEST_F(NmeaProtocolTest, SilenceCountsAcrossTheTickWrap) {
   EXPECT_EQ(silentAt(4745u), kFailed);
 }
 
-TEST_F(NmeaProtocolTest, WhatIsNoNmeaFails) {
+TEST_F(NmeaProtocolTest, WhatIsNoNmeaFailsAndWhatIsPasses) {
   struct Case {
     const char* name;
     std::string text;
     size_t chunk;
+    ProcessResult result = kFailed;
   };
   std::string binaryLines(200, '\x01');
   binaryLines[50] = '\n';
@@ -116,11 +117,17 @@ TEST_F(NmeaProtocolTest, WhatIsNoNmeaFails) {
       {"an overlong sentence with binary inside", kGsa + binarySentence, 10},
       {"endless text without sentences", prose, 10},
       {"a short piece between two dollars", kGsa + "$GP$" + kRmc, 1024},
+      {"a control byte among the eight after a dollar", kGsa + "$\x8e\x03\x10GPS data\r\n" + kRmc, 1024},
+      {"a byte beyond ASCII among the eight after a dollar", kGsa + "$GP\xc3\x89,1,2,3,4\r\n" + kRmc, 1024},
+      // Any printable address: four letters, lower case.
+      {"u-blox", kGsa + "$PUBX,00,081350.00,4717.113210,N,00833.915187,E*5C\r\n" + kRmc + "$", 1024, kRecognised},
+      {"Furuno", kGsa + "$PFEC,GPtps,101025222449,3,1,1,090101000000,00,15\r\n" + kRmc + "$", 1024, kRecognised},
+      {"lower case", kGsa + "$pgrmz,93,f,3*21\r\n" + kRmc + "$", 1024, kRecognised},
   };
   for (const Case& c : cases) {
     nmea.open();
     uint32_t t = 1000;
-    EXPECT_EQ(trickle(t, c.text, c.chunk), kFailed) << c.name;
+    EXPECT_EQ(trickle(t, c.text, c.chunk), c.result) << c.name;
   }
   nmea.open();
   EXPECT_EQ(feedAt(1000, std::string(127, 'A')), kNothing);
