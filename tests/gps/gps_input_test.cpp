@@ -1,16 +1,14 @@
-// GPS input end to end: recorded receivers behind pseudo-terminals and a silent gpsd are
-// scanned at once; the receiver is found, named by protocol and the port's own number, its
-// fixes are handed on, the demo gives way, and a stop ends and joins every thread, letting
-// go of the port and the connection. Receivers that come and go (pulled out mid-sentence, a
-// port flooded with random bytes): the status line tells it, the receiver is taken up again,
-// and no thread or descriptor is left behind.
+// GPS input end to end: a recorded receiver behind a pseudo-terminal and a silent gpsd are
+// scanned at once; the receiver is found, named by protocol and port, its fixes are handed
+// on, the demo gives way, and a stop ends and joins every thread. Receivers that come and go
+// (pulled out mid-sentence, a flooded port, a gpsd stopped and started again): the status
+// line tells it, the receiver is taken up again, and no thread or descriptor is left behind.
 #include <gtest/gtest.h>
 
-#include <fcntl.h>
-#include <poll.h>
+#include <signal.h>
 #include <sys/socket.h>
+#include <sys/wait.h>
 
-#include <atomic>
 #include <filesystem>
 #include <memory>
 #include <random>
@@ -22,6 +20,7 @@
 #include "core/settings.h"
 #include "gps/garmin_protocol.h"
 #include "gps/gps_input.h"
+#include "gps/gpsd_client.h"
 #include "gps/nmea_protocol.h"
 #include "gps/serial_port.h"
 #include "gps_test_support.h"
@@ -35,43 +34,6 @@ namespace {
 // and a few bursts; with room for a loaded machine.
 constexpr int kTakeUpMs =
     static_cast<int>(NmeaProtocol::kSilenceMs + kLostPauseMs + GarminProtocol::kAckTimeoutMs) + 6000;
-
-// A receiver on a USB port that is pulled out and put back: a pseudo-terminal behind a fixed
-// link (as udev names a receiver), a new one at every plug.
-class PluggedReceiver {
- public:
-  explicit PluggedReceiver(std::vector<uint8_t> capture)
-      : link_(test::scratchDir("plugged") / "ttyGPS"), capture_(std::move(capture)) {}
-  const std::filesystem::path& link() const { return link_; }
-  int master() const { return pty_->master(); }
-  size_t size() const { return capture_.size(); }
-  // Plugs in a receiver that begins the capture at byte `from`, in the middle of a sentence.
-  bool plugIn(size_t from) {
-    pty_ = std::make_unique<test::PtyPair>();
-    if (!pty_->ok()) return false;
-    std::filesystem::remove(link_);
-    std::filesystem::create_symlink(pty_->slavePath(), link_);
-    send(from);
-    return true;
-  }
-  // Pulls it out in the middle of a sentence.
-  void pullOut() {
-    receiver_.reset();
-    test::writeAll(pty_->master(), reinterpret_cast<const uint8_t*>("$GPRMC,0307"), 11);
-    pty_.reset();
-  }
-  void stopSending() { receiver_.reset(); }
-  void send(size_t from) {
-    receiver_ = std::make_unique<test::ReceiverThread>(
-        pty_->master(), std::vector<uint8_t>(capture_.begin() + static_cast<std::ptrdiff_t>(from), capture_.end()), 150);
-  }
-
- private:
-  std::filesystem::path link_;
-  std::vector<uint8_t> capture_;
-  std::unique_ptr<test::PtyPair> pty_;
-  std::unique_ptr<test::ReceiverThread> receiver_;
-};
 
 class GpsInputTest : public ::testing::Test {
  protected:
@@ -89,105 +51,115 @@ class GpsInputTest : public ::testing::Test {
     for (const auto& s : gps.statuses) out += "[" + s + "] ";
     return out;
   }
-  // Scans a receiver plugged in behind a link until it is found, runs `disturb`, stops, and
-  // checks that nothing the scan started is left behind; returns the counts for the figures.
-  std::string comeAndGo(const std::function<void(PluggedReceiver&)>& disturb) {
+  // Runs `work`, stops the scan and checks that nothing it started is left behind; the counts
+  // for the figures.
+  std::string leavingNothingBehind(const std::function<void()>& work) {
     const test::ProcessResources before = test::processResources();
-    {
-      PluggedReceiver usb(test::readFile(test::dataFile("gps/nmea/bu353s4.log")));
-      EXPECT_TRUE(usb.plugIn(0));
-      input.addScanDevice(usb.link());
-      input.startScanning();
-      EXPECT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
-      if (!HasFailure()) disturb(usb);
-      input.stopScanning();
-    }
+    work();
+    input.stopScanning();
+    receiver.reset();
+    pty.reset();
     EXPECT_EQ(test::leftBehind(before, test::processResources()), "");
     return "nothing left behind of " + std::to_string(before.threads.size()) + " threads and " +
            std::to_string(before.descriptors.size()) + " descriptors";
   }
 
+  // A receiver on a USB port: a new pseudo-terminal at every plug behind a fixed link (as udev
+  // names a receiver), sending the capture from byte `from`, in the middle of a sentence.
+  bool plugIn(size_t from) {
+    pty = std::make_unique<test::PtyPair>();
+    if (!pty->ok()) return false;
+    std::filesystem::remove(link);
+    std::filesystem::create_symlink(pty->slavePath(), link);
+    send(from);
+    return true;
+  }
+  void send(size_t from) {
+    receiver = std::make_unique<test::ReceiverThread>(
+        pty->master(), std::vector<uint8_t>(capture.begin() + static_cast<std::ptrdiff_t>(from), capture.end()), 150);
+  }
+  // Pulled out in the middle of a sentence.
+  void pullOut() {
+    receiver.reset();
+    test::writeAll(pty->master(), reinterpret_cast<const uint8_t*>("$GPRMC,0307"), 11);
+    pty.reset();
+  }
+  // Scans the plugged receiver until it is found and has handed on a fix of its own.
+  void scanPlugged() {
+    ASSERT_TRUE(plugIn(0));
+    input.addScanDevice(link);
+    input.startScanning();
+    ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
+    ASSERT_TRUE(test::waitUntil([&] { return gps.state.currentFix().has(kFixPosition | kFixTime); }, 4000));
+    // 37°47.09'S 175°18.89'E (its own GGA and RMC sentences).
+    EXPECT_NEAR(gps.state.currentFix().latitude, -37.7848, 1e-3);
+    EXPECT_NEAR(gps.state.currentFix().longitude, 175.3149, 1e-3);
+  }
+
   std::atomic<int> connected{0}, noConnection{0};
+  const std::vector<uint8_t> capture = test::readFile(test::dataFile("gps/nmea/bu353s4.log"));
+  const std::filesystem::path link = test::scratchDir("plugged") / "ttyGPS";
+  std::unique_ptr<test::PtyPair> pty;
+  std::unique_ptr<test::ReceiverThread> receiver;
   Settings settings;
   test::FixCollector gps;
   GpsInput input{gps, settings};
 };
+using GpsdClient = GpsInputTest;
 
 TEST_F(GpsInputTest, FindsAReceiverAndStopJoinsEveryThread) {
+  test::PtyPair receiverPort;
+  ASSERT_TRUE(receiverPort.ok());
+  input.addScanDevice(receiverPort.slavePath());
+  // Whole reads of 1 KB with "$PFEC," sentences between the GGA ones.
+  test::ReceiverThread hp(receiverPort.master(), test::readFile(test::dataFile("gps/nmea/hp58534a.log")), 150, 1024);
   uint16_t port = 0;
   const int server = test::listenLocal(port);
   ASSERT_GE(server, 0);
-  struct Case {
-    const char* capture;
-    size_t chunk;    // 0: the receiver's own bursts; else reads this large
-    uint32_t flags;  // what its fixes carry
-    double latitude, longitude;
-  };
-  const Case cases[] = {
-      // 37°47.09'S 175°18.89'E (its own GGA and RMC sentences).
-      {"gps/nmea/bu353s4.log", 0, kFixPosition | kFixTime, -37.7848, 175.3149},
-      // Whole reads of 1 KB with "$PFEC," sentences between the GGA ones: 33°49.03'S 18°43.93'E.
-      {"gps/nmea/hp58534a.log", 1024, kFixPosition, -33.8172, 18.7321},
-  };
-  for (const Case& c : cases) {
-    SCOPED_TRACE(c.capture);
-    test::PtyPair pty;
-    ASSERT_TRUE(pty.ok());
-    input.clearScanSources();
-    input.addScanDevice(pty.slavePath());
-    input.setGpsdSource("127.0.0.1", port);
-    // Each pseudo-terminal is a device of its own, which keeps a number of its own.
-    int number = 0;
-    for (const SerialPortInfo& info : input.scanPortList()) number = info.path == pty.slavePath() ? info.number : number;
-    ASSERT_GT(number, 0);
-    {
-      std::lock_guard lock(gps.mutex);
-      gps.statuses.clear();
-    }
-    // The demo runs until a receiver is found.
-    DemoReplayOptions demo;
-    demo.burstMs = 150;
-    ASSERT_TRUE(input.demoReplay().startDemoReplay(test::dataFile("gps/nmea/bundg_zeus_9.log").string(), demo));
-    test::ReceiverThread receiver(pty.master(), test::readFile(test::dataFile(c.capture)), 150, c.chunk);
-    input.beginScan();
-    ASSERT_TRUE(waitStatus("NMEA-0183 через COM" + std::to_string(number))) << history();
-    EXPECT_TRUE(input.receiverFound());
-    ASSERT_TRUE(test::waitUntil([&] { return !input.demoReplay().isDemoReplaying(); }, 4000));
-    // Several reads later the receiver is still kept: no read broke the protocol.
-    const size_t before = gps.fixesSoFar().size();
-    std::vector<GpsFix> fixes;
-    ASSERT_TRUE(test::waitUntil([&] {
-      fixes = gps.fixesSoFar();
-      fixes.erase(fixes.begin(), fixes.begin() + static_cast<std::ptrdiff_t>(before));
-      std::erase_if(fixes, [&](const GpsFix& f) { return !f.has(c.flags); });
-      return fixes.size() >= 4;
-    }, 4000)) << history();
-    EXPECT_EQ(gps.statusCount("Ошибка протокола."), 0) << history();
-    EXPECT_NEAR(fixes.back().latitude, c.latitude, 1e-3);
-    EXPECT_NEAR(fixes.back().longitude, c.longitude, 1e-3);
-    // The gpsd thread had connected and asked for reports, which never came.
-    pollfd incoming{server, POLLIN, 0};
-    ASSERT_EQ(::poll(&incoming, 1, 4000), 1);
-    const int client = ::accept(server, nullptr, nullptr);
-    ASSERT_GE(client, 0);
-    char request[256];
-    EXPECT_GT(::recv(client, request, sizeof request, 0), 0);
-    // The first to speak wins: the others end.
-    EXPECT_TRUE(test::waitUntil([&] { return input.activeScanThreads() == 1; }, 4000));
+  input.setGpsdSource("127.0.0.1", port);
+  DemoReplayOptions demo;
+  demo.burstMs = 150;
+  ASSERT_TRUE(input.demoReplay().startDemoReplay(test::dataFile("gps/nmea/bundg_zeus_9.log").string(), demo));
 
-    EXPECT_TRUE(input.stopScanning()) << "every thread ended within the stop's wait";
-    EXPECT_EQ(input.activeScanThreads(), 0);
-    EXPECT_TRUE(input.isGpsInputShutDown());
-    EXPECT_GT(gps.statusCount("Нет соединения с GPS-приемником"), 0);
-    // Both were let go: the connection is closed and the port can be claimed again.
-    pollfd closed{client, POLLIN, 0};
-    EXPECT_EQ(::poll(&closed, 1, 0), 1);
-    EXPECT_EQ(::recv(client, request, sizeof request, MSG_DONTWAIT), 0);
-    SerialPort again;
-    EXPECT_TRUE(again.open(pty.slavePath()));
-    ::close(client);
+  input.beginScan();
+  ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
+  EXPECT_TRUE(input.receiverFound());
+  // The demo runs until a receiver is found; several reads later the receiver is still kept.
+  ASSERT_TRUE(test::waitUntil([&] { return !input.demoReplay().isDemoReplaying(); }, 4000));
+  const auto before = static_cast<std::ptrdiff_t>(gps.fixesSoFar().size());
+  std::vector<GpsFix> fixes;
+  ASSERT_TRUE(test::waitUntil([&] {
+    fixes = gps.fixesSoFar();
+    fixes.erase(fixes.begin(), fixes.begin() + before);
+    std::erase_if(fixes, [](const GpsFix& f) { return !f.has(kFixPosition); });
+    return fixes.size() >= 4;
+  }, 4000)) << history();
+  EXPECT_EQ(gps.statusCount("Ошибка протокола."), 0) << history();
+  for (const GpsFix& f : fixes) {  // 33°49.03'S 18°43.93'E
+    EXPECT_NEAR(f.latitude, -33.8172, 1e-3);
+    EXPECT_NEAR(f.longitude, 18.7321, 1e-3);
   }
-  EXPECT_EQ(connected, 2);
+  // The gpsd thread had connected and asked for reports, which never came.
+  pollfd incoming{server, POLLIN, 0};
+  ASSERT_EQ(::poll(&incoming, 1, 4000), 1);
+  const int client = ::accept(server, nullptr, nullptr);
+  ASSERT_GE(client, 0);
+  char request[256];
+  EXPECT_GT(::recv(client, request, sizeof request, 0), 0);
+  // The first to speak wins: the others end.
+  EXPECT_TRUE(test::waitUntil([&] { return input.activeScanThreads() == 1; }, 4000));
+
+  EXPECT_TRUE(input.stopScanning()) << "every thread ended within the stop's wait";
+  EXPECT_EQ(input.activeScanThreads(), 0);
+  EXPECT_TRUE(input.isGpsInputShutDown());
+  EXPECT_GT(gps.statusCount("Нет соединения с GPS-приемником"), 0);
+  // Both were let go: the connection is closed and the port can be claimed again.
+  pollfd closed{client, POLLIN, 0};
+  EXPECT_EQ(::poll(&closed, 1, 0), 1);
+  EXPECT_EQ(::recv(client, request, sizeof request, MSG_DONTWAIT), 0);
+  SerialPort again;
+  EXPECT_TRUE(again.open(receiverPort.slavePath()));
+  ::close(client);
   ::close(server);
 }
 
@@ -196,14 +168,15 @@ TEST_F(GpsInputTest, FindsAReceiverAndStopJoinsEveryThread) {
 TEST_F(GpsInputTest, AReceiverPulledOutAndPutBackIsTakenUpEveryTime) {
   const int times = test::tortureCount(1, 20);
   std::mt19937 random(std::random_device{}());
-  const std::string left = comeAndGo([&](PluggedReceiver& usb) {
-    for (int time = 1; time <= times; ++time) {
+  const std::string left = leavingNothingBehind([&] {
+    scanPlugged();
+    for (int time = 1; time <= times && !HasFailure(); ++time) {
       SCOPED_TRACE("time " + std::to_string(time));
-      usb.pullOut();
+      pullOut();
       ASSERT_TRUE(waitStatus("Не обнаружено данных.", time, kTakeUpMs)) << history();
       EXPECT_FALSE(input.receiverFound());
       EXPECT_EQ(noConnection, time);
-      ASSERT_TRUE(usb.plugIn(std::uniform_int_distribution<size_t>(0, usb.size() / 2)(random)));
+      ASSERT_TRUE(plugIn(std::uniform_int_distribution<size_t>(0, capture.size() / 2)(random)));
       ASSERT_TRUE(waitStatus("NMEA-0183 через COM1", time + 1, kTakeUpMs)) << history();
       EXPECT_GE(gps.statusCount("Поиск данных - Протокол Garmin..."), time) << "the search went on with Garmin";
       EXPECT_TRUE(input.isScanning());
@@ -220,10 +193,12 @@ TEST_F(GpsInputTest, AReceiverPulledOutAndPutBackIsTakenUpEveryTime) {
 TEST_F(GpsInputTest, AFloodOfRandomBytesIsSurvivedAndTheReceiverTakenUpAfterIt) {
   const int seconds = test::tortureCount(3, 60);
   size_t offered = 0, flooded = 0;
-  const std::string left = comeAndGo([&](PluggedReceiver& usb) {
-    usb.stopSending();
-    const int flags = ::fcntl(usb.master(), F_GETFL);
-    ::fcntl(usb.master(), F_SETFL, flags | O_NONBLOCK);  // what the port cannot take is lost, as on a line
+  const std::string left = leavingNothingBehind([&] {
+    scanPlugged();
+    if (HasFailure()) return;
+    receiver.reset();
+    const int flags = ::fcntl(pty->master(), F_GETFL);
+    ::fcntl(pty->master(), F_SETFL, flags | O_NONBLOCK);  // what the port cannot take is lost, as on a line
     std::mt19937 random(std::random_device{}());
     const auto start = std::chrono::steady_clock::now();
     for (auto now = start; now < start + std::chrono::seconds(seconds); now = std::chrono::steady_clock::now()) {
@@ -231,21 +206,116 @@ TEST_F(GpsInputTest, AFloodOfRandomBytesIsSurvivedAndTheReceiverTakenUpAfterIt) 
       std::vector<uint8_t> slice(std::min<size_t>(static_cast<size_t>(ms) * 11520 / 1000 - offered, 4096));
       for (uint8_t& b : slice) b = static_cast<uint8_t>(random());  // 11520 bytes a second: ten bits a byte
       offered += slice.size();
-      const ssize_t n = slice.empty() ? 0 : ::write(usb.master(), slice.data(), slice.size());
+      const ssize_t n = slice.empty() ? 0 : ::write(pty->master(), slice.data(), slice.size());
       flooded += n > 0 ? static_cast<size_t>(n) : 0;
       std::this_thread::sleep_for(std::chrono::milliseconds(10));
     }
-    ::fcntl(usb.master(), F_SETFL, flags);
+    ::fcntl(pty->master(), F_SETFL, flags);
     EXPECT_GT(gps.statusCount("Ошибка протокола."), 0) << history();
     EXPECT_TRUE(input.isScanning());
     EXPECT_EQ(input.activeScanThreads(), 1);
-    const int found = gps.statusCount("NMEA-0183 через COM1");
-    usb.send(0);
-    ASSERT_TRUE(waitStatus("NMEA-0183 через COM1", found + 1, kTakeUpMs)) << history();
+    send(0);
+    ASSERT_TRUE(waitStatus("NMEA-0183 через COM1", 2, kTakeUpMs)) << history();
   });
   test::reportTorture("flood: " + std::to_string(seconds) + " s of random bytes at 115200 baud (" +
                       std::to_string(offered) + " bytes, " + std::to_string(flooded) +
                       " taken by the port), receiver taken up after it, " + left);
+}
+
+// Debian's gpsd, fed a capture over and over by gpsfake (-n: from the start; waiting for a
+// client, it misses one that connected before it began to look) in a process group of its own.
+class Gpsfake {
+ public:
+  Gpsfake(const std::filesystem::path& capture, uint16_t port) : child(::fork()) {
+    if (child == 0) {
+      ::setpgid(0, 0);
+      std::freopen("/dev/null", "w", stderr);
+      std::freopen("/dev/null", "w", stdout);
+      ::execl("/usr/bin/gpsfake", "gpsfake", "-n", "-q", "-c", "0.05", "-P", std::to_string(port).c_str(),
+              capture.c_str(), static_cast<char*>(nullptr));
+      ::_exit(127);
+    }
+    if (child > 0) ::setpgid(child, child);
+  }
+  ~Gpsfake() {
+    if (child <= 0) return;
+    ::kill(-child, SIGTERM);
+    ::waitpid(child, nullptr, 0);
+  }
+  const pid_t child;
+};
+
+// Whether the gpsd at `port` sends a TPV report to a client of its own within `ms`. Now and
+// then gpsfake starts a gpsd that it never gives its device, which reports nothing.
+bool gpsdReports(uint16_t port, int ms) {
+  int fd = -1;
+  std::string seen;
+  const bool reported = test::waitUntil([&] {
+    if (fd < 0) {  // gpsd may not listen yet
+      sockaddr_in a{AF_INET, htons(port), {htonl(INADDR_LOOPBACK)}, {}};
+      fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+      if (::connect(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0 ||
+          ::send(fd, kGpsdWatch.data(), kGpsdWatch.size(), MSG_NOSIGNAL) <= 0) {
+        ::close(fd);
+        fd = -1;
+      }
+      return false;
+    }
+    char chunk[4096];
+    const ssize_t n = ::recv(fd, chunk, sizeof chunk, MSG_DONTWAIT);
+    seen.append(chunk, n > 0 ? static_cast<size_t>(n) : 0);
+    return seen.find("\"class\":\"TPV\"") != std::string::npos;
+  }, ms);
+  if (fd >= 0) ::close(fd);
+  return reported;
+}
+
+// gpsd stopped and started again, again and again: each time the loss is reported and gpsd
+// taken up again within the client's waits, and the fixes are the receiver's.
+TEST_F(GpsdClient, RealGpsdStoppedAndStartedAgain) {
+  const auto bu353s4 = test::dataFile("gps/nmea/bu353s4.log");
+  ASSERT_EQ(::access("/usr/bin/gpsfake", X_OK), 0) << "gpsfake is missing (Debian package gpsd-clients)";
+  ASSERT_EQ(::access("/usr/sbin/gpsd", X_OK), 0) << "gpsd is missing (Debian package gpsd)";
+  uint16_t port = 0;
+  const int probe = test::listenLocal(port);
+  ASSERT_GE(probe, 0);
+  ::close(probe);
+  const std::string found = "gpsd через 127.0.0.1:" + std::to_string(port);
+  const int times = test::tortureCount(1, 20);
+  int feedless = 0;  // gpsfake runs that never fed their gpsd
+  const std::string left = leavingNothingBehind([&] {
+    input.setGpsdSource("127.0.0.1", port);
+    input.beginScan();
+    for (int time = 0; time <= times; ++time) {
+      SCOPED_TRACE("time " + std::to_string(time));
+      auto gpsd = std::make_unique<Gpsfake>(bu353s4, port);
+      for (int start = 1; start < 4 && !gpsdReports(port, 10000); ++start, ++feedless) {
+        gpsd.reset();  // that gpsd never had the receiver: start again
+        gpsd = std::make_unique<Gpsfake>(bu353s4, port);
+      }
+      ASSERT_GT(gpsd->child, 0);
+      // gpsfake takes a while to start, and the client's waits between attempts grow up to
+      // half a minute.
+      ASSERT_TRUE(waitStatus(found, time + 1, 45000)) << history();
+      const size_t fixes = gps.fixesSoFar().size();
+      ASSERT_TRUE(test::waitUntil([&] { return gps.fixesSoFar().size() > fixes; }, 10000));
+      EXPECT_TRUE(input.receiverFound());
+      EXPECT_EQ(input.activeScanThreads(), 1);
+      if (time == times) break;
+      gpsd.reset();  // gpsd goes away, and with it the receiver
+      ASSERT_TRUE(waitStatus("Не обнаружено данных.", time + 1, 10000)) << history();
+      EXPECT_FALSE(input.receiverFound());
+    }
+  });
+  for (const GpsFix& f : gps.fixes) {
+    if (!f.has(kFixPosition)) continue;
+    EXPECT_NEAR(f.latitude, -37.7848, 1e-3);
+    EXPECT_NEAR(f.longitude, 175.3149, 1e-3);
+    EXPECT_TRUE(f.fixType == kFixType2D || f.fixType == kFixType3D) << f.fixType;
+  }
+  test::reportTorture("gpsd: stopped and started again " + std::to_string(times) + " times (" +
+                      std::to_string(feedless) + " gpsfake starts without the receiver left out), taken up every time, " +
+                      left);
 }
 
 }  // namespace
