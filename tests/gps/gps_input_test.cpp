@@ -22,7 +22,6 @@
 #include "gps/gps_input.h"
 #include "gps/gpsd_client.h"
 #include "gps/nmea_protocol.h"
-#include "gps/serial_port.h"
 #include "gps_test_support.h"
 #include "pty_support.h"
 
@@ -51,12 +50,16 @@ class GpsInputTest : public ::testing::Test {
     for (const auto& s : gps.statuses) out += "[" + s + "] ";
     return out;
   }
-  // Runs `work`, stops the scan and checks that nothing it started is left behind; the counts
-  // for the figures.
+  // Runs `work`, stops the scan, and checks that the stop ended and joined every thread and
+  // that nothing the scan started is left behind (no port or connection held); the counts for
+  // the figures.
   std::string leavingNothingBehind(const std::function<void()>& work) {
     const test::ProcessResources before = test::processResources();
     work();
-    input.stopScanning();
+    EXPECT_TRUE(input.stopScanning()) << "every thread ended within the stop's wait";
+    EXPECT_EQ(input.activeScanThreads(), 0);
+    EXPECT_TRUE(input.isGpsInputShutDown());
+    EXPECT_GT(gps.statusCount("Нет соединения с GPS-приемником"), 0);
     receiver.reset();
     pty.reset();
     EXPECT_EQ(test::leftBehind(before, test::processResources()), "");
@@ -108,58 +111,49 @@ class GpsInputTest : public ::testing::Test {
 using GpsdClient = GpsInputTest;
 
 TEST_F(GpsInputTest, FindsAReceiverAndStopJoinsEveryThread) {
-  test::PtyPair receiverPort;
-  ASSERT_TRUE(receiverPort.ok());
-  input.addScanDevice(receiverPort.slavePath());
-  // Whole reads of 1 KB with "$PFEC," sentences between the GGA ones.
-  test::ReceiverThread hp(receiverPort.master(), test::readFile(test::dataFile("gps/nmea/hp58534a.log")), 150, 1024);
   uint16_t port = 0;
   const int server = test::listenLocal(port);
   ASSERT_GE(server, 0);
-  input.setGpsdSource("127.0.0.1", port);
-  DemoReplayOptions demo;
-  demo.burstMs = 150;
-  ASSERT_TRUE(input.demoReplay().startDemoReplay(test::dataFile("gps/nmea/bundg_zeus_9.log").string(), demo));
+  leavingNothingBehind([&] {
+    pty = std::make_unique<test::PtyPair>();
+    ASSERT_TRUE(pty->ok());
+    // Whole reads of 1 KB with "$PFEC," sentences between the GGA ones.
+    receiver = std::make_unique<test::ReceiverThread>(
+        pty->master(), test::readFile(test::dataFile("gps/nmea/hp58534a.log")), 150, 1024);
+    input.addScanDevice(pty->slavePath());
+    input.setGpsdSource("127.0.0.1", port);
+    DemoReplayOptions demo;
+    demo.burstMs = 150;
+    ASSERT_TRUE(input.demoReplay().startDemoReplay(test::dataFile("gps/nmea/bundg_zeus_9.log").string(), demo));
 
-  input.beginScan();
-  ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
-  EXPECT_TRUE(input.receiverFound());
-  // The demo runs until a receiver is found; several reads later the receiver is still kept.
-  ASSERT_TRUE(test::waitUntil([&] { return !input.demoReplay().isDemoReplaying(); }, 4000));
-  const auto before = static_cast<std::ptrdiff_t>(gps.fixesSoFar().size());
-  std::vector<GpsFix> fixes;
-  ASSERT_TRUE(test::waitUntil([&] {
-    fixes = gps.fixesSoFar();
-    fixes.erase(fixes.begin(), fixes.begin() + before);
-    std::erase_if(fixes, [](const GpsFix& f) { return !f.has(kFixPosition); });
-    return fixes.size() >= 4;
-  }, 4000)) << history();
-  EXPECT_EQ(gps.statusCount("Ошибка протокола."), 0) << history();
-  for (const GpsFix& f : fixes) {  // 33°49.03'S 18°43.93'E
-    EXPECT_NEAR(f.latitude, -33.8172, 1e-3);
-    EXPECT_NEAR(f.longitude, 18.7321, 1e-3);
-  }
-  // The gpsd thread had connected and asked for reports, which never came.
-  pollfd incoming{server, POLLIN, 0};
-  ASSERT_EQ(::poll(&incoming, 1, 4000), 1);
-  const int client = ::accept(server, nullptr, nullptr);
-  ASSERT_GE(client, 0);
-  char request[256];
-  EXPECT_GT(::recv(client, request, sizeof request, 0), 0);
-  // The first to speak wins: the others end.
-  EXPECT_TRUE(test::waitUntil([&] { return input.activeScanThreads() == 1; }, 4000));
-
-  EXPECT_TRUE(input.stopScanning()) << "every thread ended within the stop's wait";
-  EXPECT_EQ(input.activeScanThreads(), 0);
-  EXPECT_TRUE(input.isGpsInputShutDown());
-  EXPECT_GT(gps.statusCount("Нет соединения с GPS-приемником"), 0);
-  // Both were let go: the connection is closed and the port can be claimed again.
-  pollfd closed{client, POLLIN, 0};
-  EXPECT_EQ(::poll(&closed, 1, 0), 1);
-  EXPECT_EQ(::recv(client, request, sizeof request, MSG_DONTWAIT), 0);
-  SerialPort again;
-  EXPECT_TRUE(again.open(receiverPort.slavePath()));
-  ::close(client);
+    input.beginScan();
+    ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
+    EXPECT_TRUE(input.receiverFound());
+    // The demo runs until a receiver is found; several reads later the receiver is still kept.
+    ASSERT_TRUE(test::waitUntil([&] { return !input.demoReplay().isDemoReplaying(); }, 4000));
+    const auto before = static_cast<std::ptrdiff_t>(gps.fixesSoFar().size());
+    std::vector<GpsFix> fixes;
+    ASSERT_TRUE(test::waitUntil([&] {
+      fixes = gps.fixesSoFar();
+      fixes.erase(fixes.begin(), fixes.begin() + before);
+      std::erase_if(fixes, [](const GpsFix& f) { return !f.has(kFixPosition); });
+      return fixes.size() >= 4;
+    }, 4000)) << history();
+    EXPECT_EQ(gps.statusCount("Ошибка протокола."), 0) << history();
+    for (const GpsFix& f : fixes) {  // 33°49.03'S 18°43.93'E
+      EXPECT_NEAR(f.latitude, -33.8172, 1e-3);
+      EXPECT_NEAR(f.longitude, 18.7321, 1e-3);
+    }
+    // The gpsd thread had connected and asked for reports, which never came.
+    pollfd incoming{server, POLLIN, 0};
+    ASSERT_EQ(::poll(&incoming, 1, 4000), 1);
+    const int client = ::accept(server, nullptr, nullptr);
+    char request[256];
+    EXPECT_GT(::recv(client, request, sizeof request, 0), 0);
+    ::close(client);
+    // The first to speak wins: the others end.
+    EXPECT_TRUE(test::waitUntil([&] { return input.activeScanThreads() == 1; }, 4000));
+  });
   ::close(server);
 }
 
@@ -245,28 +239,16 @@ class Gpsfake {
   const pid_t child;
 };
 
-// Whether the gpsd at `port` sends a TPV report to a client of its own within `ms`. Now and
-// then gpsfake starts a gpsd that it never gives its device, which reports nothing.
+// Whether the gpsd at `port` reports to a client of its own within `ms`. Now and then gpsfake
+// starts a gpsd that it never gives its device, which reports nothing.
 bool gpsdReports(uint16_t port, int ms) {
-  int fd = -1;
-  std::string seen;
-  const bool reported = test::waitUntil([&] {
-    if (fd < 0) {  // gpsd may not listen yet
-      sockaddr_in a{AF_INET, htons(port), {htonl(INADDR_LOOPBACK)}, {}};
-      fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
-      if (::connect(fd, reinterpret_cast<sockaddr*>(&a), sizeof a) != 0 ||
-          ::send(fd, kGpsdWatch.data(), kGpsdWatch.size(), MSG_NOSIGNAL) <= 0) {
-        ::close(fd);
-        fd = -1;
-      }
-      return false;
-    }
-    char chunk[4096];
-    const ssize_t n = ::recv(fd, chunk, sizeof chunk, MSG_DONTWAIT);
-    seen.append(chunk, n > 0 ? static_cast<size_t>(n) : 0);
-    return seen.find("\"class\":\"TPV\"") != std::string::npos;
-  }, ms);
-  if (fd >= 0) ::close(fd);
+  ScanSignals signals;
+  test::FixCollector sink;
+  HostLookups lookups;
+  std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, sink, {}, lookups); });
+  const bool reported = test::waitUntil([&] { return !sink.fixesSoFar().empty(); }, ms);
+  signals.setStop();
+  client.join();
   return reported;
 }
 
