@@ -8,7 +8,6 @@
 #include "gps/demo_capture.h"
 #include "gps/demo_replay.h"
 #include "gps_test_support.h"
-#include "pty_support.h"
 
 namespace orvel {
 namespace {

@@ -1,38 +1,129 @@
-// GPS input end to end: a recorded receiver behind a pseudo-terminal and a silent gpsd are
-// scanned at once; the receiver is found, named by protocol and port, its fixes are handed
-// on, the demo gives way, and a stop ends and joins every thread. Receivers that come and go
-// (pulled out mid-sentence, a flooded port, a gpsd stopped and started again): the status
-// line tells it, the receiver is taken up again, and no thread or descriptor is left behind.
+// GPS input end to end, with recorded receivers behind pseudo-terminals (the scanner opens
+// the slave end by its path, as it would a USB receiver) and gpsd: the receiver is found,
+// named by protocol and port, its fixes are handed on, the demo gives way, and a stop ends
+// and joins every thread. Receivers that come and go (pulled out mid-sentence, a flooded
+// port, a gpsd stopped and started again): the status line tells it, the receiver is taken
+// up again, and no thread or descriptor is left behind.
 #include <gtest/gtest.h>
 
+#include <arpa/inet.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
 
+#include <atomic>
+#include <chrono>
 #include <filesystem>
+#include <functional>
 #include <memory>
 #include <random>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include "common/test_data.h"
 #include "common/torture.h"
 #include "core/settings.h"
+#include "gps/capture_replay.h"
 #include "gps/garmin_protocol.h"
 #include "gps/gps_input.h"
 #include "gps/gpsd_client.h"
 #include "gps/nmea_protocol.h"
 #include "gps_test_support.h"
-#include "pty_support.h"
 
 namespace orvel {
 namespace {
+
+using Clock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
 
 // The longest the scanner takes to have the receiver again after it came back: the silence
 // that ends the lost attempt, the pause after a loss, the other protocol's wait for an answer,
 // and a few bursts; with room for a loaded machine.
 constexpr int kTakeUpMs =
     static_cast<int>(NmeaProtocol::kSilenceMs + kLostPauseMs + GarminProtocol::kAckTimeoutMs) + 6000;
+
+// Polls `done` every 10 ms for up to `ms`; its last answer.
+bool waitUntil(const std::function<bool()>& done, int ms) {
+  for (const auto until = Clock::now() + milliseconds(ms); !done(); std::this_thread::sleep_for(milliseconds(10))) {
+    if (Clock::now() >= until) return done();
+  }
+  return true;
+}
+
+// A pseudo-terminal, raw from the start (no echo back into the master, no line editing). The
+// slave end is held so that the terminal lives while the scanner reopens it.
+struct PtyPair {
+  PtyPair() {
+    char name[256] = {};
+    termios tio{};
+    if (::openpty(&master, &slave, name, nullptr, nullptr) != 0 || ::tcgetattr(slave, &tio) != 0) return;
+    ::cfmakeraw(&tio);
+    ::tcsetattr(slave, TCSANOW, &tio);
+    path = name;
+  }
+  ~PtyPair() { ::close(master), ::close(slave); }
+  PtyPair(const PtyPair&) = delete;
+  int master = -1, slave = -1;
+  std::string path;
+};
+
+// Writes `capture` into `fd` burst by burst, `gapMs` apart, over and over until stopped; with
+// `chunk`, in pieces of that many bytes instead (as a USB receiver delivers large reads). What
+// the other end writes is read and dropped.
+class ReceiverThread {
+ public:
+  ReceiverThread(int fd, std::vector<uint8_t> capture, uint32_t gapMs, size_t chunk = 0)
+      : thread_([this, fd, capture = std::move(capture), gapMs, chunk] { run(fd, capture, gapMs, chunk); }) {}
+  ~ReceiverThread() {
+    stop_ = true;
+    thread_.join();
+  }
+
+ private:
+  void run(int fd, const std::vector<uint8_t>& capture, uint32_t gapMs, size_t chunk) {
+    std::vector<size_t> bursts = chunk > 0 ? std::vector<size_t>{} : analyseCapture(capture).burstStarts;
+    for (size_t at = chunk; chunk > 0 && at < capture.size(); at += chunk) bursts.push_back(at);
+    bursts.insert(bursts.begin(), 0);
+    bursts.push_back(capture.size());
+    while (!stop_) {
+      for (size_t b = 0; b + 1 < bursts.size() && !stop_; ++b) {
+        for (size_t at = bursts[b]; at < bursts[b + 1];) {
+          const ssize_t n = ::write(fd, capture.data() + at, bursts[b + 1] - at);
+          if (n <= 0) return;
+          at += static_cast<size_t>(n);
+        }
+        for (const auto due = Clock::now() + milliseconds(gapMs); !stop_ && Clock::now() < due;) {
+          pollfd p{fd, POLLIN, 0};
+          uint8_t in[256];
+          if (::poll(&p, 1, 10) > 0 && (p.revents & POLLIN) && ::read(fd, in, sizeof in) <= 0) return;
+        }
+      }
+    }
+  }
+
+  std::atomic<bool> stop_{false};
+  std::thread thread_;
+};
+
+// A socket listening on 127.0.0.1, and its port.
+int listenLocal(uint16_t& port) {
+  const int fd = ::socket(AF_INET, SOCK_STREAM | SOCK_CLOEXEC, 0);
+  sockaddr_in a{AF_INET, 0, {htonl(INADDR_LOOPBACK)}, {}};
+  socklen_t size = sizeof a;
+  if (::bind(fd, reinterpret_cast<sockaddr*>(&a), size) != 0 || ::listen(fd, 4) != 0 ||
+      ::getsockname(fd, reinterpret_cast<sockaddr*>(&a), &size) != 0) {
+    ::close(fd);
+    return -1;
+  }
+  port = ntohs(a.sin_port);
+  return fd;
+}
 
 class GpsInputTest : public ::testing::Test {
  protected:
@@ -42,7 +133,7 @@ class GpsInputTest : public ::testing::Test {
     input.setScanRoots({}, false);
   }
   bool waitStatus(const std::string& text, int count = 1, int ms = 4000) {
-    return test::waitUntil([&] { return gps.statusCount(text) == count; }, ms);
+    return waitUntil([&] { return gps.statusCount(text) == count; }, ms);
   }
   std::string history() {
     std::lock_guard lock(gps.mutex);
@@ -70,21 +161,21 @@ class GpsInputTest : public ::testing::Test {
   // A receiver on a USB port: a new pseudo-terminal at every plug behind a fixed link (as udev
   // names a receiver), sending the capture from byte `from`, in the middle of a sentence.
   bool plugIn(size_t from) {
-    pty = std::make_unique<test::PtyPair>();
-    if (!pty->ok()) return false;
+    pty = std::make_unique<PtyPair>();
+    if (pty->path.empty()) return false;
     std::filesystem::remove(link);
-    std::filesystem::create_symlink(pty->slavePath(), link);
+    std::filesystem::create_symlink(pty->path, link);
     send(from);
     return true;
   }
   void send(size_t from) {
-    receiver = std::make_unique<test::ReceiverThread>(
-        pty->master(), std::vector<uint8_t>(capture.begin() + static_cast<std::ptrdiff_t>(from), capture.end()), 150);
+    receiver = std::make_unique<ReceiverThread>(
+        pty->master, std::vector<uint8_t>(capture.begin() + static_cast<std::ptrdiff_t>(from), capture.end()), 150);
   }
   // Pulled out in the middle of a sentence.
   void pullOut() {
     receiver.reset();
-    test::writeAll(pty->master(), reinterpret_cast<const uint8_t*>("$GPRMC,0307"), 11);
+    EXPECT_EQ(::write(pty->master, "$GPRMC,0307", 11), 11);
     pty.reset();
   }
   // Scans the plugged receiver until it is found and has handed on a fix of its own.
@@ -93,7 +184,7 @@ class GpsInputTest : public ::testing::Test {
     input.addScanDevice(link);
     input.startScanning();
     ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
-    ASSERT_TRUE(test::waitUntil([&] { return gps.state.currentFix().has(kFixPosition | kFixTime); }, 4000));
+    ASSERT_TRUE(waitUntil([&] { return gps.state.currentFix().has(kFixPosition | kFixTime); }, 4000));
     // 37°47.09'S 175°18.89'E (its own GGA and RMC sentences).
     EXPECT_NEAR(gps.state.currentFix().latitude, -37.7848, 1e-3);
     EXPECT_NEAR(gps.state.currentFix().longitude, 175.3149, 1e-3);
@@ -102,8 +193,8 @@ class GpsInputTest : public ::testing::Test {
   std::atomic<int> connected{0}, noConnection{0};
   const std::vector<uint8_t> capture = test::readFile(test::dataFile("gps/nmea/bu353s4.log"));
   const std::filesystem::path link = test::scratchDir("plugged") / "ttyGPS";
-  std::unique_ptr<test::PtyPair> pty;
-  std::unique_ptr<test::ReceiverThread> receiver;
+  std::unique_ptr<PtyPair> pty;
+  std::unique_ptr<ReceiverThread> receiver;
   Settings settings;
   test::FixCollector gps;
   GpsInput input{gps, settings};
@@ -112,15 +203,14 @@ using GpsdClient = GpsInputTest;
 
 TEST_F(GpsInputTest, FindsAReceiverAndStopJoinsEveryThread) {
   uint16_t port = 0;
-  const int server = test::listenLocal(port);
+  const int server = listenLocal(port);
   ASSERT_GE(server, 0);
   leavingNothingBehind([&] {
-    pty = std::make_unique<test::PtyPair>();
-    ASSERT_TRUE(pty->ok());
+    pty = std::make_unique<PtyPair>();
     // Whole reads of 1 KB with "$PFEC," sentences between the GGA ones.
-    receiver = std::make_unique<test::ReceiverThread>(
-        pty->master(), test::readFile(test::dataFile("gps/nmea/hp58534a.log")), 150, 1024);
-    input.addScanDevice(pty->slavePath());
+    receiver = std::make_unique<ReceiverThread>(pty->master, test::readFile(test::dataFile("gps/nmea/hp58534a.log")),
+                                                150, 1024);
+    input.addScanDevice(pty->path);
     input.setGpsdSource("127.0.0.1", port);
     DemoReplayOptions demo;
     demo.burstMs = 150;
@@ -130,10 +220,10 @@ TEST_F(GpsInputTest, FindsAReceiverAndStopJoinsEveryThread) {
     ASSERT_TRUE(waitStatus("NMEA-0183 через COM1")) << history();
     EXPECT_TRUE(input.receiverFound());
     // The demo runs until a receiver is found; several reads later the receiver is still kept.
-    ASSERT_TRUE(test::waitUntil([&] { return !input.demoReplay().isDemoReplaying(); }, 4000));
+    ASSERT_TRUE(waitUntil([&] { return !input.demoReplay().isDemoReplaying(); }, 4000));
     const auto before = static_cast<std::ptrdiff_t>(gps.fixesSoFar().size());
     std::vector<GpsFix> fixes;
-    ASSERT_TRUE(test::waitUntil([&] {
+    ASSERT_TRUE(waitUntil([&] {
       fixes = gps.fixesSoFar();
       fixes.erase(fixes.begin(), fixes.begin() + before);
       std::erase_if(fixes, [](const GpsFix& f) { return !f.has(kFixPosition); });
@@ -152,7 +242,7 @@ TEST_F(GpsInputTest, FindsAReceiverAndStopJoinsEveryThread) {
     EXPECT_GT(::recv(client, request, sizeof request, 0), 0);
     ::close(client);
     // The first to speak wins: the others end.
-    EXPECT_TRUE(test::waitUntil([&] { return input.activeScanThreads() == 1; }, 4000));
+    EXPECT_TRUE(waitUntil([&] { return input.activeScanThreads() == 1; }, 4000));
   });
   ::close(server);
 }
@@ -191,20 +281,19 @@ TEST_F(GpsInputTest, AFloodOfRandomBytesIsSurvivedAndTheReceiverTakenUpAfterIt) 
     scanPlugged();
     if (HasFailure()) return;
     receiver.reset();
-    const int flags = ::fcntl(pty->master(), F_GETFL);
-    ::fcntl(pty->master(), F_SETFL, flags | O_NONBLOCK);  // what the port cannot take is lost, as on a line
+    const int flags = ::fcntl(pty->master, F_GETFL);
+    ::fcntl(pty->master, F_SETFL, flags | O_NONBLOCK);  // what the port cannot take is lost, as on a line
     std::mt19937 random(std::random_device{}());
-    const auto start = std::chrono::steady_clock::now();
-    for (auto now = start; now < start + std::chrono::seconds(seconds); now = std::chrono::steady_clock::now()) {
-      const auto ms = std::chrono::duration_cast<std::chrono::milliseconds>(now - start).count();
-      std::vector<uint8_t> slice(std::min<size_t>(static_cast<size_t>(ms) * 11520 / 1000 - offered, 4096));
-      for (uint8_t& b : slice) b = static_cast<uint8_t>(random());  // 11520 bytes a second: ten bits a byte
+    for (auto start = Clock::now(), now = start; now < start + std::chrono::seconds(seconds); now = Clock::now()) {
+      const auto due = static_cast<size_t>(std::chrono::duration_cast<milliseconds>(now - start).count()) * 11520 / 1000;
+      std::vector<uint8_t> slice(std::min<size_t>(due - offered, 4096));  // ten bits a byte
+      for (uint8_t& b : slice) b = static_cast<uint8_t>(random());
       offered += slice.size();
-      const ssize_t n = slice.empty() ? 0 : ::write(pty->master(), slice.data(), slice.size());
+      const ssize_t n = slice.empty() ? 0 : ::write(pty->master, slice.data(), slice.size());
       flooded += n > 0 ? static_cast<size_t>(n) : 0;
-      std::this_thread::sleep_for(std::chrono::milliseconds(10));
+      std::this_thread::sleep_for(milliseconds(10));
     }
-    ::fcntl(pty->master(), F_SETFL, flags);
+    ::fcntl(pty->master, F_SETFL, flags);
     EXPECT_GT(gps.statusCount("Ошибка протокола."), 0) << history();
     EXPECT_TRUE(input.isScanning());
     EXPECT_EQ(input.activeScanThreads(), 1);
@@ -218,8 +307,7 @@ TEST_F(GpsInputTest, AFloodOfRandomBytesIsSurvivedAndTheReceiverTakenUpAfterIt) 
 
 // Debian's gpsd, fed a capture over and over by gpsfake (-n: from the start; waiting for a
 // client, it misses one that connected before it began to look) in a process group of its own.
-class Gpsfake {
- public:
+struct Gpsfake {
   Gpsfake(const std::filesystem::path& capture, uint16_t port) : child(::fork()) {
     if (child == 0) {
       ::setpgid(0, 0);
@@ -232,9 +320,7 @@ class Gpsfake {
     if (child > 0) ::setpgid(child, child);
   }
   ~Gpsfake() {
-    if (child <= 0) return;
-    ::kill(-child, SIGTERM);
-    ::waitpid(child, nullptr, 0);
+    if (child > 0) ::kill(-child, SIGTERM), ::waitpid(child, nullptr, 0);
   }
   const pid_t child;
 };
@@ -246,7 +332,7 @@ bool gpsdReports(uint16_t port, int ms) {
   test::FixCollector sink;
   HostLookups lookups;
   std::thread client([&] { readGpsd(GpsdAddress{"127.0.0.1", port}, signals, sink, {}, lookups); });
-  const bool reported = test::waitUntil([&] { return !sink.fixesSoFar().empty(); }, ms);
+  const bool reported = waitUntil([&] { return !sink.fixesSoFar().empty(); }, ms);
   signals.setStop();
   client.join();
   return reported;
@@ -259,9 +345,8 @@ TEST_F(GpsdClient, RealGpsdStoppedAndStartedAgain) {
   ASSERT_EQ(::access("/usr/bin/gpsfake", X_OK), 0) << "gpsfake is missing (Debian package gpsd-clients)";
   ASSERT_EQ(::access("/usr/sbin/gpsd", X_OK), 0) << "gpsd is missing (Debian package gpsd)";
   uint16_t port = 0;
-  const int probe = test::listenLocal(port);
-  ASSERT_GE(probe, 0);
-  ::close(probe);
+  ::close(listenLocal(port));  // a free port
+  ASSERT_GT(port, 0);
   const std::string found = "gpsd через 127.0.0.1:" + std::to_string(port);
   const int times = test::tortureCount(1, 20);
   int feedless = 0;  // gpsfake runs that never fed their gpsd
@@ -280,7 +365,7 @@ TEST_F(GpsdClient, RealGpsdStoppedAndStartedAgain) {
       // half a minute.
       ASSERT_TRUE(waitStatus(found, time + 1, 45000)) << history();
       const size_t fixes = gps.fixesSoFar().size();
-      ASSERT_TRUE(test::waitUntil([&] { return gps.fixesSoFar().size() > fixes; }, 10000));
+      ASSERT_TRUE(waitUntil([&] { return gps.fixesSoFar().size() > fixes; }, 10000));
       EXPECT_TRUE(input.receiverFound());
       EXPECT_EQ(input.activeScanThreads(), 1);
       if (time == times) break;
