@@ -73,43 +73,29 @@ struct PtyPair {
   std::string path;
 };
 
-// Writes `capture` into `fd` burst by burst, `gapMs` apart, over and over until stopped; with
-// `chunk`, in pieces of that many bytes instead (as a USB receiver delivers large reads). What
-// the other end writes is read and dropped.
-class ReceiverThread {
- public:
-  ReceiverThread(int fd, std::vector<uint8_t> capture, uint32_t gapMs, size_t chunk = 0)
-      : thread_([this, fd, capture = std::move(capture), gapMs, chunk] { run(fd, capture, gapMs, chunk); }) {}
-  ~ReceiverThread() {
-    stop_ = true;
-    thread_.join();
-  }
-
- private:
-  void run(int fd, const std::vector<uint8_t>& capture, uint32_t gapMs, size_t chunk) {
+// A receiver: writes `capture` into `fd` burst by burst, 150 ms apart, over and over until
+// stopped; with `chunk`, in pieces of that many bytes instead (as a USB receiver delivers
+// large reads). What the other end writes is read and dropped.
+std::jthread receiverThread(int fd, std::vector<uint8_t> capture, size_t chunk = 0) {
+  return std::jthread([fd, capture = std::move(capture), chunk](const std::stop_token& stop) {
     std::vector<size_t> bursts = chunk > 0 ? std::vector<size_t>{} : analyseCapture(capture).burstStarts;
     for (size_t at = chunk; chunk > 0 && at < capture.size(); at += chunk) bursts.push_back(at);
     bursts.insert(bursts.begin(), 0);
     bursts.push_back(capture.size());
-    while (!stop_) {
-      for (size_t b = 0; b + 1 < bursts.size() && !stop_; ++b) {
-        for (size_t at = bursts[b]; at < bursts[b + 1];) {
-          const ssize_t n = ::write(fd, capture.data() + at, bursts[b + 1] - at);
-          if (n <= 0) return;
-          at += static_cast<size_t>(n);
-        }
-        for (const auto due = Clock::now() + milliseconds(gapMs); !stop_ && Clock::now() < due;) {
-          pollfd p{fd, POLLIN, 0};
-          uint8_t in[256];
-          if (::poll(&p, 1, 10) > 0 && (p.revents & POLLIN) && ::read(fd, in, sizeof in) <= 0) return;
-        }
+    for (size_t b = 0; !stop.stop_requested(); b = (b + 1) % (bursts.size() - 1)) {
+      for (size_t at = bursts[b]; at < bursts[b + 1];) {
+        const ssize_t n = ::write(fd, capture.data() + at, bursts[b + 1] - at);
+        if (n <= 0) return;
+        at += static_cast<size_t>(n);
+      }
+      for (const auto due = Clock::now() + milliseconds(150); !stop.stop_requested() && Clock::now() < due;) {
+        pollfd p{fd, POLLIN, 0};
+        uint8_t in[256];
+        if (::poll(&p, 1, 10) > 0 && (p.revents & POLLIN) && ::read(fd, in, sizeof in) <= 0) return;
       }
     }
-  }
-
-  std::atomic<bool> stop_{false};
-  std::thread thread_;
-};
+  });
+}
 
 // A socket listening on 127.0.0.1, and its port.
 int listenLocal(uint16_t& port) {
@@ -151,7 +137,7 @@ class GpsInputTest : public ::testing::Test {
     EXPECT_EQ(input.activeScanThreads(), 0);
     EXPECT_TRUE(input.isGpsInputShutDown());
     EXPECT_GT(gps.statusCount("Нет соединения с GPS-приемником"), 0);
-    receiver.reset();
+    receiver = {};
     pty.reset();
     EXPECT_EQ(test::leftBehind(before, test::processResources()), "");
     return "nothing left behind of " + std::to_string(before.threads.size()) + " threads and " +
@@ -169,12 +155,11 @@ class GpsInputTest : public ::testing::Test {
     return true;
   }
   void send(size_t from) {
-    receiver = std::make_unique<ReceiverThread>(
-        pty->master, std::vector<uint8_t>(capture.begin() + static_cast<std::ptrdiff_t>(from), capture.end()), 150);
+    receiver = receiverThread(pty->master, {capture.begin() + static_cast<std::ptrdiff_t>(from), capture.end()});
   }
   // Pulled out in the middle of a sentence.
   void pullOut() {
-    receiver.reset();
+    receiver = {};
     EXPECT_EQ(::write(pty->master, "$GPRMC,0307", 11), 11);
     pty.reset();
   }
@@ -194,7 +179,7 @@ class GpsInputTest : public ::testing::Test {
   const std::vector<uint8_t> capture = test::readFile(test::dataFile("gps/nmea/bu353s4.log"));
   const std::filesystem::path link = test::scratchDir("plugged") / "ttyGPS";
   std::unique_ptr<PtyPair> pty;
-  std::unique_ptr<ReceiverThread> receiver;
+  std::jthread receiver;
   Settings settings;
   test::FixCollector gps;
   GpsInput input{gps, settings};
@@ -208,8 +193,7 @@ TEST_F(GpsInputTest, FindsAReceiverAndStopJoinsEveryThread) {
   leavingNothingBehind([&] {
     pty = std::make_unique<PtyPair>();
     // Whole reads of 1 KB with "$PFEC," sentences between the GGA ones.
-    receiver = std::make_unique<ReceiverThread>(pty->master, test::readFile(test::dataFile("gps/nmea/hp58534a.log")),
-                                                150, 1024);
+    receiver = receiverThread(pty->master, test::readFile(test::dataFile("gps/nmea/hp58534a.log")), 1024);
     input.addScanDevice(pty->path);
     input.setGpsdSource("127.0.0.1", port);
     DemoReplayOptions demo;
@@ -280,7 +264,7 @@ TEST_F(GpsInputTest, AFloodOfRandomBytesIsSurvivedAndTheReceiverTakenUpAfterIt) 
   const std::string left = leavingNothingBehind([&] {
     scanPlugged();
     if (HasFailure()) return;
-    receiver.reset();
+    receiver = {};
     const int flags = ::fcntl(pty->master, F_GETFL);
     ::fcntl(pty->master, F_SETFL, flags | O_NONBLOCK);  // what the port cannot take is lost, as on a line
     std::mt19937 random(std::random_device{}());
