@@ -196,8 +196,7 @@ std::vector<SentenceCase> sentenceCases() {
       {"RmcChecksumWithoutCrUnchecked", "$GPRMC,030719.000,A,3747.0873,S,17518.8938,E,0.69,181.39,311214,,,A*00\n",
        kRmcAll},
       {"RmcWestVariationAndFraction", nmeaLine("GPRMC,235959.50,A,4807.038,N,01131.000,W,022.4,084.4,311299,003.1,W"),
-       kRmcAll,
-       {{&F::latitude, 48.1173}, {&F::longitude, -11.5166667}, {&F::speed, 22.4 * 1.852},
+       kRmcAll, {{&F::latitude, 48.1173}, {&F::longitude, -11.5166667}, {&F::speed, 22.4 * 1.852},
         {&F::magneticVariation, -3.1}},
        {}, CalendarTime{2099, 12, 31, 23, 59, 59, 500}},
       {"RmcEmptyLongitudeKeepsTheRest", nmeaLine("GPRMC,120000,A,4807.038,N,,E,022.4,084.4,230394,003.1,W"),
@@ -218,9 +217,7 @@ std::vector<SentenceCase> sentenceCases() {
       {"GsaNoFixClearsDops", "$GPGSA,A,1,,,,,,,,,,,,,,,*1E\r\n", kFixType, {}, kFixTypeInvalid},
 
       // "No fix" takes back what came before in the burst.
-      {"GsaNoFixAfterGga",
-       kGga + "$GPGSA,A,1,,,,,,,,,,,,,,,*1E\r\n",
-       kGgaNoFix, {}, kFixTypeInvalid},
+      {"GsaNoFixAfterGga", kGga + "$GPGSA,A,1,,,,,,,,,,,,,,,*1E\r\n", kGgaNoFix, {}, kFixTypeInvalid},
   };
 }
 
