@@ -5,10 +5,8 @@
 namespace orvel::test {
 int appendTrackPointsUntilKilled(const std::filesystem::path& folder);
 int recordRunUntilKilled(const std::filesystem::path& folder);
-int writeMpsAndDie(const std::filesystem::path& folder);
 int saveWaypointsUntilKilled(const std::filesystem::path& folder);
 int saveWaypointsIntoReadOnlyFolder(const std::filesystem::path& folder);
-int saveWaypointsKilledBeforeReplace(const std::filesystem::path& folder);
 }  // namespace orvel::test
 
 int main(int argc, char** argv) {
@@ -16,10 +14,8 @@ int main(int argc, char** argv) {
   const ChildWork works[] = {
       {"appendTrackPointsUntilKilled", appendTrackPointsUntilKilled},
       {"recordRunUntilKilled", recordRunUntilKilled},
-      {"writeMpsAndDie", writeMpsAndDie},
       {"saveWaypointsUntilKilled", saveWaypointsUntilKilled},
       {"saveWaypointsIntoReadOnlyFolder", saveWaypointsIntoReadOnlyFolder},
-      {"saveWaypointsKilledBeforeReplace", saveWaypointsKilledBeforeReplace},
   };
   return childMain(argc, argv, works);
 }

@@ -228,28 +228,4 @@ int recordRunUntilKilled(const std::filesystem::path& folder) {
   }
 }
 
-// A run that is never ended: the child dies in it.
-int writeMpsAndDie(const std::filesystem::path& folder) {
-  Messages messages;
-  TrackExport trackExport(folder, messages);
-  trackExport.openTrackFileAt(localTime(2023, 1, 2, 3, 4, 9));
-  for (int i = 0; i < 200; ++i) trackExport.appendMpsPoint({i, i, false, 0, false, 0, false, 0});
-  ::raise(SIGKILL);
-  return 0;
-}
-
-namespace {
-
-TEST_F(MpsWriterTest, CrashLeavesThePlaceholders) {
-  const int status = runChild("writeMpsAndDie", dir);
-  ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
-  const auto bytes = bytesOf(dir / "2023-01-02_03-04-09.mps");
-  ASSERT_GE(bytes.size(), 44u + 5 + 14u);  // the first buffers reached the file
-  EXPECT_EQ(le::load32(bytes.data() + 44), kMpsLengthPlaceholder);
-  EXPECT_EQ(bytes[48], 'T');
-  EXPECT_EQ(le::load32(bytes.data() + 49 + 10 + 5), kMpsCountPlaceholder);
-  EXPECT_FALSE(readMpsFile(bytes));
-}
-
-}  // namespace
 }  // namespace orvel::test

@@ -265,16 +265,6 @@ int saveWaypointsIntoReadOnlyFolder(const std::filesystem::path& folder) {
   return !before.empty() && kept && told && fileText(path) == before ? 0 : 1;
 }
 
-// The child is killed in the middle of replacing the file.
-int saveWaypointsKilledBeforeReplace(const std::filesystem::path& folder) {
-  Messages messages;
-  WaypointStore store(folder, messages);
-  store.loadWaypoints();
-  store.setBeforeReplaceHook([](const std::filesystem::path&) { ::raise(SIGKILL); });
-  store.addWaypoint(10, 20, 0, 0);
-  return 0;
-}
-
 namespace {
 
 TEST_F(WaypointsTest, SaveIntoReadOnlyFolderLosesNothing) {
@@ -289,16 +279,6 @@ TEST_F(WaypointsTest, SaveIntoReadOnlyFolderLosesNothing) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
 }
 
-
-TEST_F(WaypointsTest, InterruptedSaveLosesNothing) {
-  const std::string bytes = header() + record(1, {u"A", u"", u"", u""});
-  writeText(file(), bytes);
-  const int status = runChild("saveWaypointsKilledBeforeReplace", dir);
-  ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
-  EXPECT_EQ(fileText(file()), bytes);
-  store.loadWaypoints();
-  EXPECT_EQ(names(), std::vector<std::u16string>{u"A"});
-}
 
 }  // namespace
 }  // namespace orvel::test
