@@ -17,18 +17,6 @@ namespace orvel {
 namespace {
 
 using test::BabelCounts;
-using test::BabelPoint;
-
-std::vector<std::filesystem::path> sharedGpxFiles() {
-  std::vector<std::filesystem::path> files;
-  const std::filesystem::path folder = test::dataDir() / "gpx";
-  if (folder.empty()) return files;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    if (entry.path().extension() == ".gpx") files.push_back(entry.path());
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
 
 QByteArray bytesOf(const std::filesystem::path& path) {
   const std::vector<unsigned char> raw = test::readFile(path);
@@ -79,7 +67,9 @@ void expectSamePoints(const std::filesystem::path& file, const GpxData& ours) {
 // Each shared file reads as gpsbabel reads it, orvel-tool info tells the same, and written
 // back it validates, keeps its points and reads back the same.
 TEST(GpxRead, SharedFilesReadAsGpsbabelReadsThemAndWriteBackWhole) {
-  const auto files = sharedGpxFiles();
+  const auto files = test::filesIn(test::dataDir() / "gpx", [](const std::string& name) {
+    return name.ends_with(".gpx");
+  });
   ASSERT_GE(files.size(), 20u);
   for (const auto& file : files) {
     SCOPED_TRACE(file.filename().string());

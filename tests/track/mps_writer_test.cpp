@@ -55,13 +55,10 @@ std::vector<uint8_t> bytesOf(const std::filesystem::path& path) {
   return {raw.begin(), raw.end()};
 }
 
+// Local broken-down time, as a run's start is given.
 std::tm localTime(int year, int month, int day, int hour, int minute, int second) {
   std::tm t{};
-  t.tm_year = year - 1900;
-  t.tm_mon = month - 1;
-  t.tm_mday = day;
-  t.tm_hour = hour;
-  t.tm_min = minute;
+  t.tm_year = year - 1900, t.tm_mon = month - 1, t.tm_mday = day, t.tm_hour = hour, t.tm_min = minute;
   t.tm_sec = second;
   return t;
 }

@@ -175,9 +175,9 @@ std::optional<uint64_t> wholeState(std::vector<uint64_t> states) {
 }
 
 // Saves killed at random moments, again and again: Waypoints.bin is always one whole state,
-// the last saved or the one being saved, never a broken one, and Waypoints.gpx the same
-// state or the one before (it is written after); temporaries of killed saves do not pile
-// up; the next start carries on from what is there.
+// the last saved or the one being saved, never a broken one; Waypoints.gpx, written after
+// it, is whole too and holds at least the last save that returned; temporaries of killed
+// saves do not pile up; the next start carries on from what is there.
 TEST_F(WaypointsTest, SavesKilledAtRandomLeaveTheOldOrTheNewList) {
   std::optional<uint64_t> newest;
   uint64_t saves = 0;
@@ -207,15 +207,17 @@ TEST_F(WaypointsTest, SavesKilledAtRandomLeaveTheOldOrTheNewList) {
         states.push_back(static_cast<uint64_t>(std::lround(unixSecondsToAutomationDate(w.point.time.value_or(0.0)) - kFirstDay)));
       }
       const auto gpxState = wholeState(states);
-      ASSERT_TRUE(gpxState && (*gpxState == *state || *gpxState + 1 == *state)) << states.size() << " in the GPX";
+      ASSERT_TRUE(gpxState && *gpxState <= *state && *gpxState + 1 >= counted) << states.size() << " in the GPX";
     } else {
-      ASSERT_EQ(*state, 0u) << error.toStdString();  // killed between the first two files
+      ASSERT_EQ(counted, 0u) << error.toStdString();  // no save has returned yet
     }
-    int temporaries = 0;
-    for (const auto& entry : std::filesystem::directory_iterator(dir)) {
-      temporaries += entry.path().filename().string().find(".tmp-") != std::string::npos;
+    for (const std::string prefix : {"Waypoints.bin.tmp-", "Waypoints.gpx.tmp-"}) {
+      int temporaries = 0;
+      for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+        temporaries += entry.path().filename().string().starts_with(prefix);
+      }
+      EXPECT_LE(temporaries, 1) << prefix;
     }
-    EXPECT_LE(temporaries, 1);
     saves += *state + 1 - first;
     newest = *state;
   });
