@@ -12,27 +12,17 @@
 #include <chrono>
 #include <cstdio>
 #include <cstdlib>
+#include <random>
+#include <string_view>
 #include <thread>
 #include <vector>
 
-extern char** environ;
-
 namespace orvel::test {
 
-pid_t startChildTest(const std::string& name, const std::filesystem::path& folder) {
+pid_t startChild(const std::string& name, const std::filesystem::path& folder) {
   // Everything the child needs is built before the fork: after it only exec-safe calls.
-  std::string filter = "--gtest_filter=" + name;
-  std::string disabled = "--gtest_also_run_disabled_tests";
-  std::string program = "/proc/self/exe";
-  std::vector<char*> argv{program.data(), filter.data(), disabled.data(), nullptr};
-  std::string marker = "ORVEL_CHILD_TEST=1";
-  std::string folderVariable = "ORVEL_CHILD_FOLDER=" + folder.string();
-  std::vector<char*> envp;
-  for (char** e = environ; *e; ++e) envp.push_back(*e);
-  envp.push_back(marker.data());
-  envp.push_back(folderVariable.data());
-  envp.push_back(nullptr);
-
+  std::string program = "/proc/self/exe", flag = "--child", work = name, where = folder.string();
+  std::vector<char*> argv{program.data(), flag.data(), work.data(), where.data(), nullptr};
   const pid_t child = ::fork();
   if (child != 0) return child;
   const int null = ::open("/dev/null", O_WRONLY);
@@ -40,40 +30,62 @@ pid_t startChildTest(const std::string& name, const std::filesystem::path& folde
     ::dup2(null, 1);
     ::dup2(null, 2);
   }
-  ::execve(argv[0], argv.data(), envp.data());
+  ::execv(argv[0], argv.data());
   ::_exit(127);
 }
 
-int runChildTest(const std::string& name, const std::filesystem::path& folder) {
-  const pid_t child = startChildTest(name, folder);
+int runChild(const std::string& name, const std::filesystem::path& folder) {
+  const pid_t child = startChild(name, folder);
   int status = -1;
   if (child <= 0 || ::waitpid(child, &status, 0) != child) return -1;
   return status;
 }
 
-int killChildTestAtRandom(const std::string& name, const std::filesystem::path& folder, std::mt19937& random,
-                          int maxMs, const std::function<bool()>& started) {
-  const pid_t child = startChildTest(name, folder);
-  if (child <= 0) return -1;
-  int status = -1;
-  for (int waited = 0; started && !started() && waited < 20000; ++waited) {
-    if (::waitpid(child, &status, WNOHANG) == child) return status;  // ended by itself
-    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+int childMain(int argc, char** argv, std::span<const ChildWork> works) {
+  if (argc == 4 && std::string_view(argv[1]) == "--child") {
+    for (const ChildWork& child : works) {
+      if (child.name == argv[2]) return child.work(argv[3]);
+    }
+    return 127;
   }
-  const auto delay = std::uniform_int_distribution<int>(0, maxMs * 1000)(random);
-  std::this_thread::sleep_for(std::chrono::microseconds(delay));
-  ::kill(child, SIGKILL);
-  return ::waitpid(child, &status, 0) == child ? status : -1;
+  ::testing::InitGoogleTest(&argc, argv);
+  return RUN_ALL_TESTS();
 }
 
-bool inChildTest() {
-  const char* marker = std::getenv("ORVEL_CHILD_TEST");
-  return marker && *marker == '1';
-}
-
-std::filesystem::path childFolder() {
-  const char* folder = std::getenv("ORVEL_CHILD_FOLDER");
-  return folder ? folder : "";
+int killAtRandom(const std::string& name, const std::filesystem::path& folder, int maxMs,
+                 const std::function<void(uint64_t counted)>& check, uint64_t firstSteps) {
+  std::mt19937 random(std::random_device{}());
+  ProgressCounter progress(folder / "progress");
+  const int trials = tortureCount(10, 100);
+  for (int trial = 0; trial < trials && !::testing::Test::HasFatalFailure(); ++trial) {
+    SCOPED_TRACE("trial " + std::to_string(trial));
+    progress.set(0);
+    const pid_t child = startChild(name, folder);
+    if (child <= 0) {
+      ADD_FAILURE() << "cannot start " << name;
+      break;
+    }
+    // The clock starts once the child has done its first steps (at most a minute), so that
+    // most kills fall into the work rather than into the program's start.
+    const uint64_t steps = trial == 0 ? firstSteps : trial % 4 == 0 ? 0 : 1;
+    int status = -1;
+    bool ended = false;
+    for (int waited = 0; !ended && progress.get() < steps && waited < 60000; ++waited) {
+      ended = ::waitpid(child, &status, WNOHANG) == child;
+      std::this_thread::sleep_for(std::chrono::milliseconds(1));
+    }
+    if (!ended) {
+      std::this_thread::sleep_for(std::chrono::microseconds(std::uniform_int_distribution<int>(0, maxMs * 1000)(random)));
+      ::kill(child, SIGKILL);
+      if (::waitpid(child, &status, 0) != child) status = -1;
+    }
+    if (!WIFSIGNALED(status) || WTERMSIG(status) != SIGKILL) {
+      ADD_FAILURE() << name << " ended by itself: " << status;
+      break;
+    }
+    check(progress.get());
+  }
+  return trials;
 }
 
 int tortureCount(int shortForm, int longForm) {

@@ -1,10 +1,14 @@
 // Where the store lives, and how it survives damage, crashes and concurrent writers.
+#include <sys/wait.h>
+
+#include <algorithm>
 #include <csignal>
 #include <optional>
-#include <sys/wait.h>
-#include <unistd.h>
+#include <thread>
 
-#include "core/atomic_file.h"
+#include "common/torture.h"
+#include "core/settings_file.h"
+#include "core/utf.h"
 #include "settings_fixture.h"
 
 namespace orvel::test {
@@ -89,28 +93,118 @@ TEST_F(SettingsStore, CrashBeforeReplaceLeavesPreviousFile) {
   writeSettingInt("Page", 2);
   writeSettingString("Gauge_0", u"elev");
   const std::string before = stored();
-
-  const pid_t child = ::fork();
-  ASSERT_GE(child, 0);
-  if (child == 0) {
-    settings_.setBeforeReplaceHook([](const fs::path&) { ::raise(SIGKILL); });
-    writeSettingInt("Page", 1);
-    ::_exit(0);
-  }
-  int status = 0;
-  ASSERT_EQ(::waitpid(child, &status, 0), child);
-  ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
-
+  const int status = runChild("writeSettingsKilledBeforeReplace", dir_);
+  ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL) << status;
   EXPECT_EQ(stored(), before);
   EXPECT_EQ(readSettingInt("Page", 0), 2);
   const auto stray = leftovers(file_.parent_path(), file_);
-  ASSERT_EQ(stray.size(), 1u);
+  ASSERT_EQ(stray.size(), 1u);  // the finished temporary is all the crash leaves
   EXPECT_EQ(readText(stray[0]), "Page dword 1\nGauge_0 string elev\n");
-
-  writeSettingBool("RotateMap", true);  // the next write goes ahead as usual
+  writeSettingBool("RotateMap", true);  // the next write goes ahead as usual and takes it away
   EXPECT_EQ(readSettingInt("Page", 0), 2);
   EXPECT_TRUE(readSettingBool("RotateMap", false));
+  EXPECT_EQ(leftovers(file_.parent_path(), file_), std::vector<fs::path>{});
+}
+
+// Writes killed at random moments, again and again: the file is always whole and readable
+// (never damaged, no .bad copy), holds the last step written or the one being written, and
+// every gauge text the latest of its own; the next start carries on from there.
+TEST(SettingsTorture, WritesKilledAtRandomLeaveTheOldOrTheNewFile) {
+  const fs::path dir = scratchDir("settings-torture");
+  const fs::path file = dir / "GisOrvel.conf";
+  int64_t newest = 0;
+  const auto stepText = [](int64_t step) { return u"step " + *utf8ToUtf16(std::to_string(step)); };
+  const int trials = killAtRandom("writeSettingsUntilKilled", dir, 30, [&](uint64_t counted) {
+    const SettingsContent content = parseSettings(readText(file));
+    ASSERT_FALSE(content.damaged);
+    ASSERT_FALSE(fs::exists(fs::path(file) += ".bad"));
+    EXPECT_LE(leftovers(dir, file).size(), 2u);  // the progress count, and the killed write's temporary at most
+    const SettingsLine* stepLine = findSetting(content, "Step");
+    if (!stepLine) {  // killed before the first write ever ended
+      ASSERT_EQ(newest, 0);
+      return;
+    }
+    const int64_t step = stepLine->number;
+    // The step in hand: the one after the last counted, or the one found on disk.
+    const int64_t inHand = counted > 0 ? static_cast<int64_t>(counted) : newest;
+    ASSERT_TRUE(step == inHand || step + 1 == inHand) << step << " after " << counted << " steps";
+    for (int64_t latest = std::max<int64_t>(0, step - 9); latest <= step; ++latest) {
+      const SettingsLine* text = findSetting(content, "Gauge_" + std::to_string(latest % 10));
+      // The step in hand may not have reached its second write.
+      if (latest == inHand && (!text || text->text != stepText(latest))) {
+        if (latest >= 10) {
+          ASSERT_TRUE(text && text->text == stepText(latest - 10)) << latest;
+        }
+        continue;
+      }
+      ASSERT_TRUE(text && text->text == stepText(latest)) << latest;
+    }
+    newest = step;
+  });
+  reportTorture("settings: " + std::to_string(trials) + " kills while writing, " + std::to_string(newest + 1) +
+                " steps of two writes, every file whole");
+}
+
+TEST_F(SettingsStore, ConcurrentWritersLoseNothing) {
+  constexpr int kEach = 40;
+  auto writer = [this](const char* prefix) {
+    for (int i = 0; i < kEach; ++i) {
+      writeSettingInt(std::string(prefix) + std::to_string(i), i);
+      readSettingBool("ShowTrack", true);
+    }
+  };
+  std::thread first(writer, "Enable_COM");
+  std::thread second(writer, "Gauge_");
+  first.join();
+  second.join();
+  for (int i = 0; i < kEach; ++i) {
+    EXPECT_EQ(readSettingInt("Enable_COM" + std::to_string(i), -1), i);
+    EXPECT_EQ(readSettingInt("Gauge_" + std::to_string(i), -1), i);
+  }
+  EXPECT_EQ(leftovers(file_.parent_path(), file_), std::vector<fs::path>{});
+}
+
+// Reads cost a check of the file, not a read of it, until the file changes; then the change
+// made outside the program is what the next read gives.
+TEST_F(SettingsStore, ReadsFollowOutsideChangesWithoutRereadingAnUnchangedFile) {
+  writeSettingInt("Page", 2);
+  EXPECT_EQ(readSettingInt("Page", 0), 2);
+  const uint64_t reads = settings_.fileReads();
+  for (int i = 0; i < 100; ++i) EXPECT_EQ(readSettingInt("Page", 0), 2);
+  EXPECT_EQ(settings_.fileReads(), reads);
+  const std::pair<const char*, int32_t> outside[] = {
+      {"Page dword 1\n", 1}, {"Page dword 0\n", 0}, {"Page string 0\n", 5}};
+  for (const auto& [text, expected] : outside) {
+    store(text);  // rewritten in place: same file, often the same size
+    EXPECT_EQ(readSettingInt("Page", 5), expected) << text;
+  }
+  std::filesystem::remove(file_);
+  EXPECT_EQ(readSettingInt("Page", 7), 7);
 }
 
 }  // namespace
+
+// Carries on with the step on disk (done again, since its second write may be missing),
+// writing step after step until it is killed, and counts every step done. Step s writes
+// "Step" s, then "Gauge_<s mod 10>" "step s".
+int writeSettingsUntilKilled(const std::filesystem::path& folder) {
+  Settings settings;
+  settings.openSettingsAt(folder / "GisOrvel.conf");
+  ProgressCounter progress(folder / "progress");
+  for (int32_t step = std::max(settings.readSettingInt("Step", 0), 0);; ++step) {
+    settings.writeSettingInt("Step", step);
+    settings.writeSettingString("Gauge_" + std::to_string(step % 10), u"step " + *utf8ToUtf16(std::to_string(step)));
+    progress.set(static_cast<uint64_t>(step) + 1);
+  }
+}
+
+// The store of the test above, written once more and killed just before the replacement.
+int writeSettingsKilledBeforeReplace(const std::filesystem::path& folder) {
+  Settings settings;
+  settings.openSettingsAt(folder / "Orvel" / "GisOrvel.conf");
+  settings.setBeforeReplaceHook([](const std::filesystem::path&) { ::raise(SIGKILL); });
+  settings.writeSettingInt("Page", 1);
+  return 0;
+}
+
 }  // namespace orvel::test

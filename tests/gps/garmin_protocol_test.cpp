@@ -1,11 +1,13 @@
-// The Garmin protocol object on a fake clock and port: the start request and its answer,
-// pacing with the stop command, silence, and position records turned into fixes.
+// Garmin packet framing (the fixed packets, the checksum, DLE stuffing, the receiving
+// framer's quirks, the check of a received packet), and the Garmin protocol object on a fake
+// clock and port: the start request and its answer, pacing with the stop command, silence,
+// and position records turned into fixes.
 #include <gtest/gtest.h>
 
-#include <array>
 #include <bit>
 #include <vector>
 
+#include "gps/garmin_packet.h"
 #include "gps/garmin_protocol.h"
 #include "gps/garmin_pvt.h"
 #include "gps/ole_date.h"
@@ -24,8 +26,9 @@ const std::vector<uint8_t> kStop(kStopPvtPacket.begin(), kStopPvtPacket.end());
 std::vector<uint8_t> ackOf(uint8_t id) { return frameGarminPacket(kGarminAck, std::vector<uint8_t>{id, 0}); }
 std::vector<uint8_t> nakOf(uint8_t id) { return frameGarminPacket(kGarminNak, std::vector<uint8_t>{id, 0}); }
 
-// A position record laid out byte by byte, little-endian.
-struct Pvt {
+// A position record as the receiver lays it out: packed, little-endian.
+static_assert(std::endian::native == std::endian::little);
+struct [[gnu::packed]] Pvt {
   float altitude = 100.0f, epe = 5.0f, eph = 8.0f, epv = 12.0f;
   uint16_t fix = 3;
   double timeOfWeek = 74835.0, latitude = 0.5, longitude = -1.0;
@@ -33,29 +36,10 @@ struct Pvt {
   uint16_t leapSeconds = 18;
   uint32_t weekStartDays = 3773;
 
-  std::vector<uint8_t> bytes(size_t size = 64) const {
-    std::vector<uint8_t> out(size, 0);
-    auto put = [&](size_t at, auto value) {
-      const auto raw = std::bit_cast<std::array<uint8_t, sizeof value>>(value);
-      for (size_t i = 0; i < raw.size() && at + i < out.size(); ++i) {
-        out[at + i] = raw[std::endian::native == std::endian::little ? i : raw.size() - 1 - i];
-      }
-    };
-    put(0, altitude);
-    put(4, epe);
-    put(8, eph);
-    put(12, epv);
-    put(16, fix);
-    put(18, timeOfWeek);
-    put(26, latitude);
-    put(34, longitude);
-    put(42, east);
-    put(46, north);
-    put(50, up);
-    put(54, mslHeight);
-    put(58, leapSeconds);
-    put(60, weekStartDays);
-    return out;
+  std::vector<uint8_t> bytes(size_t size = sizeof(Pvt)) const {
+    static_assert(sizeof(Pvt) == 64);
+    const auto* raw = reinterpret_cast<const uint8_t*>(this);
+    return std::vector<uint8_t>(raw, raw + size);
   }
 };
 
@@ -131,6 +115,70 @@ TEST_F(GarminProtocolTest, RecordsThatGiveNoFix) {
   EXPECT_EQ(collected.lost, 2);
   // A size that does not match its data (checksum right) is no Garmin.
   EXPECT_EQ(feedAt(5600, std::vector<uint8_t>{0x10, 0x06, 0x03, 0x0A, 0x00, 0xED, 0x10, 0x03}), kFailed);
+}
+
+
+using Bytes = std::vector<uint8_t>;
+
+// Feeds every byte; returns the packets the framer completed.
+std::vector<Bytes> frame(const Bytes& bytes) {
+  GarminFramer framer;
+  std::vector<Bytes> packets;
+  for (uint8_t b : bytes) {
+    if (framer.feed(b)) packets.emplace_back(framer.packet().begin(), framer.packet().end());
+  }
+  return packets;
+}
+
+TEST(GarminPacket, FramingSumsAndDoublesEveryDle) {
+  EXPECT_EQ(frameGarminPacket(kGarminCommand, Bytes{kGarminCommandStartPvt, 0}),
+            Bytes(kStartPvtPacket.begin(), kStartPvtPacket.end()));
+  EXPECT_EQ(frameGarminPacket(kGarminNak, Bytes{kGarminPvt, 0}), Bytes(kNakPvtPacket.begin(), kNakPvtPacket.end()));
+  // The checksum is the two's complement of the sum of id, size and data.
+  EXPECT_EQ(garminChecksum(Bytes{0x0A, 0x02, 0x31, 0x00}), 0xC3);
+  EXPECT_EQ(garminChecksum(Bytes{0xFF, 0x01}), 0x00);
+  EXPECT_EQ(garminChecksum(Bytes{}), 0);
+  // id 0x10, size 2, data 10 20, checksum 0xBE which is no DLE.
+  EXPECT_EQ(frameGarminPacket(0x10, Bytes{0x10, 0x20}), (Bytes{0x10, 0x10, 0x10, 0x02, 0x10, 0x10, 0x20, 0xBE, 0x10, 0x03}));
+}
+
+TEST(GarminFramer, KeepsIdSizeDataChecksumAndTheClosingDle) {
+  auto packets = frame(Bytes{'x', 'y', 0x10, 0x06, 0x02, 0x0A, 0x00, 0xEE, 0x10, 0x03});
+  ASSERT_EQ(packets.size(), 1u);
+  EXPECT_EQ(packets[0], (Bytes{0x06, 0x02, 0x0A, 0x00, 0xEE, 0x10}));
+  // The packet after a doubled DLE starts anew: 5 6, the checksum and the DLE are left.
+  packets = frame(frameGarminPacket(kGarminPvt, Bytes{1, 2, 0x10, 5, 6}));
+  ASSERT_EQ(packets.size(), 1u);
+  EXPECT_EQ(packets[0].size(), 4u);
+  EXPECT_EQ(packets[0][0], 5);
+  // Bytes past the buffer are dropped.
+  Bytes longOne(405, 0x55);
+  longOne[0] = 0x10;
+  longOne[1] = 0x33;
+  longOne[2] = 0xFF;
+  longOne[403] = 0x10;
+  longOne[404] = 0x03;
+  packets = frame(longOne);
+  ASSERT_EQ(packets.size(), 1u);
+  EXPECT_EQ(packets[0].size(), GarminFramer::kPacketSize);
+}
+
+TEST(GarminPacket, CheckOfAReceivedPacket) {
+  struct Case {
+    Bytes packet;
+    GarminPacketCheck expected;
+  };
+  const Case cases[] = {
+      {{0x0A, 0x02, 0x31, 0x00, 0xC3, 0x10}, GarminPacketCheck::kGood},
+      {{0x0A, 0x02, 0x31, 0x00, 0xC4, 0x10}, GarminPacketCheck::kChecksumMismatch},
+      {{0x0A, 0x03, 0x31, 0x00, 0xC2, 0x10}, GarminPacketCheck::kMalformed},  // checksum right, size wrong
+      {{0x00, 0x10}, GarminPacketCheck::kMalformed},
+      {{0x10}, GarminPacketCheck::kMalformed},
+      {{}, GarminPacketCheck::kMalformed},
+      // A stuffed DLE that survived is left out of the sum.
+      {{0x05, 0x03, 0x10, 0x10, 0x07, 0xE1, 0x10}, GarminPacketCheck::kGood},
+  };
+  for (const Case& c : cases) EXPECT_EQ(checkGarminPacket(c.packet), c.expected) << ::testing::PrintToString(c.packet);
 }
 
 }  // namespace

@@ -1,5 +1,5 @@
 #pragma once
-// Helpers shared by the GPS tests: a port that records what a protocol does with it, a sink
+// Helpers shared by the GPS tests: a port that records what a protocol writes to it, a sink
 // that collects what it is given, and sentence building.
 #include <algorithm>
 #include <cstdint>
@@ -16,23 +16,12 @@
 
 namespace orvel::test {
 
+// A port that keeps what is written to it.
 struct FakePort final : GpsPort {
-  uint32_t baud = 0;
-  uint8_t dataBits = 0;
-  bool parity = true;
-  uint8_t stopBits = 0;
-  PortTimeouts timeouts{};
-  int purges = 0;
   std::vector<std::vector<uint8_t>> writes;
-
-  void setLineSettings(uint32_t b, uint8_t d, bool p, uint8_t s) override {
-    baud = b;
-    dataBits = d;
-    parity = p;
-    stopBits = s;
-  }
-  void setTimeouts(const PortTimeouts& t) override { timeouts = t; }
-  void purge() override { ++purges; }
+  void setLineSettings(uint32_t, uint8_t, bool, uint8_t) override {}
+  void setTimeouts(const PortTimeouts&) override {}
+  void purge() override {}
   void write(std::span<const uint8_t> bytes) override { writes.emplace_back(bytes.begin(), bytes.end()); }
 };
 

@@ -2,16 +2,12 @@
 // turned into fixes and satellites.
 #include <gtest/gtest.h>
 
-#include <sys/socket.h>
-#include <unistd.h>
-
 #include <string>
 
 #include "gps/gpsd_client.h"
 #include "gps/gpsd_json.h"
 #include "gps/ole_date.h"
 #include "gps_test_support.h"
-#include "pty_support.h"
 
 namespace orvel {
 namespace {
@@ -84,13 +80,11 @@ TEST(GpsdDecoder, FieldsModesAndUnits) {
   ASSERT_EQ(fixes.fixes.size(), 2u);
   const GpsFix& f = fixes.fixes[0];
   EXPECT_EQ(f.fixType, kFixType3DDiff);
-  EXPECT_FLOAT_EQ(f.altitude, 48.5f) << "altitude above sea level, not the ellipsoid";
-  EXPECT_FLOAT_EQ(f.speed, 36.0f);
-  EXPECT_FLOAT_EQ(f.course, 270.5f);
-  EXPECT_FLOAT_EQ(f.verticalSpeed, -0.5f);
-  EXPECT_FLOAT_EQ(f.horizontalError, 5.0f);
-  EXPECT_FLOAT_EQ(f.verticalError, 6.0f);
-  EXPECT_FLOAT_EQ(f.vdop, 1.4f);
+  // Altitude above sea level, not the ellipsoid; km/h; one horizontal error of both axes.
+  const std::pair<float GpsFix::*, float> values[] = {{&GpsFix::altitude, 48.5f}, {&GpsFix::speed, 36.0f},
+      {&GpsFix::course, 270.5f}, {&GpsFix::verticalSpeed, -0.5f}, {&GpsFix::horizontalError, 5.0f},
+      {&GpsFix::verticalError, 6.0f}, {&GpsFix::vdop, 1.4f}};
+  for (const auto& [field, value] : values) EXPECT_FLOAT_EQ(f.*field, value);
   EXPECT_EQ(f.satellitesUsed, 7u);
   CalendarTime t;
   ASSERT_TRUE(automationDateToCalendar(f.time, t));

@@ -6,6 +6,7 @@
 #include <algorithm>
 #include <cmath>
 #include <cstdio>
+#include <fstream>
 
 #include "common/gpx_check.h"
 #include "common/test_data.h"
@@ -16,18 +17,6 @@ namespace orvel {
 namespace {
 
 using test::BabelCounts;
-using test::BabelPoint;
-
-std::vector<std::filesystem::path> sharedGpxFiles() {
-  std::vector<std::filesystem::path> files;
-  const std::filesystem::path folder = test::dataDir() / "gpx";
-  if (folder.empty()) return files;
-  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
-    if (entry.path().extension() == ".gpx") files.push_back(entry.path());
-  }
-  std::sort(files.begin(), files.end());
-  return files;
-}
 
 QByteArray bytesOf(const std::filesystem::path& path) {
   const std::vector<unsigned char> raw = test::readFile(path);
@@ -75,8 +64,12 @@ void expectSamePoints(const std::filesystem::path& file, const GpxData& ours) {
   }
 }
 
-TEST(GpxRead, SharedFilesReadAsGpsbabelReadsThem) {
-  const auto files = sharedGpxFiles();
+// Each shared file reads as gpsbabel reads it, orvel-tool info tells the same, and written
+// back it validates, keeps its points and reads back the same.
+TEST(GpxRead, SharedFilesReadAsGpsbabelReadsThemAndWriteBackWhole) {
+  const auto files = test::filesIn(test::dataDir() / "gpx", [](const std::string& name) {
+    return name.ends_with(".gpx");
+  });
   ASSERT_GE(files.size(), 20u);
   for (const auto& file : files) {
     SCOPED_TRACE(file.filename().string());
@@ -89,53 +82,36 @@ TEST(GpxRead, SharedFilesReadAsGpsbabelReadsThem) {
     EXPECT_EQ(countsOf(data), *babel);
     expectSamePoints(file, data);
 
-    // orvel-tool info tells the same.
     const test::ToolRun info = test::runProgram(ORVEL_TOOL_PATH, "info '" + file.string() + "'");
     ASSERT_EQ(info.exitCode, 0) << info.err;
     auto values = test::keyValues(info.out);
     const GpxCounts c = countGpx(data);
-    EXPECT_EQ(values["tracks"], std::to_string(c.tracks));
-    EXPECT_EQ(values["segments"], std::to_string(c.segments));
-    EXPECT_EQ(values["track_points"], std::to_string(c.trackPoints));
-    EXPECT_EQ(values["routes"], std::to_string(c.routes));
-    EXPECT_EQ(values["route_points"], std::to_string(c.routePoints));
-    EXPECT_EQ(values["waypoints"], std::to_string(c.waypoints));
+    const std::pair<const char*, size_t> facts[] = {{"tracks", c.tracks}, {"segments", c.segments},
+        {"track_points", c.trackPoints}, {"routes", c.routes}, {"route_points", c.routePoints},
+        {"waypoints", c.waypoints}};
+    for (const auto& [key, count] : facts) EXPECT_EQ(values[key], std::to_string(count)) << key;
     char bounds[128] = "none";
     if (!c.bounds.empty) {
       std::snprintf(bounds, sizeof bounds, "%.7f %.7f %.7f %.7f", c.bounds.south, c.bounds.west, c.bounds.north,
                     c.bounds.east);
     }
     EXPECT_EQ(values["bounds_deg"], bounds);
-  }
-}
 
-TEST(GpxWrite, SharedFilesWrittenBackValidateAndKeepTheirPoints) {
-  for (const auto& file : sharedGpxFiles()) {
-    SCOPED_TRACE(file.filename().string());
-    GpxData data;
-    QString error;
-    ASSERT_TRUE(readGpxFile(file, data, error)) << error.toStdString();
     const auto written = test::scratchDir("gpx-write") / file.filename();
-    {
-      const QByteArray document = gpxDocument(data);
-      std::FILE* out = std::fopen(written.c_str(), "wb");
-      ASSERT_NE(out, nullptr);
-      std::fwrite(document.constData(), 1, static_cast<size_t>(document.size()), out);
-      std::fclose(out);
-    }
+    const QByteArray document = gpxDocument(data);
+    std::ofstream(written, std::ios::binary).write(document.constData(), document.size());
     std::string lint;
     EXPECT_TRUE(test::validGpx11(written, lint)) << lint;
-    std::string babelError;
-    auto babel = test::gpsbabelCounts(written, babelError);
-    ASSERT_TRUE(babel) << babelError;
+    auto again = test::gpsbabelCounts(written, babelError);
+    ASSERT_TRUE(again) << babelError;
     // gpsbabel leaves out a <trk> with nothing in it at all (one file has such a track);
     // reading the file back below counts the tracks.
-    babel->tracks = data.tracks.size();
-    EXPECT_EQ(countsOf(data), *babel);
+    again->tracks = data.tracks.size();
+    EXPECT_EQ(countsOf(data), *again);
     expectSamePoints(written, data);
-    GpxData again;
-    ASSERT_TRUE(readGpxFile(written, again, error)) << error.toStdString();
-    EXPECT_EQ(again, data);
+    GpxData back;
+    ASSERT_TRUE(readGpxFile(written, back, error)) << error.toStdString();
+    EXPECT_EQ(back, data);
   }
 }
 

@@ -1,18 +1,16 @@
 #include "track/active_track.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 
-#include <chrono>
 #include <cmath>
-#include <csignal>
 #include <fstream>
-#include <thread>
+#include <optional>
+#include <set>
 
-#include "child_process.h"
 #include <QPainter>
 
 #include "common/recording_device.h"
+#include "common/torture.h"
 #include "core/message.h"
 #include "data_dir_fixture.h"
 #include "track/le_bytes.h"
@@ -193,76 +191,96 @@ TEST_F(ActiveTrackTest, DrawsInBatchesAndAWrappedRingOldestFirst) {
   EXPECT_EQ(lines[0], polyline(wrapped.begin(), wrapped.end()));
 }
 
-// The child appends numbered points until it is killed. Point k has longitude
-// (k mod kNumbering) / 1000 - 50 degrees and begins a segment when k is a multiple of 37. The
-// numbering is a multiple of 37, so the breaks stay recognisable from lap to lap.
-constexpr uint32_t kNumbering = 37 * 2700;
-
-uint32_t numberOf(const TrackPoint& p) {
-  return static_cast<uint32_t>(std::lround((p.lon / 11930465.0 + 50.0) * 1000.0));
+// The numbering of the torture below: point k lies at longitude (k mod 100000) / 1000 - 50
+// and latitude (k / 100000) / 50 - 40 degrees, unique for the first 4e8 points.
+void appendNumbered(ActiveTrack& track, uint32_t k) {
+  track.appendActivePoint(static_cast<float>(k % 100000) * 0.001f - 50.0f,
+                          static_cast<float>(k / 100000) * 0.02f - 40.0f);
 }
 
-TEST_F(ActiveTrackTest, RingStaysConsistentWhenTheWriterIsKilled) {
-  for (int round = 0; round < 3; ++round) {
-    SCOPED_TRACE(round);
-    std::filesystem::remove(ring());
-    const pid_t child = startChild("appendTrackPointsUntilKilled", dir);
-    ASSERT_GT(child, 0);
-    // Let it fill the ring at least once, then stop it at a moment of its choosing.
-    bool wrapped = false;
-    for (int i = 0; i < 60000 && !wrapped; ++i) {
-      std::this_thread::sleep_for(std::chrono::milliseconds(1));
-      wrapped = std::filesystem::exists(ring()) && std::filesystem::file_size(ring()) == kTrackFileSize &&
-                header().wrapped == 1;
-    }
-    std::this_thread::sleep_for(std::chrono::milliseconds(3 * round));
-    ::kill(child, SIGKILL);
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_TRUE(wrapped && WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
+uint32_t numberOf(const TrackPoint& p) {
+  const double lon = p.lon / 11930464.711111111, lat = p.latitude() / 11930464.711111111;
+  return static_cast<uint32_t>(std::lround((lon + 50.0) * 1000.0) + 100000 * std::lround((lat + 40.0) * 50.0));
+}
 
+// The writer killed at random moments, again and again on the same ring (the first kill
+// after the ring has wrapped, so that the joint moves from then on): after every kill the
+// ring opens, holds every point counted before the kill (and perhaps the one in hand) in
+// order, none twice, with the breaks where they were written; the next run carries on.
+TEST_F(ActiveTrackTest, RingStaysWholeWhenTheWriterIsKilledAtRandom) {
+  std::set<uint32_t> runStarts;
+  std::optional<uint32_t> newest;
+  uint64_t written = 0;
+  const int trials = killAtRandom("appendTrackPointsUntilKilled", dir, 30, [&](uint64_t counted) {
+    const uint32_t first = newest ? *newest + 1 : 0;
+    runStarts.insert(first);
     track.openTrackStore();
+    ASSERT_TRUE(track.isTrackStoreOpen());
     const auto points = track.activeTrackPoints();
-    ASSERT_EQ(points.size(), kTrackSlots);
-    // Consecutive numbers, oldest first, with the breaks where the writer put them. The one
-    // exception is the point the writer died in: the header still counts its slot as the
-    // oldest, so it stands first, cut off from the rest by a break.
-    const bool cutOff = numberOf(points[1]) != (numberOf(points[0]) + 1) % kNumbering;
+    track.closeTrackStore();
+    if (points.empty()) {  // killed before its first point, and no run before it wrote one
+      ASSERT_FALSE(newest);
+      ASSERT_EQ(counted, 0u);
+      return;
+    }
+    const uint32_t last = numberOf(points.back());
+    if (counted > 0) {
+      ASSERT_TRUE(last + 1 == counted || last == counted) << last << " after " << counted << " counted";
+    } else {
+      ASSERT_TRUE(last == first || (newest && last == *newest)) << last;
+    }
+    // The point the writer died in may stand first, cut off from the rest by a break: the
+    // header still counts its slot as the oldest.
+    const bool cutOff = points.size() > 1 && numberOf(points[1]) != numberOf(points[0]) + 1;
+    const size_t from = cutOff ? 1 : 0;
     if (cutOff) {
       EXPECT_TRUE(points[1].startsSegment());
+    } else {
+      EXPECT_EQ(points.size(), std::min<size_t>(last + 1, kTrackSlots));
     }
-    for (size_t i = cutOff ? 1 : 0; i < points.size(); ++i) {
+    for (size_t i = from; i < points.size(); ++i) {
       const uint32_t k = numberOf(points[i]);
-      ASSERT_EQ(points[i].latitude(), degreesToSemicircles(10.0f)) << i;
-      if (i > (cutOff ? 1u : 0u)) {
-        ASSERT_EQ(k, (numberOf(points[i - 1]) + 1) % kNumbering) << i;
+      if (i > from) {
+        ASSERT_EQ(k, numberOf(points[i - 1]) + 1) << i;
       }
-      if (k % 37 == 0) {
-        ASSERT_TRUE(points[i].startsSegment()) << i;
+      const bool marked = k % 37 == 0 || runStarts.count(k) > 0;
+      // The two oldest points of a full ring may have gained a break (see appendTrackPoint).
+      if (marked || i >= from + 2) {
+        ASSERT_EQ(points[i].startsSegment(), marked) << i << ": point " << k;
       }
     }
-    // The reopened ring takes new points after the newest.
-    track.startRecording();
-    track.appendActivePoint(static_cast<float>((numberOf(points.back()) + 1) % kNumbering) * 0.001f - 50.0f, 10.0f);
-    EXPECT_EQ(numberOf(track.activeTrackPoints().back()), (numberOf(points.back()) + 1) % kNumbering);
-    EXPECT_EQ(track.activeTrackPoints().front().lon, points[1].lon);
-    track.closeTrackStore();
-    track.stopRecording();
-  }
+    written += last + 1 - first;
+    newest = last;
+  }, kTrackSlots + 1);
+  ASSERT_TRUE(newest);
+  EXPECT_GT(*newest, kTrackSlots);
+  reportTorture("ring: " + std::to_string(trials) + " kills of the writer, " + std::to_string(written) +
+                " points written, none lost, none twice");
+  track.openTrackStore();  // the reopened ring takes new points after the newest
+  track.startRecording();
+  appendNumbered(track, *newest + 1);
+  EXPECT_EQ(numberOf(track.activeTrackPoints().back()), *newest + 1);
 }
 
 }  // namespace
 
+// Carries on after the newest point of the ring, appending numbered points at full speed
+// until it is killed, and counts each one it completed. A run begins a segment, and so does
+// every 37th point.
 int appendTrackPointsUntilKilled(const std::filesystem::path& folder) {
   Settings settings;
   Messages messages;
   ActiveTrack track(folder, settings, messages);
+  ProgressCounter progress(folder / "progress");
   track.openTrackStore();
   if (!track.isTrackStoreOpen()) return 3;
+  const auto before = track.activeTrackPoints();
   track.startRecording();
-  for (uint32_t k = 0;; ++k) {
+  track.markSegmentStart();
+  for (uint32_t k = before.empty() ? 0 : numberOf(before.back()) + 1;; ++k) {
     if (k % 37 == 0) track.markSegmentStart();
-    track.appendActivePoint(static_cast<float>(k % kNumbering) * 0.001f - 50.0f, 10.0f);
+    appendNumbered(track, k);
+    progress.set(k + 1);
   }
 }
 

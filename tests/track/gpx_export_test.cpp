@@ -1,16 +1,13 @@
 // The GPX files the track library and orvel-tool write, checked by xmllint against the
-// published schema and read back by gpsbabel; a recording killed at any moment.
+// published schema and read back by gpsbabel. (A recording killed at any moment: the .mps
+// writer's torture.)
 #include "track/gpx_export.h"
 
 #include <gtest/gtest.h>
 
-#include <csignal>
 #include <fstream>
 #include <functional>
-#include <sys/wait.h>
-#include <unistd.h>
 
-#include "common/torture.h"
 #include "common/gpx_check.h"
 #include "common/tool_run.h"
 #include "data_dir_fixture.h"
@@ -18,7 +15,6 @@
 #include "gpx/gpx_reader.h"
 #include "track/active_track.h"
 #include "track/mps_reader.h"
-#include "track/mps_writer.h"
 #include "track/waypoints.h"
 
 namespace orvel::test {
@@ -184,66 +180,6 @@ TEST_F(GpxExportTest, EveryGpxFileWrittenValidatesAndGpsbabelReadsItsPoints) {
         EXPECT_NEAR(*(*points)[i].time, *written.points[i].time, 0.5);
       }
     }
-  }
-}
-
-// The point the child records as its n-th.
-MpsPoint nthPoint(uint32_t n) {
-  return {static_cast<Semicircles>(n * 1000), -static_cast<Semicircles>(n * 1000), true, n * 0.5, true,
-          1600000000u + n, false, 0.0};
-}
-
-std::tm runStart() {
-  std::tm start{};
-  start.tm_year = 123;
-  start.tm_mday = 9;
-  return start;
-}
-
-// Run in a child by the next test, which kills it while it records.
-TEST_F(GpxExportTest, DISABLED_RecordUntilKilled) {
-  if (!inChildTest()) GTEST_SKIP();
-  TrackExport trackExport(dir, messages);
-  trackExport.openTrackFileAt(runStart());
-  for (uint32_t n = 0; n < 300000; ++n) {
-    if (n % 10 == 9) trackExport.beginRecordedTrack();
-    trackExport.appendMpsPoint(nthPoint(n));
-  }
-  for (;;) ::pause();  // never ends by itself
-}
-
-TEST_F(GpxExportTest, KilledWhileRecordingLeavesAValidGpx) {
-  const auto gpx = dir / "2023-01-09_00-00-00.gpx";
-  for (const uintmax_t size : {uintmax_t{2000}, uintmax_t{100000}, uintmax_t{1000000}}) {
-    SCOPED_TRACE(size);
-    std::filesystem::remove(gpx);
-    const pid_t child = startChildTest("GpxExportTest.DISABLED_RecordUntilKilled", dir);
-    ASSERT_GT(child, 0);
-    const auto written = [&gpx] {
-      std::error_code missing;
-      const uintmax_t bytes = std::filesystem::file_size(gpx, missing);
-      return missing ? 0 : bytes;
-    };
-    for (int polls = 0; polls < 60000 && written() < size; ++polls) ::usleep(500);
-    ::kill(child, SIGKILL);
-    int status = 0;
-    ASSERT_EQ(::waitpid(child, &status, 0), child);
-    ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
-    std::string lint;
-    EXPECT_TRUE(validGpx11(gpx, lint)) << lint;
-    GpxData data;
-    QString error;
-    ASSERT_TRUE(readGpxFile(gpx, data, error)) << error.toStdString();
-    ASSERT_EQ(data.tracks.size(), 1u);
-    uint32_t n = 0;
-    for (const GpxSegment& segment : data.tracks[0].segments) {
-      EXPECT_LE(segment.points.size(), 10u);
-      for (const GpxPoint& p : segment.points) {
-        const GpxPoint expected = gpxPointOf(nthPoint(n++));
-        ASSERT_EQ(p, expected) << n;
-      }
-    }
-    EXPECT_GE(n * 200, size);  // about a hundred and twenty bytes a point
   }
 }
 

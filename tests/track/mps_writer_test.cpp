@@ -6,17 +6,22 @@
 #include <csignal>
 #include <fcntl.h>
 #include <fstream>
+#include <map>
+#include <string_view>
 #include <sstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
-#include "core/message.h"
-#include "child_process.h"
+#include "common/gpx_check.h"
 #include "common/test_data.h"
+#include "common/torture.h"
+#include "core/message.h"
 #include "data_dir_fixture.h"
 #include "gps/ole_date.h"
+#include "gpx/gpx_reader.h"
 #include "track/mps_reader.h"
 #include "track/buffered_writer.h"
+#include "track/gpx_export.h"
 #include "track/le_bytes.h"
 
 namespace orvel::test {
@@ -50,13 +55,10 @@ std::vector<uint8_t> bytesOf(const std::filesystem::path& path) {
   return {raw.begin(), raw.end()};
 }
 
+// Local broken-down time, as a run's start is given.
 std::tm localTime(int year, int month, int day, int hour, int minute, int second) {
   std::tm t{};
-  t.tm_year = year - 1900;
-  t.tm_mon = month - 1;
-  t.tm_mday = day;
-  t.tm_hour = hour;
-  t.tm_min = minute;
+  t.tm_year = year - 1900, t.tm_mon = month - 1, t.tm_mday = day, t.tm_hour = hour, t.tm_min = minute;
   t.tm_sec = second;
   return t;
 }
@@ -95,7 +97,8 @@ TEST(MpsFormat, Conversions) {
 // The points of a real MapSource file, decoded independently into a CSV, written again:
 // the points come out byte for byte as in the real file, through a fix and directly.
 TEST_F(MpsWriterTest, WritesTheRealTrackBackByteForByte) {
-  const auto real = readMpsFile(bytesOf(dataFile("gps/mps/mps-track.mps")));
+  const auto realBytes = bytesOf(dataFile("gps/mps/mps-track.mps"));  // the points' bytes stay in it
+  const auto real = readMpsFile(realBytes);
   ASSERT_TRUE(real);
   const auto csv = readPointsCsv(dataFile("gps/mps/mps-track.points.csv"));
   ASSERT_EQ(csv.size(), 64u);
@@ -140,30 +143,86 @@ TEST_F(MpsWriterTest, WritesTheRealTrackBackByteForByte) {
   EXPECT_EQ(std::string(bytes.end() - 7, bytes.end()), mpsEndRecord());
 }
 
+// The point a killed recording run appends as its k-th.
+MpsPoint numbered(uint32_t k) {
+  return {static_cast<Semicircles>(k * 1000), -static_cast<Semicircles>(k * 1000), true, 0.5 * k, true,
+          1600000000u + k, false, 0.0};
+}
+
+// Recording runs killed at random moments. Every .mps reads up to its last whole point, with
+// the points in order, none twice, all but at most the one buffer that had not reached the
+// file, in the tracks begun (one every 500 points). The .gpx beside it validates and holds
+// every point appended, perhaps the one in hand too, a segment for each track. Earlier runs'
+// files are never touched again.
+TEST_F(MpsWriterTest, RunsKilledAtRandomAreReadableUpToTheirLastBatch) {
+  constexpr uint64_t kBufferPoints = kWriterBufferSize / kMpsPointSize + 1;
+  const auto hashOf = [](const std::filesystem::path& path) {
+    const auto bytes = readFile(path);
+    return std::hash<std::string_view>()({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
+  };
+  std::map<std::filesystem::path, size_t> earlier;  // earlier runs' files by their contents' hash
+  uint64_t appended = 0, read = 0;
+  const int trials = killAtRandom("recordRunUntilKilled", dir, 10, [&](uint64_t counted) {
+    for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+      const auto mps = entry.path(), gpx = std::filesystem::path(mps).replace_extension(".gpx");
+      if (mps.extension() != ".mps" || earlier.count(mps)) continue;
+      const auto bytes = bytesOf(mps);
+      const auto file = readMpsFile(bytes, true);
+      ASSERT_TRUE(file) << mps;
+      uint32_t k = 0;
+      for (size_t t = 0; t < file->tracks.size(); ++t) {
+        char name[32];
+        std::snprintf(name, sizeof name, "Track %03zu", t);
+        EXPECT_EQ(file->tracks[t].name, name);
+        for (const MpsPoint& point : file->tracks[t].points) {
+          ASSERT_EQ(t, k / 500);
+          ASSERT_EQ(point, numbered(k++));
+        }
+      }
+      ASSERT_LE(k, counted + 1);
+      ASSERT_GE(k + kBufferPoints, counted) << k << " of " << counted << " points reached the file";
+      std::string lint;
+      EXPECT_TRUE(validGpx11(gpx, lint)) << lint;
+      GpxData data;
+      QString error;
+      ASSERT_TRUE(readGpxFile(gpx, data, error)) << error.toStdString();
+      ASSERT_EQ(data.tracks.size(), 1u);
+      uint32_t g = 0;
+      for (size_t s = 0; s < data.tracks[0].segments.size(); ++s) {
+        for (const GpxPoint& point : data.tracks[0].segments[s].points) {
+          ASSERT_EQ(s, g / 500);
+          ASSERT_EQ(point, gpxPointOf(numbered(g++)));
+        }
+      }
+      ASSERT_TRUE(g == counted || g == counted + 1) << g << " of " << counted << " points in the GPX file";
+      appended += counted;
+      read += k;
+      earlier[mps] = hashOf(mps);
+      earlier[gpx] = hashOf(gpx);
+    }
+  });
+  for (const auto& [path, hash] : earlier) EXPECT_EQ(hashOf(path), hash) << path;
+  reportTorture("mps: " + std::to_string(trials) + " kills while recording, " + std::to_string(appended) +
+                " points appended, " + std::to_string(read) + " read back in order from the .mps, all from the .gpx");
+}
+
 }  // namespace
 
-// A run that is never ended: the child dies in it.
-int writeMpsUntilKilled(const std::filesystem::path& folder) {
+// A recording run in a file of its own (the next start carries on in the next file),
+// numbered points at full speed and a new track every 500, until it is killed; counts every
+// point appended.
+int recordRunUntilKilled(const std::filesystem::path& folder) {
   Messages messages;
   TrackExport trackExport(folder, messages);
-  trackExport.openTrackFileAt(localTime(2023, 1, 2, 3, 4, 9));
-  for (int i = 0; i < 200; ++i) trackExport.appendMpsPoint({i, i, false, 0, false, 0, false, 0});
-  ::raise(SIGKILL);
-  return 0;
+  ProgressCounter progress(folder / "progress");
+  int files = 0;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) files += entry.path().extension() == ".mps";
+  trackExport.openTrackFileAt(localTime(2023, 1, 3, 0, files / 60, files % 60));
+  for (uint32_t k = 0;; ++k) {
+    if (k > 0 && k % 500 == 0) trackExport.beginRecordedTrack();
+    trackExport.appendMpsPoint(numbered(k));
+    progress.set(k + 1);
+  }
 }
 
-namespace {
-
-TEST_F(MpsWriterTest, CrashLeavesThePlaceholders) {
-  const int status = runChild("writeMpsUntilKilled", dir);
-  ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
-  const auto bytes = bytesOf(dir / "2023-01-02_03-04-09.mps");
-  ASSERT_GE(bytes.size(), 44u + 5 + 14u);  // the first buffers reached the file
-  EXPECT_EQ(le::load32(bytes.data() + 44), kMpsLengthPlaceholder);
-  EXPECT_EQ(bytes[48], 'T');
-  EXPECT_EQ(le::load32(bytes.data() + 49 + 10 + 5), kMpsCountPlaceholder);
-  EXPECT_FALSE(readMpsFile(bytes));
-}
-
-}  // namespace
 }  // namespace orvel::test

@@ -2,15 +2,22 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <cmath>
 #include <csignal>
+#include <numeric>
+#include <optional>
 #include <fstream>
 #include <sys/wait.h>
 #include <unistd.h>
 
+#include "common/torture.h"
 #include "core/message.h"
-#include "child_process.h"
 #include "data_dir_fixture.h"
+#include "gps/ole_date.h"
+#include "gpx/gpx_reader.h"
 #include "track/le_bytes.h"
+#include "track/waypoint_file.h"
 
 namespace orvel::test {
 namespace {
@@ -152,7 +159,94 @@ TEST_F(WaypointsTest, AddedWaypointsAreNamedEditedAndSavedNewestFirst) {
   EXPECT_EQ(fileText(file()), saved);  // two reversals give the first file back
 }
 
+// The torture below runs through numbered states of the list: state s holds the waypoints of
+// states r .. s, where r is s rounded down to a multiple of kRound, each with the day
+// kFirstDay + its state as its time.
+constexpr uint64_t kRound = 12;
+constexpr double kFirstDay = 40000.0;
+
+// The state a list of states is, if it is a whole one.
+std::optional<uint64_t> wholeState(std::vector<uint64_t> states) {
+  std::sort(states.begin(), states.end());
+  if (states.empty()) return std::nullopt;
+  std::vector<uint64_t> whole(states.back() % kRound + 1);
+  std::iota(whole.begin(), whole.end(), states.back() - states.back() % kRound);
+  return states == whole ? std::optional(states.back()) : std::nullopt;
+}
+
+// Saves killed at random moments, again and again: Waypoints.bin is always one whole state,
+// the last saved or the one being saved, never a broken one; Waypoints.gpx, written after
+// it, is whole too and holds at least the last save that returned; temporaries of killed
+// saves do not pile up; the next start carries on from what is there.
+TEST_F(WaypointsTest, SavesKilledAtRandomLeaveTheOldOrTheNewList) {
+  std::optional<uint64_t> newest;
+  uint64_t saves = 0;
+  const int trials = killAtRandom("saveWaypointsUntilKilled", dir, 30, [&](uint64_t counted) {
+    if (!std::filesystem::exists(file())) {  // killed before the first save ever ended
+      ASSERT_FALSE(newest);
+      ASSERT_EQ(counted, 0u);
+      return;
+    }
+    std::vector<Waypoint> found;
+    ASSERT_TRUE(parseWaypointFile(readFile(file()), found));
+    std::vector<uint64_t> states;
+    for (const Waypoint& w : found) states.push_back(static_cast<uint64_t>(w.time - kFirstDay));
+    const auto state = wholeState(states);
+    ASSERT_TRUE(state) << states.size() << " waypoints";
+    const uint64_t first = newest ? *newest + 1 : 0;
+    if (counted > 0) {
+      ASSERT_TRUE(*state + 1 == counted || *state == counted) << *state << " after " << counted << " saves";
+    } else {
+      ASSERT_TRUE(*state == first || (newest && *state == *newest)) << *state;
+    }
+    GpxData gpx;
+    QString error;
+    if (readGpxFile(store.waypointsGpxPath(), gpx, error)) {
+      states.clear();
+      for (const GpxWaypoint& w : gpx.waypoints) {
+        states.push_back(static_cast<uint64_t>(std::lround(unixSecondsToAutomationDate(w.point.time.value_or(0.0)) - kFirstDay)));
+      }
+      const auto gpxState = wholeState(states);
+      ASSERT_TRUE(gpxState && *gpxState <= *state && *gpxState + 1 >= counted) << states.size() << " in the GPX";
+    } else {
+      ASSERT_EQ(counted, 0u) << error.toStdString();  // no save has returned yet
+    }
+    for (const std::string prefix : {"Waypoints.bin.tmp-", "Waypoints.gpx.tmp-"}) {
+      int temporaries = 0;
+      for (const auto& entry : std::filesystem::directory_iterator(dir)) {
+        temporaries += entry.path().filename().string().starts_with(prefix);
+      }
+      EXPECT_LE(temporaries, 1) << prefix;
+    }
+    saves += *state + 1 - first;
+    newest = *state;
+  });
+  ASSERT_TRUE(newest);
+  store.loadWaypoints();
+  EXPECT_EQ(static_cast<uint64_t>(std::distance(store.waypoints().begin(), store.waypoints().end())),
+            *newest % kRound + 1);
+  EXPECT_TRUE(recorded.messages().empty());
+  reportTorture("waypoints: " + std::to_string(trials) + " kills while saving, " + std::to_string(saves) +
+                " saves, every file whole");
+}
+
 }  // namespace
+
+// Carries on from the list on disk, one state after the other, each saved, until it is
+// killed; counts every save that returned.
+int saveWaypointsUntilKilled(const std::filesystem::path& folder) {
+  Messages messages;
+  WaypointStore store(folder, messages);
+  ProgressCounter progress(folder / "progress");
+  store.loadWaypoints();
+  uint64_t state = 0;
+  for (const Waypoint& w : store.waypoints()) state = std::max(state, static_cast<uint64_t>(w.time - kFirstDay) + 1);
+  for (;; ++state) {
+    if (state % kRound == 0) store.freeWaypoints();
+    store.addWaypoint(10.0f, 20.0f, kFirstDay + static_cast<double>(state), 0.0f);
+    progress.set(state + 1);
+  }
+}
 
 // Without the right to write into the data folder, the child adds a waypoint: the message
 // names the file, the waypoint is kept in memory and the file is left as it was. Exit code
@@ -173,16 +267,6 @@ int saveWaypointsIntoReadOnlyFolder(const std::filesystem::path& folder) {
   return !before.empty() && kept && told && fileText(path) == before ? 0 : 1;
 }
 
-// The child is killed in the middle of replacing the file.
-int saveWaypointsKilledBeforeReplace(const std::filesystem::path& folder) {
-  Messages messages;
-  WaypointStore store(folder, messages);
-  store.loadWaypoints();
-  store.setBeforeReplaceHook([](const std::filesystem::path&) { ::raise(SIGKILL); });
-  store.addWaypoint(10, 20, 0, 0);
-  return 0;
-}
-
 namespace {
 
 TEST_F(WaypointsTest, SaveIntoReadOnlyFolderLosesNothing) {
@@ -197,16 +281,6 @@ TEST_F(WaypointsTest, SaveIntoReadOnlyFolderLosesNothing) {
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
 }
 
-
-TEST_F(WaypointsTest, InterruptedSaveLosesNothing) {
-  const std::string bytes = header() + record(1, {u"A", u"", u"", u""});
-  writeText(file(), bytes);
-  const int status = runChild("saveWaypointsKilledBeforeReplace", dir);
-  ASSERT_TRUE(WIFSIGNALED(status) && WTERMSIG(status) == SIGKILL);
-  EXPECT_EQ(fileText(file()), bytes);
-  store.loadWaypoints();
-  EXPECT_EQ(names(), std::vector<std::u16string>{u"A"});
-}
 
 }  // namespace
 }  // namespace orvel::test
