@@ -53,8 +53,8 @@ TEST_F(AppMainTest, StartsWithMapAndReceiverShowsATrackFileAndEndsWithZero) {
   const std::filesystem::path notes = scratch / "notes.gpx";
   std::ofstream(notes) << "not a track\n";
   PtyPair pty;
-  ASSERT_TRUE(pty.ok());
-  ReceiverThread receiver(pty.master(), readFile(capture), 150);
+  ASSERT_FALSE(pty.path.empty());
+  const std::jthread receiver = receiverThread(pty.master, readFile(capture));
   writeSettingInt("RecordTrack", 1);  // the settings file appMain reads
 
   bool mapOpenAtFirstComposition = false, markerWithoutValidPosition = false, recorded = false;
@@ -63,7 +63,7 @@ TEST_F(AppMainTest, StartsWithMapAndReceiverShowsATrackFileAndEndsWithZero) {
   QString cancel;
   bool shown = false, viewOnTrack = false, unchangedByRefusal = false;
   int trackPixels = 0;
-  const QStringList arguments{QString::fromStdString(map.string()), "--gps", QString::fromStdString(pty.slavePath())};
+  const QStringList arguments{QString::fromStdString(map.string()), "--gps", QString::fromStdString(pty.path)};
   const int status = appMain(arguments, [&](Session& running, MainWindow& window) {
     mapOpenAtFirstComposition = running.map.currentMap() != nullptr;
     compositions = window.pages().mapPage().compositionCount();

@@ -35,6 +35,7 @@
 #include "gps/gpsd_client.h"
 #include "gps/nmea_protocol.h"
 #include "gps_test_support.h"
+#include "pty_support.h"
 
 namespace orvel {
 namespace {
@@ -47,55 +48,6 @@ using std::chrono::milliseconds;
 // and a few bursts; with room for a loaded machine.
 constexpr int kTakeUpMs =
     static_cast<int>(NmeaProtocol::kSilenceMs + kLostPauseMs + GarminProtocol::kAckTimeoutMs) + 6000;
-
-// Polls `done` every 10 ms for up to `ms`; its last answer.
-bool waitUntil(const std::function<bool()>& done, int ms) {
-  for (const auto until = Clock::now() + milliseconds(ms); !done(); std::this_thread::sleep_for(milliseconds(10))) {
-    if (Clock::now() >= until) return done();
-  }
-  return true;
-}
-
-// A pseudo-terminal, raw from the start (no echo back into the master, no line editing). The
-// slave end is held so that the terminal lives while the scanner reopens it.
-struct PtyPair {
-  PtyPair() {
-    char name[256] = {};
-    termios tio{};
-    if (::openpty(&master, &slave, name, nullptr, nullptr) != 0 || ::tcgetattr(slave, &tio) != 0) return;
-    ::cfmakeraw(&tio);
-    ::tcsetattr(slave, TCSANOW, &tio);
-    path = name;
-  }
-  ~PtyPair() { ::close(master), ::close(slave); }
-  PtyPair(const PtyPair&) = delete;
-  int master = -1, slave = -1;
-  std::string path;
-};
-
-// A receiver: writes `capture` into `fd` burst by burst, 150 ms apart, over and over until
-// stopped; with `chunk`, in pieces of that many bytes instead (as a USB receiver delivers
-// large reads). What the other end writes is read and dropped.
-std::jthread receiverThread(int fd, std::vector<uint8_t> capture, size_t chunk = 0) {
-  return std::jthread([fd, capture = std::move(capture), chunk](const std::stop_token& stop) {
-    std::vector<size_t> bursts = chunk > 0 ? std::vector<size_t>{} : analyseCapture(capture).burstStarts;
-    for (size_t at = chunk; chunk > 0 && at < capture.size(); at += chunk) bursts.push_back(at);
-    bursts.insert(bursts.begin(), 0);
-    bursts.push_back(capture.size());
-    for (size_t b = 0; !stop.stop_requested(); b = (b + 1) % (bursts.size() - 1)) {
-      for (size_t at = bursts[b]; at < bursts[b + 1];) {
-        const ssize_t n = ::write(fd, capture.data() + at, bursts[b + 1] - at);
-        if (n <= 0) return;
-        at += static_cast<size_t>(n);
-      }
-      for (const auto due = Clock::now() + milliseconds(150); !stop.stop_requested() && Clock::now() < due;) {
-        pollfd p{fd, POLLIN, 0};
-        uint8_t in[256];
-        if (::poll(&p, 1, 10) > 0 && (p.revents & POLLIN) && ::read(fd, in, sizeof in) <= 0) return;
-      }
-    }
-  });
-}
 
 // A socket listening on 127.0.0.1, and its port.
 int listenLocal(uint16_t& port) {
