@@ -61,7 +61,17 @@ void WaypointStore::loadWaypoints() {
   std::vector<Waypoint> records;
   const bool whole = parseWaypointFile(bytes, records);
   for (Waypoint& w : records) list_.push_front(std::move(w));
-  if (!whole) showMessage(messages_, "Waypoint data are damaged.");
+  if (!whole) {
+    showMessage(messages_, "Waypoint data are damaged.");
+    return;
+  }
+  // A run killed between the two writes of a save left Waypoints.gpx behind Waypoints.bin
+  // (it is always written second); bring it up to date now rather than at the next save. A
+  // folder we cannot write is told by the next save, not at start.
+  struct stat gpx {};
+  const bool gpxBehind = ::stat(waypointsGpxPath().c_str(), &gpx) != 0 || gpx.st_mtim.tv_sec < info.st_mtim.tv_sec ||
+                         (gpx.st_mtim.tv_sec == info.st_mtim.tv_sec && gpx.st_mtim.tv_nsec < info.st_mtim.tv_nsec);
+  if (gpxBehind) writeWaypointsGpx(false);
 }
 
 bool WaypointStore::saveWaypoints() {
@@ -73,13 +83,17 @@ bool WaypointStore::saveWaypoints() {
     showMessage(messages_, "Не удается открыть файл %s. (Ошибка %d).", path.c_str(), errno);
     return false;
   }
+  return writeWaypointsGpx(true);
+}
+
+bool WaypointStore::writeWaypointsGpx(bool tellFailure) {
   GpxData gpx;
   for (const Waypoint& w : list_) gpx.waypoints.push_back(gpxWaypointOf(w));
   const QByteArray document = gpxDocument(gpx);
   const std::filesystem::path gpxPath = waypointsGpxPath();
   errno = 0;
   if (!writeFileAtomically(gpxPath, std::string_view(document.constData(), size_t(document.size())), beforeReplace_)) {
-    showMessage(messages_, "Не удается открыть файл %s. (Ошибка %d).", gpxPath.c_str(), errno);
+    if (tellFailure) showMessage(messages_, "Не удается открыть файл %s. (Ошибка %d).", gpxPath.c_str(), errno);
     return false;
   }
   return true;

@@ -40,7 +40,8 @@ class WaypointStore {
 
   // Puts the file's records at the head of the list. A missing file is no error; a damaged
   // one keeps its whole records and shows "Waypoint data are damaged."; the file itself is
-  // left alone until the next save.
+  // left alone until the next save. A whole file whose Waypoints.gpx is missing or older is
+  // written out again as GPX.
   void loadWaypoints();
   // Replaces the file by the whole list, then Waypoints.gpx by the same list in GPX, each
   // atomically: when a save fails (shown) that file keeps what it held, and a failed
@@ -74,6 +75,9 @@ class WaypointStore {
   void setBeforeReplaceHook(BeforeReplaceHook hook) { beforeReplace_ = hook; }
 
  private:
+  // Replaces Waypoints.gpx by the list (as the second half of a save does); a failure is
+  // shown if `tellFailure`.
+  bool writeWaypointsGpx(bool tellFailure);
   const std::filesystem::path folder_;
   Messages& messages_;
   std::forward_list<Waypoint> list_;
