@@ -34,18 +34,10 @@ TEST(MulDiv, SixtyFourBitProductTruncatedTowardZero) {
   const MulDivCase cases[] = {
       {7, 3, 2, 10},
       {-7, 3, 2, -10},  // floor division would give -11
-      {7, -3, 2, -10},
-      {-7, -3, -2, -10},
-      {-7, 3, -2, 10},
-      {INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX},
-      {100000, 100000, 10, 1000000000},
-      {33554, 255 * 40000, 33554 * 255, 40000},
+      {7, -3, 2, -10}, {-7, -3, -2, -10}, {-7, 3, -2, 10}, {INT32_MAX, INT32_MAX, INT32_MAX, INT32_MAX},
+      {100000, 100000, 10, 1000000000}, {33554, 255 * 40000, 33554 * 255, 40000},
       {INT32_MIN, -1, 1, INT32_MIN},  // 2^31: only the low 32 bits are kept
-      {65536, 65536, 1, 0},
-      {INT32_MAX, 2, 1, -2},
-      {INT32_MIN, INT32_MIN, -1, 0},
-      {5, 7, 0, -1},
-      {0, 0, 0, -1},
+      {65536, 65536, 1, 0}, {INT32_MAX, 2, 1, -2}, {INT32_MIN, INT32_MIN, -1, 0}, {5, 7, 0, -1}, {0, 0, 0, -1},
       {0, 123, -5, 0},
   };
   for (const auto& c : cases) {
@@ -79,8 +71,7 @@ TEST(Conversions, DegreesToSemicircles) {
       {3.0f, 35791396},  // the product 35791395 is already rounded to a multiple of 4
       {0.5f, 5965233},    // 5965232.5 rounds up
       {-0.5f, -5965232},  // -5965232.5 rounds up too
-      {90.0f, 1073741824},
-      {-90.0f, -1073741824},
+      {90.0f, 1073741824}, {-90.0f, -1073741824},
       {180.0f, INT32_MAX},  // 2^31 does not fit; clamped
       {-180.0f, INT32_MIN},
   };
