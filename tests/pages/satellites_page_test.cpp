@@ -74,13 +74,8 @@ class SatellitesPageTest : public ::testing::Test {
   SatellitesPage page_{context_};
 };
 
-struct SkyCase {
-  uint32_t elevation, azimuth;
-  QPointF centre;
-};
-
 TEST_F(SatellitesPageTest, SatellitesArePlacedByElevationAndAzimuth) {
-  const SkyCase cases[] = {
+  const struct { uint32_t elevation, azimuth; QPointF centre; } cases[] = {
       {90, 0, {120, 80}},    // zenith: the centre
       {90, 200, {120, 80}},
       {0, 90, {180, 80}},    // horizon east: (cx + r, cy)
@@ -89,7 +84,7 @@ TEST_F(SatellitesPageTest, SatellitesArePlacedByElevationAndAzimuth) {
       {0, 270, {61, 80}},
       {45, 90, {150, 80}},   // half way out
   };
-  for (const SkyCase& sky : cases) {
+  for (const auto& sky : cases) {
     showSatellites({{7, sky.elevation, sky.azimuth, 40}});
     const std::vector<DrawCall> circles = satelliteCircles();
     ASSERT_EQ(circles.size(), 1u);
