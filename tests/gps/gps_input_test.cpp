@@ -9,11 +9,9 @@
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <poll.h>
-#include <pty.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -29,7 +27,6 @@
 #include "common/test_data.h"
 #include "common/torture.h"
 #include "core/settings.h"
-#include "gps/capture_replay.h"
 #include "gps/garmin_protocol.h"
 #include "gps/gps_input.h"
 #include "gps/gpsd_client.h"

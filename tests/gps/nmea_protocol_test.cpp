@@ -64,15 +64,6 @@ TEST_F(NmeaProtocolTest, ABurstMergesAndIsHandedOnAfterAQuietGap) {
   EXPECT_EQ(collected.fixes[0].flags, 0x782Au);  // GGA and GSA together
   EXPECT_EQ(silentAt(1500), kNothing);           // nothing pending any more
   EXPECT_EQ(nmea.assembling().flags, 0u);
-  // The last sentence of a burst waits for the next "$".
-  feedAt(2000, kGga + kRmc);
-  EXPECT_EQ(silentAt(2200), kRecognised);
-  ASSERT_EQ(collected.fixes.size(), 2u);
-  EXPECT_FALSE(collected.fixes[1].has(kFixTime));
-  feedAt(3000, kGsa);
-  silentAt(3200);
-  ASSERT_EQ(collected.fixes.size(), 3u);
-  EXPECT_EQ(collected.fixes[2].flags, 0x0383u);  // the RMC; the GSA waits in turn
 }
 
 TEST_F(NmeaProtocolTest, AContinuousStreamHandsOnEveryThreeSeconds) {
@@ -224,9 +215,7 @@ TEST(NmeaFraming, ALineCountsFromNineBytesOnAndOnlyAfterADollar) {
   EXPECT_FALSE(nmea.parseSentences(bytesOf("$1234567")));
   EXPECT_TRUE(nmea.parseSentences(bytesOf("$12345678")));
   // Whatever printable follows the "$": lower case, blanks.
-  EXPECT_TRUE(nmea.parseSentences(bytesOf(nmeaLine("gpRMC,030719.000,A,3747.0873,S,17518.8938,E,0.69,,311214,,"))));
   EXPECT_TRUE(nmea.parseSentences(bytesOf("$GPR C,1,2,3,4\r\n")));
-  EXPECT_TRUE(nmea.parseSentences(bytesOf("# a comment\r\n$GPXXX,1,2*00\r\n")));
   // Unknown type and wrong checksum still count as NMEA.
   EXPECT_TRUE(nmea.parseSentences(bytesOf("$GPRMC,030719.000,A,3747.0873,S*00\r\n")));
   EXPECT_EQ(nmea.assembling().flags, 0u);
