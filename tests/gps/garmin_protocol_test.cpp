@@ -1,7 +1,4 @@
-// Garmin packet framing (the fixed packets, the checksum, DLE stuffing, the receiving
-// framer's quirks, the check of a received packet), and the Garmin protocol object on a fake
-// clock and port: the start request and its answer, pacing with the stop command, silence,
-// and position records turned into fixes.
+// Garmin packet framing and checking, and the Garmin protocol on a fake clock and port.
 #include <gtest/gtest.h>
 
 #include <bit>

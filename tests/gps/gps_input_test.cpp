@@ -1,9 +1,5 @@
-// GPS input end to end, with recorded receivers behind pseudo-terminals (the scanner opens
-// the slave end by its path, as it would a USB receiver) and gpsd: the receiver is found,
-// named by protocol and port, its fixes are handed on, the demo gives way, and a stop ends
-// and joins every thread. Receivers that come and go (pulled out mid-sentence, a flooded
-// port, a gpsd stopped and started again): the status line tells it, the receiver is taken
-// up again, and no thread or descriptor is left behind.
+// GPS input end to end, with recorded receivers behind pseudo-terminals and gpsd: found, named,
+// handed on, the demo giving way; receivers that come and go; a stop joins every thread.
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>

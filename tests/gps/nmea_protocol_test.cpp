@@ -1,8 +1,5 @@
-// The NMEA protocol object fed as a scanning thread feeds it, on a fake clock: burst
-// merging, hand-over on quiet gaps and every three seconds, the tick's wrap, overlong text,
-// what passes for NMEA; and single sentences through the framing, the checksum and the
-// decoders: the rules the real captures (decode_capture_test) do not all show, with expected
-// values worked out by hand.
+// The NMEA protocol on a fake clock (bursts, hand-over, silence, what passes for NMEA), and
+// single sentences: the rules the real captures do not show, worked out by hand.
 #include <gtest/gtest.h>
 
 #include <algorithm>

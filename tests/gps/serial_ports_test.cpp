@@ -1,6 +1,4 @@
-// Discovery of serial devices in a made-up /dev and /sys: which nodes count, their order
-// and numbers, the names sysfs gives them, device paths the user adds, and the COM numbers
-// that stay with each device.
+// Serial device discovery in a made-up /dev and /sys, and the COM numbers each device keeps.
 #include <gtest/gtest.h>
 
 #include <algorithm>
