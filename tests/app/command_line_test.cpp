@@ -19,14 +19,11 @@ struct CommandLineCase {
 
 TEST(CommandLine, ReadsMapDemoAndGpsSourcesAndRefusesWhatItCannotUse) {
   const CommandLineCase cases[] = {
-      {{}, {}, false, {}, false},
-      {{"map.img"}, "map.img", false, {}, false},
-      {{"--demo"}, {}, true, {}, false},
+      {{}, {}, false, {}, false}, {{"map.img"}, "map.img", false, {}, false}, {{"--demo"}, {}, true, {}, false},
       {{"--gps", "/dev/ttyUSB0", "map.orv"}, "map.orv", false, {"/dev/ttyUSB0"}, false},
       {{"--gps", "gpsd://localhost", "--gps", "/dev/pts/3"}, {}, false, {"gpsd://localhost", "/dev/pts/3"}, false},
       {{"a.img", "b.img"}, "a.img", false, {}, false},  // the first map wins
-      {{"--gps"}, {}, false, {}, true},
-      {{"--zoom", "3"}, "3", false, {}, true},
+      {{"--gps"}, {}, false, {}, true}, {{"--zoom", "3"}, "3", false, {}, true},
   };
   for (const CommandLineCase& c : cases) {
     const CommandLine line = parseCommandLine(c.arguments);

@@ -1,6 +1,8 @@
 #include "common/gpx_check.h"
 
+#include <algorithm>
 #include <cstdio>
+#include <ctime>
 #include <sstream>
 
 #include "common/test_data.h"
@@ -36,55 +38,42 @@ std::vector<std::string> csvFields(const std::string& line) {
 
 // "YYYY/MM/DD" and "hh:mm:ss[.fff]" in UTC.
 std::optional<double> unixTime(const std::string& date, const std::string& time) {
-  int y = 0, mo = 0, d = 0, h = 0, mi = 0;
+  std::tm t{};
   double s = 0;
-  if (std::sscanf(date.c_str(), "%d/%d/%d", &y, &mo, &d) != 3) return std::nullopt;
-  if (std::sscanf(time.c_str(), "%d:%d:%lf", &h, &mi, &s) != 3) return std::nullopt;
-  // Days from civil (proleptic Gregorian).
-  y -= mo <= 2;
-  const long era = (y >= 0 ? y : y - 399) / 400;
-  const long yoe = y - era * 400;
-  const long doy = (153 * (mo + (mo > 2 ? -3 : 9)) + 2) / 5 + d - 1;
-  const long days = era * 146097 + yoe * 365 + yoe / 4 - yoe / 100 + doy - 719468;
-  return days * 86400.0 + h * 3600.0 + mi * 60.0 + s;
+  if (std::sscanf(date.c_str(), "%d/%d/%d", &t.tm_year, &t.tm_mon, &t.tm_mday) != 3) return std::nullopt;
+  if (std::sscanf(time.c_str(), "%d:%d:%lf", &t.tm_hour, &t.tm_min, &s) != 3) return std::nullopt;
+  t.tm_year -= 1900, t.tm_mon -= 1;
+  return static_cast<double>(timegm(&t)) + s;
+}
+
+// What gpsbabel prints with `args`; empty when it fails (`error` then says how).
+std::optional<std::string> gpsbabel(const std::string& args, std::string& error) {
+  const ToolRun run = runProgram("gpsbabel", args);
+  if (run.exitCode == 0) return run.out;
+  error = "gpsbabel exit " + std::to_string(run.exitCode) + ": " + run.err;
+  return std::nullopt;
 }
 
 }  // namespace
 
 std::optional<BabelCounts> gpsbabelCounts(const std::filesystem::path& gpx, std::string& error) {
-  const ToolRun run = runProgram("gpsbabel", "-i gpx -f " + quoted(gpx) + " -o gpx,gpxver=1.1 -F -");
-  if (run.exitCode != 0) {
-    error = "gpsbabel exit " + std::to_string(run.exitCode) + ": " + run.err;
-    return std::nullopt;
-  }
-  BabelCounts counts;
-  counts.tracks = occurrences(run.out, "<trk>");
-  counts.segments = occurrences(run.out, "<trkseg>");
-  counts.trackPoints = occurrences(run.out, "<trkpt ");
-  counts.routes = occurrences(run.out, "<rte>");
-  counts.routePoints = occurrences(run.out, "<rtept ");
-  counts.waypoints = occurrences(run.out, "<wpt ");
-  return counts;
+  const auto out = gpsbabel("-i gpx -f " + quoted(gpx) + " -o gpx,gpxver=1.1 -F -", error);
+  if (!out) return std::nullopt;
+  return BabelCounts{occurrences(*out, "<trk>"),  occurrences(*out, "<trkseg>"), occurrences(*out, "<trkpt "),
+                     occurrences(*out, "<rte>"),  occurrences(*out, "<rtept "),  occurrences(*out, "<wpt ")};
 }
 
 std::optional<std::vector<BabelPoint>> gpsbabelPoints(const std::filesystem::path& gpx, char kind,
                                                       std::string& error) {
-  const ToolRun run = runProgram("gpsbabel", std::string("-") + kind + " -i gpx -f " + quoted(gpx) +
-                                                 " -o unicsv,utc=0 -F -");
-  if (run.exitCode != 0) {
-    error = "gpsbabel exit " + std::to_string(run.exitCode) + ": " + run.err;
-    return std::nullopt;
-  }
+  const auto out = gpsbabel(std::string("-") + kind + " -i gpx -f " + quoted(gpx) + " -o unicsv,utc=0 -F -", error);
+  if (!out) return std::nullopt;
   std::vector<BabelPoint> points;
-  std::istringstream lines(run.out);
+  std::istringstream lines(*out);
   std::string line;
   if (!std::getline(lines, line)) return points;  // nothing of this kind
   const std::vector<std::string> header = csvFields(line);
   const auto column = [&header](const std::string& name) {
-    for (size_t i = 0; i < header.size(); ++i) {
-      if (header[i] == name) return i;
-    }
-    return header.size();
+    return static_cast<size_t>(std::ranges::find(header, name) - header.begin());
   };
   const size_t lat = column("Latitude"), lon = column("Longitude"), date = column("Date"), time = column("Time");
   while (std::getline(lines, line)) {

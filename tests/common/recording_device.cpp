@@ -1,5 +1,7 @@
 #include "common/recording_device.h"
 
+#include <algorithm>
+
 #include <QGuiApplication>
 #include <QPainter>
 #include <QPainterPath>
@@ -31,7 +33,6 @@ DrawCall RecordingEngine::start(DrawCall::Kind kind) const {
   if (const QPainter* p = painter()) {
     call.pen = p->pen();
     call.brush = p->brush();
-    call.brushOrigin = p->brushOrigin();
     call.transform = p->worldTransform();
     call.backgroundMode = p->backgroundMode();
     call.font = p->font();
@@ -41,7 +42,6 @@ DrawCall RecordingEngine::start(DrawCall::Kind kind) const {
 
 void RecordingEngine::drawRects(const QRectF* rects, int count) {
   DrawCall call = start(DrawCall::Kind::Rects);
-  call.rects.assign(rects, rects + count);
   if (count > 0) call.rect = rects[0];
   calls.push_back(std::move(call));
 }
@@ -52,11 +52,13 @@ void RecordingEngine::drawLines(const QLineF* lines, int count) {
   calls.push_back(std::move(call));
 }
 
-void RecordingEngine::drawEllipse(const QRectF& rect) {
-  DrawCall call = start(DrawCall::Kind::Ellipse);
+void RecordingEngine::drawBox(DrawCall::Kind kind, const QRectF& rect) {
+  DrawCall call = start(kind);
   call.rect = rect;
   calls.push_back(std::move(call));
 }
+
+void RecordingEngine::drawEllipse(const QRectF& rect) { drawBox(DrawCall::Kind::Ellipse, rect); }
 
 void RecordingEngine::drawPath(const QPainterPath& path) {
   DrawCall call = start(DrawCall::Kind::Path);
@@ -77,26 +79,12 @@ void RecordingEngine::drawPolygon(const QPointF* points, int count, PolygonDrawM
   calls.push_back(std::move(call));
 }
 
-void RecordingEngine::drawPixmap(const QRectF& rect, const QPixmap&, const QRectF& source) {
-  DrawCall call = start(DrawCall::Kind::Pixmap);
-  call.rect = rect;
-  call.sourceRect = source;
-  calls.push_back(std::move(call));
-}
-
+void RecordingEngine::drawPixmap(const QRectF& rect, const QPixmap&, const QRectF&) { drawBox(DrawCall::Kind::Pixmap, rect); }
 void RecordingEngine::drawTiledPixmap(const QRectF& rect, const QPixmap&, const QPointF&) {
-  DrawCall call = start(DrawCall::Kind::Pixmap);
-  call.rect = rect;
-  calls.push_back(std::move(call));
+  drawBox(DrawCall::Kind::Pixmap, rect);
 }
-
-void RecordingEngine::drawImage(const QRectF& rect, const QImage& image, const QRectF& source,
-                                Qt::ImageConversionFlags) {
-  DrawCall call = start(DrawCall::Kind::Image);
-  call.rect = rect;
-  call.sourceRect = source;
-  call.image = image;
-  calls.push_back(std::move(call));
+void RecordingEngine::drawImage(const QRectF& rect, const QImage&, const QRectF&, Qt::ImageConversionFlags) {
+  drawBox(DrawCall::Kind::Image, rect);
 }
 
 void RecordingEngine::drawTextItem(const QPointF& origin, const QTextItem& item) {
@@ -113,17 +101,13 @@ RecordingDevice::~RecordingDevice() = default;
 
 std::vector<DrawCall> RecordingDevice::callsOf(DrawCall::Kind kind) const {
   std::vector<DrawCall> out;
-  for (const DrawCall& call : engine_.calls) {
-    if (call.kind == kind) out.push_back(call);
-  }
+  std::ranges::copy_if(engine_.calls, std::back_inserter(out), [kind](const DrawCall& c) { return c.kind == kind; });
   return out;
 }
 
 std::vector<QString> RecordingDevice::texts() const {
   std::vector<QString> out;
-  for (const DrawCall& call : engine_.calls) {
-    if (call.kind == DrawCall::Kind::Text) out.push_back(call.text);
-  }
+  for (const DrawCall& call : callsOf(DrawCall::Kind::Text)) out.push_back(call.text);
   return out;
 }
 

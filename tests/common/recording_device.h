@@ -6,7 +6,6 @@
 
 #include <QBrush>
 #include <QFont>
-#include <QImage>
 #include <QPaintDevice>
 #include <QPaintEngine>
 #include <QPen>
@@ -27,16 +26,12 @@ struct DrawCall {
 
   Kind kind = Kind::Polygon;
   QPolygonF points;     // Polygon, Polyline, Points: the vertices; Lines: pairs of ends
-  QRectF rect;          // Ellipse: its box; Image/Pixmap: the target; Rects: the first one
-  std::vector<QRectF> rects;  // Rects: all of them
+  QRectF rect;          // Ellipse, Path, Image, Pixmap, Rects (the first): the box
   QPointF origin;       // Text: the baseline start given to the engine
   QString text;         // Text
   QFont font;           // Text: the item's font
-  QRectF sourceRect;    // Image/Pixmap
-  QImage image;         // Image: a copy of the drawn image
   QPen pen;
   QBrush brush;
-  QPointF brushOrigin;
   QTransform transform;  // world transform at the time of the call
   Qt::BGMode backgroundMode = Qt::TransparentMode;
 
@@ -70,6 +65,7 @@ class RecordingEngine : public QPaintEngine {
 
  private:
   DrawCall start(DrawCall::Kind kind) const;
+  void drawBox(DrawCall::Kind kind, const QRectF& rect);
 };
 
 class RecordingDevice : public QPaintDevice {

@@ -1,7 +1,6 @@
 // Every recorded receiver capture decoded by orvel-tool as the port scanner would run it,
-// against the output kept beside it (X.fixes, rewritten by scripts/regen-expected); the
-// simulated line the replay feeds the protocols through; and a recorded drive's sentences
-// moved onto the demo map.
+// against the output kept beside it (X.fixes, rewritten by scripts/regen-expected); binary
+// captures never taken for NMEA; a recorded drive's sentences moved onto the demo map.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -11,11 +10,8 @@
 
 #include "common/test_data.h"
 #include "common/tool_run.h"
-#include "gps/capture_replay.h"
 #include "gps/demo_capture.h"
-#include "gps/garmin_packet.h"
 #include "gps/nmea_protocol.h"
-#include "gps/replay_line.h"
 #include "gps_test_support.h"
 
 namespace orvel {
@@ -69,18 +65,6 @@ TEST(BinaryCaptures, AreNeverTakenForNmeaWhateverTheReads) {
       }
     }
   }
-}
-
-// Two well-formed Garmin packets are enough to take a capture for Garmin binary; bursts
-// then start after each position record.
-TEST(CaptureLayout, TwoGarminPacketsMakeABinaryCapture) {
-  std::vector<uint8_t> capture = frameGarminPacket(kGarminPvt, std::vector<uint8_t>(64, 1));
-  EXPECT_FALSE(analyseCapture(capture).garminBinary);
-  const auto second = frameGarminPacket(0x72, std::vector<uint8_t>(8, 2));
-  capture.insert(capture.end(), second.begin(), second.end());
-  const CaptureLayout layout = analyseCapture(capture);
-  EXPECT_TRUE(layout.garminBinary);
-  EXPECT_EQ(layout.burstStarts, std::vector<size_t>{capture.size() - second.size()});
 }
 
 TEST(DemoCapture, SentencesMoveAndKeepTheirForm) {

@@ -1,19 +1,13 @@
-// GPS input end to end, with recorded receivers behind pseudo-terminals (the scanner opens
-// the slave end by its path, as it would a USB receiver) and gpsd: the receiver is found,
-// named by protocol and port, its fixes are handed on, the demo gives way, and a stop ends
-// and joins every thread. Receivers that come and go (pulled out mid-sentence, a flooded
-// port, a gpsd stopped and started again): the status line tells it, the receiver is taken
-// up again, and no thread or descriptor is left behind.
+// GPS input end to end, with recorded receivers behind pseudo-terminals and gpsd: found, named,
+// handed on, the demo giving way; receivers that come and go; a stop joins every thread.
 #include <gtest/gtest.h>
 
 #include <arpa/inet.h>
 #include <fcntl.h>
 #include <poll.h>
-#include <pty.h>
 #include <signal.h>
 #include <sys/socket.h>
 #include <sys/wait.h>
-#include <termios.h>
 #include <unistd.h>
 
 #include <atomic>
@@ -29,7 +23,6 @@
 #include "common/test_data.h"
 #include "common/torture.h"
 #include "core/settings.h"
-#include "gps/capture_replay.h"
 #include "gps/garmin_protocol.h"
 #include "gps/gps_input.h"
 #include "gps/gpsd_client.h"

@@ -35,12 +35,10 @@ TEST(OleDate, CalendarToDateAndBack) {
 }
 
 TEST(OleDate, ImpossibleDatesAreRefusedAndLeaveTheOutput) {
-  for (const CalendarTime& t : {CalendarTime{2001, 2, 29, 0, 0, 0, 0}, CalendarTime{1900, 2, 29, 0, 0, 0, 0},
-                                CalendarTime{2000, 13, 1, 0, 0, 0, 0}, CalendarTime{2000, 0, 1, 0, 0, 0, 0},
-                                CalendarTime{2000, 4, 31, 0, 0, 0, 0}, CalendarTime{2000, 1, 0, 0, 0, 0, 0},
-                                CalendarTime{2000, 1, 1, 24, 0, 0, 0}, CalendarTime{2000, 1, 1, 0, 60, 0, 0},
-                                CalendarTime{2000, 1, 1, 0, 0, 60, 0}, CalendarTime{2000, 1, 1, 0, 0, 0, 1000},
-                                CalendarTime{99, 12, 31, 0, 0, 0, 0}, CalendarTime{10000, 1, 1, 0, 0, 0, 0}}) {
+  using C = CalendarTime;
+  for (const C& t : {C{2001, 2, 29, 0, 0, 0, 0}, C{1900, 2, 29, 0, 0, 0, 0}, C{2000, 13, 1, 0, 0, 0, 0}, C{2000, 0, 1, 0, 0, 0, 0},
+                     C{2000, 4, 31, 0, 0, 0, 0}, C{2000, 1, 0, 0, 0, 0, 0}, C{2000, 1, 1, 24, 0, 0, 0}, C{2000, 1, 1, 0, 60, 0, 0},
+                     C{2000, 1, 1, 0, 0, 60, 0}, C{2000, 1, 1, 0, 0, 0, 1000}, C{99, 12, 31, 0, 0, 0, 0}, C{10000, 1, 1, 0, 0, 0, 0}}) {
     double date = 7.0;
     EXPECT_FALSE(calendarToAutomationDate(t, date)) << t.year << "-" << t.month << "-" << t.day;
     EXPECT_EQ(date, 7.0);
@@ -49,6 +47,7 @@ TEST(OleDate, ImpossibleDatesAreRefusedAndLeaveTheOutput) {
     CalendarTime t{1, 2, 3, 4, 5, 6, 7};
     EXPECT_FALSE(automationDateToCalendar(date, t)) << date;
     EXPECT_EQ(t, (CalendarTime{1, 2, 3, 4, 5, 6, 7}));
+    EXPECT_EQ(formatIso8601Utc(date), "") << date;
   }
 }
 
@@ -58,16 +57,9 @@ TEST(OleDate, RoundingToMidnightCarriesIntoTheNextDay) {
   EXPECT_EQ(t, (CalendarTime{2000, 1, 1, 0, 0, 0, 0}));
   ASSERT_TRUE(automationDateToCalendar(-1.0 - 86399.9999 / 86400.0, t));  // late on 1899-12-29
   EXPECT_EQ(t, (CalendarTime{1899, 12, 30, 0, 0, 0, 0}));
-}
-
-TEST(OleDate, Iso8601) {
-  EXPECT_EQ(formatIso8601Utc(38173.5), "2004-07-05T12:00:00Z");
-  EXPECT_EQ(formatIso8601Utc(unixSecondsToAutomationDate(1022346381)), "2002-05-25T17:06:21Z");
-  EXPECT_EQ(formatIso8601Utc(36526.0 - 0.4 / 86400.0), "2000-01-01T00:00:00Z");  // rounded up
+  // Printed to the second: the captures' expected fixes show the rest of the format.
+  EXPECT_EQ(formatIso8601Utc(36526.0 - 0.4 / 86400.0), "2000-01-01T00:00:00Z");
   EXPECT_EQ(formatIso8601Utc(36526.0 - 0.6 / 86400.0), "1999-12-31T23:59:59Z");
-  EXPECT_EQ(formatIso8601Utc(-1.25), "1899-12-29T06:00:00Z");
-  EXPECT_EQ(formatIso8601Utc(NAN), "");
-  EXPECT_EQ(formatIso8601Utc(3e6), "");
 }
 
 }  // namespace

@@ -1,6 +1,4 @@
-// Discovery of serial devices in a made-up /dev and /sys: which nodes count, their order
-// and numbers, the names sysfs gives them, device paths the user adds, and the COM numbers
-// that stay with each device.
+// Serial device discovery in a made-up /dev and /sys, and the COM numbers each device keeps.
 #include <gtest/gtest.h>
 
 #include <algorithm>
@@ -98,7 +96,7 @@ TEST_F(SerialPortsTest, NamesComeFromTheUsbDeviceOrTheDriver) {
   EXPECT_EQ(ports[3].name, "rfcomm0");
 }
 
-TEST_F(SerialPortsTest, AddedPathsFollowOnceAndKeepTheirNumbersWhenPortsOverflow) {
+TEST_F(SerialPortsTest, AddedPathsFollowOnceAndKeepTheirNumbersWhenPortsOverflowOrAreAlone) {
   for (int i = 0; i < 25; ++i) addNode("ttyUSB" + std::to_string(i), "usb/" + std::to_string(i));
   const std::vector<std::string> extra{"/dev/pts/7", (roots.dev / "ttyUSB3").string(), "/dev/pts/7", "/dev/rfcomm4"};
   const auto ports = discoverSerialPorts(roots, extra);
@@ -111,16 +109,11 @@ TEST_F(SerialPortsTest, AddedPathsFollowOnceAndKeepTheirNumbersWhenPortsOverflow
   EXPECT_EQ(ports[17].number, 18);
   EXPECT_EQ(ports[18].path, "/dev/rfcomm4");
   EXPECT_EQ(ports[18].number, 19);
-}
-
-TEST_F(SerialPortsTest, WithoutADevRootOnlyTheAddedPathsAreListed) {
-  addNode("ttyUSB0", "usb/0");
-  SerialRoots none = roots;
-  none.dev.clear();
-  const auto ports = discoverSerialPorts(none, std::vector<std::string>{"/dev/pts/3"});
-  ASSERT_EQ(ports.size(), 1u);
-  EXPECT_EQ(ports[0].number, 1);
-  EXPECT_EQ(ports[0].path, "/dev/pts/3");
+  roots.dev.clear();  // no /dev to look in: the added paths alone
+  const auto added = discoverSerialPorts(roots, std::vector<std::string>{"/dev/pts/3"});
+  ASSERT_EQ(added.size(), 1u);
+  EXPECT_EQ(added[0].number, 1);
+  EXPECT_EQ(added[0].path, "/dev/pts/3");
 }
 
 TEST_F(SerialPortsTest, EachDeviceKeepsItsComNumberWhateverIsPluggedInOrOut) {

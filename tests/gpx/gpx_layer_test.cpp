@@ -1,5 +1,4 @@
-// The GPX layer drawn over the map: where its lines and waypoints land, what it leaves out,
-// and orvel-tool render --gpx drawing the same.
+// The GPX layer drawn over the map: where its lines and waypoints land, and what it leaves out.
 #include "gpx/layer/gpx_layer.h"
 
 #include <gtest/gtest.h>
@@ -10,8 +9,6 @@
 #include "common/draw_kit.h"
 #include "common/recording_device.h"
 #include "common/test_data.h"
-#include "common/tool_run.h"
-#include "compose/view_composer.h"
 #include "gpx/gpx_reader.h"
 #include "view/map_view.h"
 
@@ -19,13 +16,6 @@ namespace orvel {
 namespace {
 
 constexpr QRgb kLayer = 0xFF000000u | kGpxLayerRgb;
-
-GpxLayer opened(const std::string& name) {
-  GpxLayer layer;
-  QString error;
-  EXPECT_TRUE(layer.openGpx(test::dataFile(name), error)) << error.toStdString();
-  return layer;
-}
 
 MapPoint fine(const GpxPoint& p) {
   return {static_cast<int32_t>(std::floor(p.longitude * (2147483648.0 / 180.0) + 0.5)),
@@ -144,41 +134,6 @@ TEST(GpxLayerDraw, ProjectsOncePerZoomStepAndWalksOnlyWhatTheViewMeets) {
     EXPECT_LE(layer.runsDrawn(), s.mostRuns);
     EXPECT_EQ(device.callsOf(test::DrawCall::Kind::Polyline).empty(), s.mostRuns == 0);
   }
-}
-
-// orvel-tool render --gpx draws the screen that composing with the layer draws here.
-TEST(GpxLayerDraw, RenderDrawsTheLayerAsTheMapPageDoes) {
-  const std::filesystem::path file = test::dataFile("gpx/cerknicko-jezero-no-creator.gpx");
-  ASSERT_FALSE(file.empty());
-  const auto out = test::scratchDir("render-gpx") / "out.png";
-  const test::ToolRun run = test::runProgram(ORVEL_TOOL_PATH, "render --gpx '" + file.string() + "' --size 400x300 -o '" +
-                                                                   out.string() + "'");
-  ASSERT_EQ(run.exitCode, 0) << run.err;
-  const QImage tool(QString::fromStdString(out.string()));
-
-  const test::DrawKit& kit = test::drawKit();
-  GpxLayer layer = opened("gpx/cerknicko-jezero-no-creator.gpx");
-  MapView view;
-  view.setScreenSize(400, 300);
-  fitViewTo(view, layer.bounds());
-  ViewComposer composer(kit.settings, kit.drawing, kit.styles);
-  composer.setGpxLayer([&](QPainter& painter, const MapView& shown, const MapRect& visible) {
-    layer.drawGpx(painter, kit.drawing, shown, visible);
-  });
-  composer.composeView(nullptr, view);
-  QImage here(400, 300, QImage::Format_RGB32);
-  here.fill(Qt::white);
-  {
-    QPainter painter(&here);
-    composer.paintView(painter, view);
-  }
-  ASSERT_EQ(tool.size(), here.size());
-  EXPECT_EQ(tool.convertToFormat(QImage::Format_RGB32), here);
-  int layerPixels = 0;
-  for (int y = 0; y < here.height(); ++y) {
-    for (int x = 0; x < here.width(); ++x) layerPixels += here.pixel(x, y) == kLayer;
-  }
-  EXPECT_GT(layerPixels, 300);  // the file is on the screen
 }
 
 }  // namespace

@@ -1,9 +1,14 @@
+#include <gtest/gtest.h>
+
+#include <QString>
+
 #include <string>
 
+#include "common/test_data.h"
+#include "gps/gps_state.h"
 #include "pages/gauge.h"
 #include "pages/gauge_types.h"
 #include "pages/gauges_page.h"
-#include "pages_fixture.h"
 
 namespace orvel::test {
 namespace {
@@ -50,7 +55,6 @@ TEST(GaugeTypes, FieldGaugesShowTheirFieldWhileItsBitIsSet) {
     EXPECT_EQ(entry->gauge->format(), u"-") << key;
   }
 }
-
 
 // All five rows of gauges fit the client area, shrinking on low screens, and the fonts follow
 // the cell.

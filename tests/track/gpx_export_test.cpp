@@ -65,9 +65,9 @@ Written fromMps(const std::filesystem::path& mps, const std::filesystem::path& g
   return w;
 }
 
-Written fromWaypoints(const std::vector<Waypoint>& waypoints, const std::filesystem::path& gpx) {
-  Written w{gpx, 'w', {}, 0};
-  for (const Waypoint& p : waypoints) {
+Written fromWaypoints(const WaypointStore& store) {
+  Written w{store.waypointsGpxPath(), 'w', {}, 0};
+  for (const Waypoint& p : store.waypoints()) {
     w.points.push_back(fromSemicircles(
         p.lat, p.lon, p.time != 0.0 ? std::optional<double>(automationDateToUnixSeconds(p.time)) : std::nullopt));
   }
@@ -83,15 +83,6 @@ class GpxExportTest : public DataDirTest {
     const ToolRun run = runTool("record " + quoted(capture) + " -o " + quoted(dir / "run.mps"));
     EXPECT_EQ(run.exitCode, 0) << run.err;
     return fromMps(dir / "run.mps", dir / "run.gpx");
-  }
-
-  // A MapSource file written by another program, converted by orvel-tool gpx.
-  Written convertedMps() {
-    const auto mps = dataFile("gps/mps/mps-track.mps");
-    EXPECT_FALSE(mps.empty());
-    const ToolRun run = runTool("gpx " + quoted(mps) + " -o " + quoted(dir / "mps.gpx"));
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    return fromMps(mps, dir / "mps.gpx");
   }
 
   // The trail of the recorded run in Tracks.bin, a break at each of its tracks, converted.
@@ -136,26 +127,16 @@ class GpxExportTest : public DataDirTest {
     }
     EXPECT_TRUE(store.saveWaypoints());
     EXPECT_EQ(store.waypointsGpxPath(), dir / "Waypoints.gpx");
-    return fromWaypoints({store.waypoints().begin(), store.waypoints().end()}, store.waypointsGpxPath());
+    return fromWaypoints(store);
   }
 
-  // That Waypoints.bin converted by orvel-tool gpx.
-  Written convertedWaypoints() {
-    std::vector<Waypoint> waypoints;
-    EXPECT_TRUE(parseWaypointFile(bytesOf(dir / "Waypoints.bin"), waypoints));
-    const ToolRun run = runTool("gpx " + quoted(dir / "Waypoints.bin") + " -o " + quoted(dir / "wpt.gpx"));
-    EXPECT_EQ(run.exitCode, 0) << run.err;
-    return fromWaypoints(waypoints, dir / "wpt.gpx");
-  }
 };
 
 TEST_F(GpxExportTest, EveryGpxFileWrittenValidatesAndGpsbabelReadsItsPoints) {
   const std::vector<std::pair<const char*, std::function<Written()>>> sources = {
       {"recorded run", [this] { return recordedRun(); }},
-      {"MapSource file", [this] { return convertedMps(); }},
       {"Tracks.bin", [this] { return convertedTrail(); }},
       {"Waypoints.gpx", [this] { return savedWaypoints(); }},
-      {"Waypoints.bin", [this] { return convertedWaypoints(); }},
   };
   for (const auto& [what, make] : sources) {
     SCOPED_TRACE(what);

@@ -35,18 +35,10 @@ TEST(MapView, SetZoomIndexClampsThroughUnsignedTest) {
 }
 
 
-struct CentreCase {
-  int32_t y, storedY, latScale;
-};
-
 TEST(MapView, SetCentreClampsLatitudeAndScalesLongitude) {
-  const CentreCase cases[] = {
-      {0, 0, 255},
-      {4000000, 3728270, 44},
-      {-4000000, -3728270, 44},
-      {3728271, 3728270, 44},
-      {INT32_MIN, -3728270, 44},
-      {3728270, 3728270, 44},
+  const struct { int32_t y, storedY, latScale; } cases[] = {
+      {0, 0, 255}, {4000000, 3728270, 44}, {-4000000, -3728270, 44}, {3728271, 3728270, 44},
+      {INT32_MIN, -3728270, 44}, {3728270, 3728270, 44},
       {2796203, 2796203, 128},  // 60 degrees: 127.5 rounds up
       {-2796203, -2796203, 128},
   };

@@ -1,5 +1,3 @@
-#include <cstdint>
-#include <span>
 #include <string>
 
 #include <gtest/gtest.h>
@@ -9,44 +7,7 @@
 namespace orvel {
 namespace {
 
-// Each table with its lookup.
-struct Table {
-  std::span<const TypeStyle> (*rows)();
-  const TypeStyle* (*find)(uint32_t code);
-};
-const Table kTables[] = {{polygonTypes, findPolygonType}, {lineTypes, findLineType}, {pointTypes, findPointType}};
-
 std::string nameOf(const TypeStyle* row) { return row ? row->name : "(none)"; }
-
-// What the lookup must answer, worked out the slow way: an exact key wins; otherwise the
-// code belongs to the nearest row below it if that row is not the table's last and its
-// range reaches the code.
-const TypeStyle* slowFind(std::span<const TypeStyle> table, uint16_t code) {
-  const TypeStyle* below = nullptr;
-  size_t belowIndex = 0;
-  for (size_t i = 1; i < table.size(); ++i) {
-    if (table[i].key == code) return &table[i];
-    if (table[i].key < code) {
-      below = &table[i];
-      belowIndex = i;
-    }
-  }
-  if (below == nullptr) return nullptr;
-  if (belowIndex == table.size() - 1) {
-    // Past the last key the search ends on the row before the last.
-    below = &table[table.size() - 2];
-  }
-  return below->rangeEnd != 0 && code <= below->rangeEnd ? below : nullptr;
-}
-
-TEST(CatalogueLookup, AgreesWithALinearScanForEveryCode) {
-  for (const Table& table : kTables) {
-    for (uint32_t code = 0; code <= 0xFFFF; ++code) {
-      ASSERT_EQ(table.find(code), slowFind(table.rows(), static_cast<uint16_t>(code)))
-          << "table " << &table - kTables << " code 0x" << std::hex << code;
-    }
-  }
-}
 
 // The quirks a plain range lookup would get wrong, by name.
 TEST(CatalogueLookup, Quirks) {

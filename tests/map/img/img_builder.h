@@ -107,19 +107,15 @@ inline BuiltImg buildImg(const ImgLayout& layout) {
     putLe(t, 0, 0xBC, 2);
     putText(t, 2, "GARMIN TRE");
     putU8(t, 0x0D, layout.treFlags);
-    putLe(t, 0x15, static_cast<uint32_t>(layout.north), 3);
-    putLe(t, 0x18, static_cast<uint32_t>(layout.east), 3);
-    putLe(t, 0x1B, static_cast<uint32_t>(layout.south), 3);
-    putLe(t, 0x1E, static_cast<uint32_t>(layout.west), 3);
+    const int32_t bounds[] = {layout.north, layout.east, layout.south, layout.west};
+    for (size_t i = 0; i < 4; ++i) putLe(t, 0x15 + 3 * i, static_cast<uint32_t>(bounds[i]), 3);
     putLe(t, 0x21, 0xBC, 4);
     putLe(t, 0x25, layout.levels.size() * 4, 4);
     putLe(t, 0x29, 0xBC + layout.levels.size() * 4, 4);
     putLe(t, 0x2D, layout.subdivisions.size(), 4);
     for (const LevelSpec& level : layout.levels) {
-      t.push_back(static_cast<uint8_t>(level.inherited ? 0x80 : 0));
-      t.push_back(level.bits);
-      t.push_back(static_cast<uint8_t>(level.count));
-      t.push_back(static_cast<uint8_t>(level.count >> 8));
+      t.insert(t.end(), {static_cast<uint8_t>(level.inherited ? 0x80 : 0), level.bits,
+                         static_cast<uint8_t>(level.count), static_cast<uint8_t>(level.count >> 8)});
     }
     append(t, layout.subdivisions);
     out.sizes[kBuiltTre] = static_cast<uint32_t>(t.size());

@@ -127,27 +127,16 @@ TEST(ByteLabel, ConvertedInTheCodePage) {
 }
 
 TEST(Label, ReferenceToByteOffset) {
-  struct Case {
+  const struct {
     uint32_t reference;
     uint8_t shift;
     uint32_t expected;
+  } cases[] = {
+      {0, 0, 0}, {5, 0, 5}, {5, 1, 10}, {0x3FFFFF, 2, 0xFFFFFC}, {0x7FFFFFFF, 1, 0xFFFFFFFE},
+      {0x80000000, 1, 0xFFFFFFFF}, {0xFFFFFFFF, 0, 0xFFFFFFFF}, {1, 31, 0x80000000}, {2, 31, 0xFFFFFFFF},
+      {3, 30, 0xC0000000}, {1, 32, 0xFFFFFFFF}, {1, 255, 0xFFFFFFFF}, {0, 255, 0},
   };
-  const Case cases[] = {
-      {0, 0, 0},
-      {5, 0, 5},
-      {5, 1, 10},
-      {0x3FFFFF, 2, 0xFFFFFC},
-      {0x7FFFFFFF, 1, 0xFFFFFFFE},
-      {0x80000000, 1, 0xFFFFFFFF},
-      {0xFFFFFFFF, 0, 0xFFFFFFFF},
-      {1, 31, 0x80000000},
-      {2, 31, 0xFFFFFFFF},
-      {3, 30, 0xC0000000},
-      {1, 32, 0xFFFFFFFF},
-      {1, 255, 0xFFFFFFFF},
-      {0, 255, 0},
-  };
-  for (const Case& c : cases)
+  for (const auto& c : cases)
     EXPECT_EQ(labelByteOffset(c.reference, c.shift), c.expected) << c.reference << " << " << int{c.shift};
 }
 

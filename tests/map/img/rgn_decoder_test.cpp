@@ -132,11 +132,8 @@ TEST(RgnDecoder, SectionEndsAtARecordThatDoesNotFit) {
     std::vector<uint8_t> tail;  // bytes after one good record
     size_t expected;
   } cases[] = {
-      {"NothingElse", {}, 1},
-      {"AnotherGoodRecord", good, 2},
-      {"OneByte", {0x05}, 1},
-      {"NineOfTenHeaderBytes", shortHeader, 1},
-      {"TenOfElevenHeaderBytes", shortLongHeader, 1},
+      {"NothingElse", {}, 1}, {"AnotherGoodRecord", good, 2}, {"OneByte", {0x05}, 1},
+      {"NineOfTenHeaderBytes", shortHeader, 1}, {"TenOfElevenHeaderBytes", shortLongHeader, 1},
       {"StreamLongerThanSection", polyRecord(0x05, 0, 0, 0, onePointStream(), 0x00, 3), 1},
       {"LongStreamLongerThanSection", polyRecord(0x85, 0, 0, 0, {1, 2, 3}, 0x00, 0x0104), 1},
       {"StreamExactlyToTheEnd", polyRecord(0x05, 0, 0, 0, {1, 2, 3}, 0x00), 2},
@@ -177,17 +174,13 @@ std::vector<uint8_t> indirectionData(size_t size, uint32_t offset) {
 // that does not fit the rest of that data ends the section.
 TEST(RgnDecoder, LabelIndirection) {
   const std::vector<IndirectionCase> net = {
-      {"Resolved", 100, 10, false, 0x1234},
-      {"TwentyBytesLeft", 100, 80, false, 0x1234},
-      {"NineteenBytesLeftEndsTheSection", 100, 81, true, 0},
-      {"OffsetPastTheEndEndsTheSection", 100, 5000, true, 0},
+      {"Resolved", 100, 10, false, 0x1234}, {"TwentyBytesLeft", 100, 80, false, 0x1234},
+      {"NineteenBytesLeftEndsTheSection", 100, 81, true, 0}, {"OffsetPastTheEndEndsTheSection", 100, 5000, true, 0},
       {"NoNetDataKeepsTheField", 0, 81, false, 81},
   };
   const std::vector<IndirectionCase> poi = {
-      {"Resolved", 30, 0, false, 0x1234},
-      {"FourBytesLeft", 30, 26, false, 0x1234},
-      {"ThreeBytesLeftEndsTheSection", 30, 27, true, 0},
-      {"NoPoiPropertiesKeepsTheField", 0, 27, false, 27},
+      {"Resolved", 30, 0, false, 0x1234}, {"FourBytesLeft", 30, 26, false, 0x1234},
+      {"ThreeBytesLeftEndsTheSection", 30, 27, true, 0}, {"NoPoiPropertiesKeepsTheField", 0, 27, false, 27},
   };
   for (bool lines : {true, false}) {
     for (const auto& c : lines ? net : poi) {
@@ -224,13 +217,9 @@ TEST(RgnDecoder, SelectLevel) {
     int expected;
   } cases[] = {
       {"AllInheritedDrawsTheLast", {lv(17, true), lv(18, true), lv(20, true)}, 24, 2},
-      {"MostDetailed", mkgmap, 24, 4},
-      {"Between", mkgmap, 21, 2},
-      {"Exact", mkgmap, 22, 3},
-      {"BelowAllStaysAfterTheInherited", mkgmap, 10, 1},
-      {"BelowAllWithoutInheritedIsFirst", {lv(18), lv(20)}, 10, 0},
-      {"InheritedAfterAMatchWins", {lv(10), lv(12, true), lv(24)}, 11, 2},
-      {"NoLevels", {}, 24, -1},
+      {"MostDetailed", mkgmap, 24, 4}, {"Between", mkgmap, 21, 2}, {"Exact", mkgmap, 22, 3},
+      {"BelowAllStaysAfterTheInherited", mkgmap, 10, 1}, {"BelowAllWithoutInheritedIsFirst", {lv(18), lv(20)}, 10, 0},
+      {"InheritedAfterAMatchWins", {lv(10), lv(12, true), lv(24)}, 11, 2}, {"NoLevels", {}, 24, -1},
   };
   for (const auto& c : cases) {
     SCOPED_TRACE(c.name);
