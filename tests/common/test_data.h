@@ -2,6 +2,7 @@
 // Where the tests find real maps and receiver captures that nobody here wrote.
 #include <filesystem>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace orvel::test {
@@ -16,6 +17,11 @@ std::filesystem::path dataFile(const std::string& relative);
 
 // The whole file as bytes. A file that cannot be read fails the calling test, naming its path.
 std::vector<unsigned char> readFile(const std::filesystem::path& path);
+
+// The whole file as text; empty if there is none.
+std::string readText(const std::filesystem::path& path);
+// Replaces the file by `bytes`.
+void writeText(const std::filesystem::path& path, std::string_view bytes);
 
 // A fresh empty folder below the system's temporary folder, removed at process exit.
 std::filesystem::path scratchDir(const std::string& name);

@@ -13,13 +13,6 @@
 
 namespace orvel::test {
 
-std::string readText(const std::filesystem::path& path) {
-  std::ifstream in(path, std::ios::binary);
-  std::stringstream text;
-  text << in.rdbuf();
-  return text.str();
-}
-
 ToolRun runProgram(const std::string& program, const std::string& args, const std::filesystem::path& workDir) {
   const auto dir = scratchDir("tool-run");
   const auto out = dir / "out.txt";

@@ -7,6 +7,8 @@
 #include <string>
 #include <vector>
 
+#include "common/test_data.h"
+
 namespace orvel::test {
 
 struct ToolRun {
@@ -19,8 +21,6 @@ struct ToolRun {
 // in `workDir` when one is given.
 ToolRun runProgram(const std::string& program, const std::string& args, const std::filesystem::path& workDir = {});
 
-// The whole file as text; empty when it cannot be read.
-std::string readText(const std::filesystem::path& path);
 
 // The "key: value" lines of a text (orvel-tool info), by key.
 std::map<std::string, std::string> keyValues(const std::string& text);

@@ -24,11 +24,6 @@ std::string quoted(const std::filesystem::path& path) { return "'" + path.string
 
 ToolRun runTool(const std::string& args) { return runProgram(ORVEL_TOOL_PATH, args); }
 
-std::vector<uint8_t> bytesOf(const std::filesystem::path& path) {
-  const auto raw = readFile(path);
-  return {raw.begin(), raw.end()};
-}
-
 // A point as the source holds it, in degrees.
 struct Expected {
   double latitude = 0.0;
@@ -52,7 +47,7 @@ struct Written {
 // The track points of a MapSource file: one segment per track with points.
 Written fromMps(const std::filesystem::path& mps, const std::filesystem::path& gpx) {
   Written w{gpx, 't', {}, 0};
-  const auto bytes = bytesOf(mps);
+  const auto bytes = readFile(mps);
   const auto file = readMpsFile(bytes);
   if (!file) return w;
   for (const MpsTrack& track : file->tracks) {
@@ -87,7 +82,7 @@ class GpxExportTest : public DataDirTest {
 
   // The trail of the recorded run in Tracks.bin, a break at each of its tracks, converted.
   Written convertedTrail() {
-    const auto bytes = bytesOf(dir / "run.mps");
+    const auto bytes = readFile(dir / "run.mps");
     const auto file = readMpsFile(bytes);
     Written w{dir / "trail.gpx", 't', {}, 0};
     if (!file) return w;
@@ -166,7 +161,7 @@ TEST_F(GpxExportTest, EveryGpxFileWrittenValidatesAndGpsbabelReadsItsPoints) {
 
 TEST(OrvelToolGpx, DamagedOrUnknownInputFailsAndWritesNothing) {
   const auto dir = scratchDir("tool-gpx-bad");
-  const auto mps = bytesOf(dataFile("gps/mps/mps-track.mps"));
+  const auto mps = readFile(dataFile("gps/mps/mps-track.mps"));
   ASSERT_FALSE(mps.empty());
   std::vector<uint8_t> ring(kTrackFileSize, 0);
   ring[0] = 0x20;  // nextIndex 10016: past the ring

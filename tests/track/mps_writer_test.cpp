@@ -25,11 +25,6 @@
 namespace orvel::test {
 namespace {
 
-std::vector<uint8_t> bytesOf(const std::filesystem::path& path) {
-  const auto raw = readFile(path);
-  return {raw.begin(), raw.end()};
-}
-
 // Local broken-down time, as a run's start is given.
 std::tm localTime(int year, int month, int day, int hour, int minute, int second) {
   std::tm t{};
@@ -71,7 +66,7 @@ TEST(MpsFormat, Conversions) {
 
 // The points of a real MapSource file written again come out byte for byte as in the file.
 TEST_F(MpsWriterTest, WritesTheRealTrackBackByteForByte) {
-  const auto realBytes = bytesOf(dataFile("gps/mps/mps-track.mps"));  // the points' bytes stay in it
+  const auto realBytes = readFile(dataFile("gps/mps/mps-track.mps"));  // the points' bytes stay in it
   const auto real = readMpsFile(realBytes);
   ASSERT_TRUE(real);
   ASSERT_EQ(real->tracks[0].points.size(), 64u);
@@ -83,7 +78,7 @@ TEST_F(MpsWriterTest, WritesTheRealTrackBackByteForByte) {
   trackExport.closeTrackFile();
   EXPECT_FALSE(trackExport.isTrackFileOpen());
 
-  const auto bytes = bytesOf(path);
+  const auto bytes = readFile(path);
   const auto ours = readMpsFile(bytes);
   ASSERT_TRUE(ours);
   EXPECT_EQ(std::string(bytes.begin(), bytes.begin() + 44), mpsHeader());
@@ -120,7 +115,7 @@ TEST_F(MpsWriterTest, RunsKilledAtRandomAreReadableUpToTheirLastBatch) {
     for (const auto& entry : std::filesystem::directory_iterator(dir)) {
       const auto mps = entry.path(), gpx = std::filesystem::path(mps).replace_extension(".gpx");
       if (mps.extension() != ".mps" || earlier.count(mps)) continue;
-      const auto bytes = bytesOf(mps);
+      const auto bytes = readFile(mps);
       const auto file = readMpsFile(bytes, true);
       ASSERT_TRUE(file) << mps;
       uint32_t k = 0;

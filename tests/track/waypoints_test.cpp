@@ -22,15 +22,6 @@
 namespace orvel::test {
 namespace {
 
-std::string fileText(const std::filesystem::path& path) {
-  const auto bytes = readFile(path);
-  return {bytes.begin(), bytes.end()};
-}
-
-void writeText(const std::filesystem::path& path, const std::string& bytes) {
-  std::ofstream(path, std::ios::binary | std::ios::trunc) << bytes;
-}
-
 // One record as the file holds it, with arbitrary bytes in every fixed field.
 std::string record(uint8_t seed, const std::vector<std::u16string>& strings, size_t fixedSize = 32) {
   std::string bytes;
@@ -81,7 +72,7 @@ TEST_F(WaypointsTest, DamagedFileKeepsWholeRecordsAndIsNotRewritten) {
     if (!atBoundary) {
       EXPECT_EQ(recorded.last(), "Waypoint data are damaged.");
     }
-    EXPECT_EQ(fileText(file()), whole.substr(0, cut));
+    EXPECT_EQ(readText(file()), whole.substr(0, cut));
   }
   // A length far past the end.
   store.freeWaypoints();
@@ -142,7 +133,7 @@ TEST_F(WaypointsTest, AddedWaypointsAreNamedEditedAndSavedNewestFirst) {
   store.addWaypoint(-1.0f, 1.0f, 0.0, 0.0f);
   EXPECT_EQ(edited, (std::vector<std::u16string>{u"001", u"002", u"003"}));
   EXPECT_EQ(names(), (std::vector<std::u16string>{u"003", u"002", u"001"}));
-  const std::string saved = fileText(file());
+  const std::string saved = readText(file());
   store.freeWaypoints();
   store.loadWaypoints();  // the file's order reversed
   EXPECT_EQ(names(), (std::vector<std::u16string>{u"001", u"002", u"003"}));
@@ -156,7 +147,7 @@ TEST_F(WaypointsTest, AddedWaypointsAreNamedEditedAndSavedNewestFirst) {
   store.freeWaypoints();
   store.loadWaypoints();
   ASSERT_TRUE(store.saveWaypoints());
-  EXPECT_EQ(fileText(file()), saved);  // two reversals give the first file back
+  EXPECT_EQ(readText(file()), saved);  // two reversals give the first file back
 }
 
 // The torture below runs through numbered states of the list: state s holds the waypoints of
@@ -258,13 +249,13 @@ int saveWaypointsIntoReadOnlyFolder(const std::filesystem::path& folder) {
   MessageRecorder recorded(messages);
   WaypointStore store(folder, messages);
   const auto path = store.waypointsPath();
-  const std::string before = fileText(path);
+  const std::string before = readText(path);
   store.loadWaypoints();
   store.addWaypoint(10, 20, 0, 0);
   const bool kept = std::distance(store.waypoints().begin(), store.waypoints().end()) == 3;
   const bool told = recorded.messages().size() == 1 &&
                     recorded.last().rfind("Не удается открыть файл " + path.string() + ". (Ошибка ", 0) == 0;
-  return !before.empty() && kept && told && fileText(path) == before ? 0 : 1;
+  return !before.empty() && kept && told && readText(path) == before ? 0 : 1;
 }
 
 namespace {
@@ -277,7 +268,7 @@ TEST_F(WaypointsTest, SaveIntoReadOnlyFolderLosesNothing) {
   ::chmod(dir.c_str(), 0755);
   ASSERT_TRUE(WIFEXITED(status));
   EXPECT_EQ(WEXITSTATUS(status), 0);
-  EXPECT_EQ(fileText(file()), bytes);
+  EXPECT_EQ(readText(file()), bytes);
   EXPECT_EQ(std::distance(std::filesystem::directory_iterator(dir), {}), 1);
 }
 
