@@ -6,7 +6,10 @@
 #include <csignal>
 #include <fcntl.h>
 #include <map>
+#include <sstream>
 #include <string_view>
+#include <tuple>
+#include <vector>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -70,6 +73,17 @@ TEST_F(MpsWriterTest, WritesTheRealTrackBackByteForByte) {
   const auto real = readMpsFile(realBytes);
   ASSERT_TRUE(real);
   ASSERT_EQ(real->tracks[0].points.size(), 64u);
+  // The reader agrees with the points decoded independently of it.
+  std::istringstream csv(readText(dataFile("gps/mps/mps-track.points.csv")));
+  std::string line;
+  std::getline(csv, line);  // the names of the columns
+  for (const MpsPoint& p : real->tracks[0].points) {
+    std::vector<std::string> field;
+    for (std::istringstream row(std::getline(csv, line) ? line : ""); std::getline(row, field.emplace_back(), ',');) {}
+    ASSERT_GE(field.size(), 8u);
+    EXPECT_EQ(std::tuple(p.latitude, p.longitude, p.altitude, p.time),
+              std::tuple(std::stoi(field[2]), std::stoi(field[3]), std::stod(field[6]), std::stoul(field[7])));
+  }
   trackExport.openTrackFileAt(localTime(2002, 5, 25, 19, 6, 21));
   ASSERT_TRUE(trackExport.isTrackFileOpen());
   const auto path = trackExport.trackFilePath();
