@@ -4,6 +4,7 @@
 #include <gtest/gtest.h>
 
 #include "common/draw_kit.h"
+#include "map/catalogue/catalogue.h"
 
 namespace orvel {
 namespace {
@@ -31,6 +32,16 @@ TEST(LabelFonts, RotatedStepsSpanMinusToPlusNinetyDegrees) {
     EXPECT_EQ(labelAngleFor(rotatedFontIndex(degrees)), degrees * 10);
   }
   EXPECT_EQ(mapStyles().rotatedLabelFont(17), mapStyles().labelFontA());
+}
+
+// Every point row that names an icon draws it; an id no row names has none.
+TEST(PointIcons, EveryRowWithAnIconIdHasItsPicture) {
+  for (const TypeStyle& row : pointTypes()) {
+    const QImage* icon = mapStyles().pointIcon(&row);
+    EXPECT_EQ(icon, row.icon ? mapStyles().icon(row.icon) : nullptr) << row.name;
+    EXPECT_TRUE(!row.icon || (icon && !icon->isNull())) << row.name << " " << row.icon;
+  }
+  EXPECT_EQ(mapStyles().icon(999), nullptr);
 }
 
 }  // namespace
