@@ -2,7 +2,6 @@
 // and the current map afterwards.
 #include <gtest/gtest.h>
 
-#include <fstream>
 #include <string>
 #include <vector>
 
@@ -14,13 +13,6 @@
 
 namespace orvel {
 namespace {
-
-std::filesystem::path writeFile(const std::string& name, const std::vector<uint8_t>& bytes) {
-  const auto path = test::scratchDir("open_map") / name;
-  std::ofstream(path, std::ios::binary).write(reinterpret_cast<const char*>(bytes.data()),
-                                              static_cast<std::streamsize>(bytes.size()));
-  return path;
-}
 
 void putU32(std::vector<uint8_t>& b, size_t at, uint32_t v) {
   for (int i = 0; i < 4; ++i) b[at + static_cast<size_t>(i)] = static_cast<uint8_t>(v >> (8 * i));
@@ -39,7 +31,9 @@ TEST(OpenMap, OwnFormatProbeComesFirst) {
   Messages messages;
   CurrentMap current(messages);
   MapView view;
-  EXPECT_TRUE(current.openMapFile(writeFile("gorv_wrong_size.img", bytes), view));
+  const auto copy = test::scratchDir("open_map") / "gorv_wrong_size.img";
+  test::writeText(copy, std::string(bytes.begin(), bytes.end()));
+  EXPECT_TRUE(current.openMapFile(copy, view));
   EXPECT_NE(dynamic_cast<ImgMapFile*>(current.currentMap()), nullptr);
 
   putU32(bytes, 8, static_cast<uint32_t>(bytes.size()));
@@ -47,6 +41,11 @@ TEST(OpenMap, OwnFormatProbeComesFirst) {
   EXPECT_NE(dynamic_cast<OrvMapFile*>(orv.get()), nullptr);
   putU32(bytes, 4, 3);
   EXPECT_NE(dynamic_cast<ImgMapFile*>(createMapFile(bytes).get()), nullptr);
+  for (size_t i = 0x10; i < 0x16; ++i) {  // any byte of the signature "DSKIMG" wrong: no map
+    bytes[i] ^= 0x20;
+    EXPECT_EQ(createMapFile(bytes), nullptr) << i;
+    bytes[i] ^= 0x20;
+  }
 }
 
 }  // namespace
