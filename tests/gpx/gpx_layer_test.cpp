@@ -46,6 +46,7 @@ TEST(GpxLayerDraw, PointsLieWhereTheViewProjectsThem) {
       {"gpx/cerknicko-jezero-no-creator.gpx", 9, 30, 240, 320},
       {"gpx/cerknicko-jezero-no-creator.gpx", 11, 90, 800, 480},
       {"gpx/gpx1.1_with_all_fields.gpx", 21, 0, 240, 320},
+      {"gpx/gpx1.1_with_all_fields.gpx", 26, 0, 800, 480},  // with its track of one point
       {"gpx/first_and_last_elevation.gpx", 16, 200, 480, 480},
   };
   const test::DrawKit& kit = test::drawKit();
