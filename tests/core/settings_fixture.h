@@ -3,8 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <filesystem>
-#include <fstream>
-#include <iterator>
 #include <string>
 #include <string_view>
 
@@ -23,7 +21,6 @@ class SettingsStore : public ::testing::Test {
   }
 
   // The store under test, by the names the program calls it with.
-  void closeSettings() { settings_.closeSettings(); }
   int32_t readSettingInt(std::string_view name, int32_t fallback) { return settings_.readSettingInt(name, fallback); }
   bool readSettingBool(std::string_view name, bool fallback) { return settings_.readSettingBool(name, fallback); }
   std::u16string readSettingString(std::string_view name, std::u16string_view fallback, size_t capacity = 256) {
