@@ -3,22 +3,17 @@
 #include <gtest/gtest.h>
 
 #include <cmath>
-#include <csignal>
-#include <fcntl.h>
 #include <map>
 #include <sstream>
 #include <string_view>
 #include <tuple>
 #include <vector>
-#include <sys/wait.h>
-#include <unistd.h>
 
 #include "common/gpx_check.h"
 #include "common/test_data.h"
 #include "common/torture.h"
 #include "core/message.h"
 #include "data_dir_fixture.h"
-#include "gps/ole_date.h"
 #include "gpx/gpx_reader.h"
 #include "track/mps_reader.h"
 #include "track/buffered_writer.h"

@@ -7,7 +7,6 @@
 #include <vector>
 
 #include <QFontMetrics>
-#include <QImage>
 #include <QPainter>
 
 #include "common/recording_device.h"

@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "map/img/rgn_stream.h"
 #include "map/img/rgn_test_util.h"
 
 namespace orvel {
