@@ -1,5 +1,4 @@
 // How each stored line reads, and what survives a round trip.
-#include <climits>
 
 #include "settings_fixture.h"
 

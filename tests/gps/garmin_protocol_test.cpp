@@ -1,7 +1,6 @@
 // Garmin packet framing and checking, and the Garmin protocol on a fake clock and port.
 #include <gtest/gtest.h>
 
-#include <bit>
 #include <vector>
 
 #include "gps/garmin_packet.h"

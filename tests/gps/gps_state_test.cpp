@@ -2,7 +2,6 @@
 // when a position counts as moved.
 #include <gtest/gtest.h>
 
-#include <string>
 #include <thread>
 #include <vector>
 

@@ -5,10 +5,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cmath>
-#include <csignal>
 #include <numeric>
 #include <optional>
-#include <fstream>
 #include <sys/wait.h>
 #include <unistd.h>
 

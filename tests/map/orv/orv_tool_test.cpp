@@ -1,7 +1,6 @@
 // orvel-tool mkorv, info and render on .orv maps, run as a program.
 #include <gtest/gtest.h>
 
-#include <sys/wait.h>
 
 #include <fstream>
 #include <string>
