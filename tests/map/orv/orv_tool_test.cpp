@@ -37,10 +37,12 @@ TEST(OrvTool, ConvertsQuietlyThenInfoAndRenderTakeTheOrvMapAsTheImg) {
   EXPECT_EQ(fromOrv.at("blocks"), "33 (1 3 10 19)");
 
   const auto dir = test::scratchDir("orv_tool_png");
-  const std::string view = " --size 200x200 --zoom 4 --centre 43.7384,7.4246 -o ";
-  ASSERT_EQ(runTool("render '" + orv.string() + "'" + view + "'" + (dir / "orv.png").string() + "'").exitCode, 0);
-  ASSERT_EQ(runTool("render '" + img.string() + "'" + view + "'" + (dir / "img.png").string() + "'").exitCode, 0);
-  EXPECT_EQ(test::readText(dir / "orv.png"), test::readText(dir / "img.png"));
+  for (const std::string zoom : {"4", "16"}) {  // a detailed level and the coarsest
+    const std::string view = " --size 200x200 --zoom " + zoom + " --centre 43.7384,7.4246 -o ";
+    ASSERT_EQ(runTool("render '" + orv.string() + "'" + view + "'" + (dir / "orv.png").string() + "'").exitCode, 0);
+    ASSERT_EQ(runTool("render '" + img.string() + "'" + view + "'" + (dir / "img.png").string() + "'").exitCode, 0);
+    EXPECT_EQ(test::readText(dir / "orv.png"), test::readText(dir / "img.png")) << "zoom " << zoom;
+  }
 }
 
 TEST(OrvTool, LevelsOptionKeepsTheLevelsAskedFor) {
