@@ -26,7 +26,7 @@ TEST_F(SettingsStore, IntegersReadTheStoredValueOrTheDefault) {
     IntCase{"Page dword 2147483648\n", "Page", 7, 7},
     IntCase{"Page dword -2147483649\n", "Page", 7, 7},
     IntCase{"Page dword 4294967296\n", "Page", 7, 7},
-    IntCase{"Page dword 0x7b\n", "Page", 0, 123},
+    IntCase{"Page dword 0x7aF\n", "Page", 0, 0x7af},            // hex digits at both ends, either case
     IntCase{"Page dword 0XFFFFFFFF\n", "Page", 0, -1},
     IntCase{"Page dword 0x100000000\n", "Page", 7, 7},         // an 8-byte value
     IntCase{"Page dword 0x\n", "Page", 7, 7},
