@@ -21,6 +21,7 @@
 #include "common/test_data.h"
 #include "data_dir_fixture.h"
 #include "gps/ole_date.h"
+#include "gpx/gpx_reader.h"
 #include "track/buffered_writer.h"
 #include "track/le_bytes.h"
 #include "track/mps_reader.h"
@@ -365,7 +366,7 @@ TEST_F(MpsWriterTest, RunsKilledAtRandomAreReadableUpToTheirLastBatch) {
   const auto hashOf = [](const std::vector<uint8_t>& bytes) {
     return std::hash<std::string_view>()({reinterpret_cast<const char*>(bytes.data()), bytes.size()});
   };
-  uint64_t appended = 0, read = 0;
+  uint64_t appended = 0, read = 0, gpxRead = 0;
   const int trials = tortureCount(10, 100);
   for (int trial = 0; trial < trials; ++trial) {
     SCOPED_TRACE("trial " + std::to_string(trial));
@@ -395,6 +396,28 @@ TEST_F(MpsWriterTest, RunsKilledAtRandomAreReadableUpToTheirLastBatch) {
       }
       ASSERT_LE(k, counted + 1);
       ASSERT_GE(k + kBufferPoints, counted) << k << " of " << counted << " points reached the file";
+      // The GPX file beside it is written point by point: a whole document with the same
+      // points in order, at most the point in hand missing (a run killed before its first
+      // point may have left it empty).
+      std::filesystem::path gpxPath = entry.path();
+      gpxPath.replace_extension(".gpx");
+      const auto gpxBytes = bytesOf(gpxPath);
+      if (counted > 0 || !gpxBytes.empty()) {
+        GpxData gpx;
+        QString error;
+        ASSERT_TRUE(readGpx(QByteArray(reinterpret_cast<const char*>(gpxBytes.data()),
+                                       static_cast<qsizetype>(gpxBytes.size())), gpx, error))
+            << gpxPath << ": " << error.toStdString();
+        uint32_t g = 0;
+        for (const GpxTrack& track : gpx.tracks) {
+          for (const GpxSegment& segment : track.segments) {
+            for (const GpxPoint& point : segment.points) ASSERT_EQ(point.time, std::optional<double>(g++));
+          }
+        }
+        ASSERT_LE(g, counted + 1);
+        ASSERT_GE(g + 1, counted) << g << " of " << counted << " points reached the GPX file";
+        gpxRead += g;
+      }
       appended += counted;
       read += k;
       earlier[entry.path()] = hashOf(bytes);
@@ -402,7 +425,8 @@ TEST_F(MpsWriterTest, RunsKilledAtRandomAreReadableUpToTheirLastBatch) {
   }
   for (const auto& [path, hash] : earlier) EXPECT_EQ(hashOf(bytesOf(path)), hash) << path;
   reportTorture("mps: " + std::to_string(trials) + " kills while recording, " + std::to_string(appended) +
-                " points appended, " + std::to_string(read) + " read back in order");
+                " points appended, " + std::to_string(read) + " read back in order (" + std::to_string(gpxRead) +
+                " from the GPX files)");
 }
 
 TEST_F(MpsWriterTest, FileThatCannotBeCreatedIsReported) {
