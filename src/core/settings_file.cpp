@@ -79,7 +79,10 @@ SettingsLine parseLine(std::string_view raw) {
   line.raw = std::string(raw);
   const bool blank = std::ranges::all_of(raw, [](char c) { return c == ' ' || c == '\t'; });
   if (blank || raw.front() == '#') {
-    const bool clean = std::ranges::find(raw, '\0') == raw.end() && isValidUtf8(raw);
+    // A carriage return left in a comment would lose one more of its kind at every rewrite
+    // (the one before the line break is taken for another system's line end).
+    const bool clean = std::ranges::find(raw, '\0') == raw.end() && std::ranges::find(raw, '\r') == raw.end() &&
+                       isValidUtf8(raw);
     line.kind = clean ? SettingsLine::Kind::Other : SettingsLine::Kind::Bad;
     return line;
   }

@@ -1,8 +1,28 @@
 #include "map/orv/orv_code_table.h"
 
+#include <algorithm>
+
 #include "map/format/byte_reader.h"
 
 namespace orvel {
+namespace {
+
+// The most child tables the `count` codes at `reader` can ask for: one per code byte after
+// its first. Knowing it up front makes the tables in one allocation, where growing them one
+// by one would copy them again and again (a damaged table asks for thousands).
+size_t childTablesAskedFor(ByteReader reader, uint16_t count, size_t most) {
+  size_t asked = 0;
+  for (uint32_t k = 0; k < count && asked < most; ++k) {
+    uint16_t symbol = 0;
+    uint8_t length = 0;
+    std::span<const uint8_t> code;
+    if (!reader.u16le(symbol) || !reader.u8(length) || !reader.bytes((size_t{length} + 7) / 8, code)) break;
+    if (code.size() > 1) asked += code.size() - 1;
+  }
+  return std::min(asked, most);
+}
+
+}  // namespace
 
 size_t OrvLookupTable::build(std::span<const uint8_t> file, size_t pos) {
   nodes_.assign(1, Node{});
@@ -12,6 +32,7 @@ size_t OrvLookupTable::build(std::span<const uint8_t> file, size_t pos) {
   ByteReader reader(file, pos);
   uint16_t count = 0;
   if (!reader.u16le(count)) return file.size();
+  nodes_.reserve(1 + childTablesAskedFor(reader, count, kMaxChildTables));
   for (uint32_t k = 0; k < count; ++k) {
     uint16_t symbol = 0;
     uint8_t length = 0;
