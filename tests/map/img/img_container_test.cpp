@@ -7,6 +7,7 @@
 
 #include "core/message.h"
 #include "img_builder.h"
+#include "map/img/img_index.h"
 #include "map/img/img_map_file.h"
 
 namespace orvel {
@@ -161,6 +162,16 @@ ImgLayout threeLevels(ByteVector rgnData) {
   layout.subdivisions = s;
   layout.rgnData = std::move(rgnData);
   return layout;
+}
+
+// A section holding more last-level records than the levels count: only the counted are read.
+TEST(ImgIndex, LastLevelRecordsStopAtTheCount) {
+  const ImgLevel levels[] = {{20, false, 1, 1}, {24, false, 0, 1}};
+  const ByteVector section(kImgSubdivisionRecord + 3 * kImgLastLevelRecord + 4, 0x11);
+  std::vector<ImgSubdivision> out(3);  // the third lies past the two counted
+  ASSERT_TRUE(readImgSubdivisions(section, levels, std::span(out).first(2)));
+  EXPECT_EQ(out[1].centreX, 0x111111u);
+  EXPECT_EQ(out[2].centreX, 0u);
 }
 
 TEST(ImgIndex, SectionRanges) {
