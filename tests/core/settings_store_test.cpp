@@ -24,9 +24,7 @@ class ScopedEnv {
     if (const char* old = std::getenv(name)) old_ = old;
     if (value) ::setenv(name, value, 1); else ::unsetenv(name);
   }
-  ~ScopedEnv() {
-    if (old_) ::setenv(name_, old_->c_str(), 1); else ::unsetenv(name_);
-  }
+  ~ScopedEnv() { old_ ? ::setenv(name_, old_->c_str(), 1) : ::unsetenv(name_); }
 
  private:
   const char* name_;

@@ -10,13 +10,10 @@
 #include "map/current_map.h"
 #include "map/orv/orv_map_file.h"
 #include "common/test_data.h"
+#include "map/img/img_builder.h"
 
 namespace orvel {
 namespace {
-
-void putU32(std::vector<uint8_t>& b, size_t at, uint32_t v) {
-  for (int i = 0; i < 4; ++i) b[at + static_cast<size_t>(i)] = static_cast<uint8_t>(v >> (8 * i));
-}
 
 // "GORV" with version 2 is the own format only when the stored size is the file's size;
 // otherwise the IMG probe gets its turn (the signature of an IMG lies at 0x10).
@@ -24,8 +21,8 @@ TEST(OpenMap, OwnFormatProbeComesFirst) {
   const auto path = test::dataFile("maps/monaco_default_6bit.img");
   std::vector<uint8_t> bytes = test::readFile(path);
   std::copy_n("GORV", 4, bytes.begin());
-  putU32(bytes, 4, 2);
-  putU32(bytes, 8, static_cast<uint32_t>(bytes.size() + 1));
+  test::putLe(bytes, 4, 2, 4);
+  test::putLe(bytes, 8, static_cast<uint32_t>(bytes.size() + 1), 4);
   auto img = createMapFile(bytes);
   EXPECT_NE(dynamic_cast<ImgMapFile*>(img.get()), nullptr);
   Messages messages;
@@ -36,10 +33,10 @@ TEST(OpenMap, OwnFormatProbeComesFirst) {
   EXPECT_TRUE(current.openMapFile(copy, view));
   EXPECT_NE(dynamic_cast<ImgMapFile*>(current.currentMap()), nullptr);
 
-  putU32(bytes, 8, static_cast<uint32_t>(bytes.size()));
+  test::putLe(bytes, 8, static_cast<uint32_t>(bytes.size()), 4);
   auto orv = createMapFile(bytes);
   EXPECT_NE(dynamic_cast<OrvMapFile*>(orv.get()), nullptr);
-  putU32(bytes, 4, 3);
+  test::putLe(bytes, 4, 3, 4);
   EXPECT_NE(dynamic_cast<ImgMapFile*>(createMapFile(bytes).get()), nullptr);
   for (size_t i = 0x10; i < 0x16; ++i) {  // any byte of the signature "DSKIMG" wrong: no map
     bytes[i] ^= 0x20;
