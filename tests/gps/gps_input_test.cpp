@@ -76,9 +76,7 @@ class GpsInputTest : public ::testing::Test {
   // that nothing the scan started is left behind (no port or connection held); the counts for
   // the figures.
   std::string leavingNothingBehind(const std::function<void()>& work) {
-    // ThreadSanitizer starts a thread of its own with the first thread a program makes: make
-    // one first, so that its thread is counted before.
-    std::thread([] {}).join();
+    std::thread([] {}).join();  // so that ThreadSanitizer's own thread, started with the first, is counted before
     const test::ProcessResources before = test::processResources();
     work();
     EXPECT_TRUE(input.stopScanning()) << "every thread ended within the stop's wait";
