@@ -4,6 +4,7 @@
 #include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
+#include <tuple>
 #include <vector>
 
 #include <QByteArray>
@@ -69,8 +70,8 @@ void WaypointStore::loadWaypoints() {
   // (it is always written second); bring it up to date now rather than at the next save. A
   // folder we cannot write is told by the next save, not at start.
   struct stat gpx {};
-  const bool gpxBehind = ::stat(waypointsGpxPath().c_str(), &gpx) != 0 || gpx.st_mtim.tv_sec < info.st_mtim.tv_sec ||
-                         (gpx.st_mtim.tv_sec == info.st_mtim.tv_sec && gpx.st_mtim.tv_nsec < info.st_mtim.tv_nsec);
+  const bool gpxBehind = ::stat(waypointsGpxPath().c_str(), &gpx) != 0 ||
+                         std::tie(gpx.st_mtim.tv_sec, gpx.st_mtim.tv_nsec) < std::tie(info.st_mtim.tv_sec, info.st_mtim.tv_nsec);
   if (gpxBehind) writeWaypointsGpx(false);
 }
 
