@@ -24,7 +24,7 @@ size_t childTablesAskedFor(ByteReader reader, uint16_t count, size_t most) {
 
 }  // namespace
 
-size_t OrvLookupTable::build(std::span<const uint8_t> file, size_t pos) {
+size_t OrvLookupTable::build(std::span<const uint8_t> file, size_t pos, size_t& childBudget) {
   nodes_.assign(1, Node{});
   largest_ = 0;
   codes_ = 0;
@@ -32,7 +32,7 @@ size_t OrvLookupTable::build(std::span<const uint8_t> file, size_t pos) {
   ByteReader reader(file, pos);
   uint16_t count = 0;
   if (!reader.u16le(count)) return file.size();
-  nodes_.reserve(1 + childTablesAskedFor(reader, count, kMaxChildTables));
+  nodes_.reserve(1 + childTablesAskedFor(reader, count, childBudget));
   for (uint32_t k = 0; k < count; ++k) {
     uint16_t symbol = 0;
     uint8_t length = 0;
@@ -54,25 +54,25 @@ size_t OrvLookupTable::build(std::span<const uint8_t> file, size_t pos) {
     for (size_t i = 0; i + 1 < code.size(); ++i) {
       Entry& entry = nodes_[node][code[i]];
       if (entry.child == kNoChild) {
-        if (childTables() >= kMaxChildTables) {
+        if (childBudget == 0) {
           placed = false;
           break;
         }
+        --childBudget;
         entry.child = static_cast<uint32_t>(nodes_.size());
         nodes_.emplace_back();  // `entry` may dangle from here on
       }
       node = nodes_[node][code[i]].child;
       remaining -= 8;
     }
-    if (!placed) continue;
-    const uint32_t mask = 255u >> (8 - remaining);
-    const uint8_t last = code.back();
-    for (uint32_t i = 0; i < 256; ++i) {
-      if ((i & mask) == last) {
-        Entry& entry = nodes_[node][i];
-        entry.symbol = symbol;
-        entry.bits = static_cast<uint8_t>(remaining);
-      }
+    // The entries whose low `remaining` bits are the last code byte: every 2^remaining-th
+    // from that byte on, and none when the byte has bits above the code's end.
+    const uint32_t last = code.back();
+    if (!placed || last >> remaining != 0) continue;
+    for (uint32_t i = last; i < 256; i += 1u << remaining) {
+      Entry& entry = nodes_[node][i];
+      entry.symbol = symbol;
+      entry.bits = static_cast<uint8_t>(remaining);
     }
   }
   return reader.pos();

@@ -14,13 +14,15 @@ namespace orvel {
 
 class OrvLookupTable {
  public:
-  // Child tables beyond this many are not made; codes that would need one are left out.
-  static constexpr size_t kMaxChildTables = size_t{1} << 14;
+  // Child tables one map may make, all its tables together: 8 MiB of them. A small country
+  // converted from IMG needs about a hundred; a damaged table can ask for one per byte.
+  static constexpr size_t kMaxChildTables = size_t{1} << 12;
 
   // Builds the table from the code table at `pos` of `file` and returns the position just
   // after it. Codes that run past the end of the file are left out, and the position
-  // returned is then the file's size.
-  size_t build(std::span<const uint8_t> file, size_t pos);
+  // returned is then the file's size. `childBudget` is what the map's tables may still
+  // make; it is reduced by what this one makes, and codes that would need more are left out.
+  size_t build(std::span<const uint8_t> file, size_t pos, size_t& childBudget);
 
   // Decodes one symbol; 0 without consuming anything when the table is absent.
   uint16_t decode(OrvBitReader& reader) const {
@@ -46,11 +48,13 @@ class OrvLookupTable {
   size_t codeCount() const { return codes_; }
 
  private:
-  static constexpr uint32_t kNoChild = 0xFFFFFFFFu;
+  // The root is never a child, so 0 marks an entry without one, and a new table is all
+  // zeros: made by clearing memory, not entry by entry.
+  static constexpr uint32_t kNoChild = 0;
   struct Entry {
-    uint16_t symbol = 0;
-    uint8_t bits = 0;
-    uint32_t child = kNoChild;
+    uint16_t symbol;
+    uint8_t bits;
+    uint32_t child;
   };
   using Node = std::array<Entry, 256>;
 

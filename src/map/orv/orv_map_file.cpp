@@ -35,7 +35,8 @@ bool OrvMapFile::load(Bytes file) {
   biasY_ = static_cast<int32_t>(u32At(file, kOrvBiasYAt));
 
   size_t pos = u32At(file, kOrvCodeTablesAt);
-  for (OrvLookupTable& table : tables_) pos = table.build(file, pos);
+  size_t childBudget = OrvLookupTable::kMaxChildTables;
+  for (OrvLookupTable& table : tables_) pos = table.build(file, pos, childBudget);
 
   const size_t maxPoints = size_t{tables_[kTablePointCount].largestSymbol()} + 1;
   mapPoints_.assign(maxPoints, MapPoint{});
