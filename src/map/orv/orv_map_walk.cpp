@@ -115,8 +115,21 @@ void OrvMapFile::walkSection(size_t start, size_t end, uint32_t blockX, uint32_t
       n = std::min<size_t>(size_t{counts.decode(reader)} + 1, mapPoints_.size());
       for (size_t i = 1; i < n; ++i) {
         if (reader.nextByte() > end) return;
-        x += uint32_t{deltaX.decode(reader)} - static_cast<uint32_t>(biasX_);
-        y += uint32_t{deltaY.decode(reader)} - static_cast<uint32_t>(biasY_);
+        const size_t bytePos = reader.pos();
+        const unsigned bit = reader.bit();
+        const uint32_t dx = uint32_t{deltaX.decode(reader)} - static_cast<uint32_t>(biasX_);
+        const uint32_t dy = uint32_t{deltaY.decode(reader)} - static_cast<uint32_t>(biasY_);
+        if (reader.pos() == bytePos && reader.bit() == bit) {
+          // A step that takes no bits is every remaining step: the rest of the object is one
+          // straight run, kept as its far end. Reading them one by one costs up to 65536
+          // points for each byte of a damaged section.
+          const auto steps = static_cast<uint32_t>(n - i);
+          mapPoints_[i] = MapPoint{toUnits(x + dx * steps, shift), toUnits(y + dy * steps, shift)};
+          n = i + 1;
+          break;
+        }
+        x += dx;
+        y += dy;
         mapPoints_[i] = MapPoint{toUnits(x, shift), toUnits(y, shift)};
       }
       if (pass == ObjectKind::Line) reader.readBit();  // carried, never used
