@@ -89,6 +89,9 @@ void TrackExport::openTrackFileAt(const std::tm& start) {
   nextTrackNumber_ = 0;
   trackBegun_ = false;
   beginTrackLocked();
+  // The header and the first track record go to the file at once, so that a run killed
+  // before its first full buffer still leaves a track file that programs open.
+  writerFlush(*writer_);
 }
 
 void TrackExport::openTrackFile() {
