@@ -27,6 +27,17 @@ class RecordingTest : public DataDirTest {
     connectTrackRecorders(observer, track, trackExport);
     fixes.setFixObserver(std::move(observer));
   }
+  // Starts recording into the trail and into a run begun on the given day of 2024; returns
+  // the run's .mps file.
+  std::filesystem::path startRecording(int day) {
+    track.openTrackStore();
+    track.startRecording();
+    std::tm start{};
+    start.tm_year = 124;
+    start.tm_mday = day;
+    trackExport.openTrackFileAt(start);
+    return trackExport.trackFilePath();
+  }
   ActiveTrack track{dir, settings, messages};
   TrackExport trackExport{dir, messages};
   GpsState gps;
@@ -44,13 +55,7 @@ GpsFix fixAt(float lon, float lat, double time) {
 }
 
 TEST_F(RecordingTest, FixesBecomeTrackPointsAndSegments) {
-  track.openTrackStore();
-  track.startRecording();
-  std::tm start{};
-  start.tm_year = 124;
-  start.tm_mday = 1;
-  trackExport.openTrackFileAt(start);
-  const auto mps = trackExport.trackFilePath();
+  const auto mps = startRecording(1);
 
   GpsFix noFix;
   noFix.flags = kFixType;
@@ -101,13 +106,7 @@ TEST_F(RecordingTest, FixesBecomeTrackPointsAndSegments) {
 // trail and ends tracks. Nothing is lost or doubled between the two: the ring and the
 // export hold the same points in the same order.
 TEST_F(RecordingTest, RecordersFedByARunningGpsWhileTheInterfaceDrawsAndEndsTracks) {
-  track.openTrackStore();
-  track.startRecording();
-  std::tm start{};
-  start.tm_year = 124;
-  start.tm_mday = 2;
-  trackExport.openTrackFileAt(start);
-  const auto mps = trackExport.trackFilePath();
+  const auto mps = startRecording(2);
   DemoReplay replay(fixes);
   DemoReplayOptions options;
   options.burstMs = 150;  // well apart for the burst rules, faster than recorded
