@@ -5,6 +5,9 @@
 #include "map/format/byte_reader.h"
 
 namespace orvel {
+
+static_assert(OrvLookupTable::kMaxChildTables <= 0xFFFFu >> 4, "a child table's number fits above the bits");
+
 namespace {
 
 // The most child tables the `count` codes at `reader` can ask for: one per code byte after
@@ -45,7 +48,10 @@ size_t OrvLookupTable::build(std::span<const uint8_t> file, size_t pos, size_t& 
 
     if (length == 0) {
       // A lone code of no bits: every input yields it without consuming anything.
-      for (Entry& entry : nodes_[0]) entry = Entry{symbol, 0, entry.child};
+      for (Entry& entry : nodes_[0]) {
+        entry.symbol = symbol;
+        entry.setBits(0);
+      }
       continue;
     }
     size_t node = 0;
@@ -53,16 +59,16 @@ size_t OrvLookupTable::build(std::span<const uint8_t> file, size_t pos, size_t& 
     bool placed = true;
     for (size_t i = 0; i + 1 < code.size(); ++i) {
       Entry& entry = nodes_[node][code[i]];
-      if (entry.child == kNoChild) {
+      if (entry.child() == kNoChild) {
         if (childBudget == 0) {
           placed = false;
           break;
         }
         --childBudget;
-        entry.child = static_cast<uint32_t>(nodes_.size());
+        entry.setChild(nodes_.size());
         nodes_.emplace_back();  // `entry` may dangle from here on
       }
-      node = nodes_[node][code[i]].child;
+      node = nodes_[node][code[i]].child();
       remaining -= 8;
     }
     // The entries whose low `remaining` bits are the last code byte: every 2^remaining-th
@@ -72,7 +78,7 @@ size_t OrvLookupTable::build(std::span<const uint8_t> file, size_t pos, size_t& 
     for (uint32_t i = last; i < 256; i += 1u << remaining) {
       Entry& entry = nodes_[node][i];
       entry.symbol = symbol;
-      entry.bits = static_cast<uint8_t>(remaining);
+      entry.setBits(remaining);
     }
   }
   return reader.pos();

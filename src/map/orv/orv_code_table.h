@@ -14,9 +14,9 @@ namespace orvel {
 
 class OrvLookupTable {
  public:
-  // Child tables one map may make, all its tables together: 8 MiB of them. A small country
+  // Child tables one map may make, all its tables together: 4 MiB of them. A small country
   // converted from IMG needs about a hundred; a damaged table can ask for one per byte.
-  static constexpr size_t kMaxChildTables = size_t{1} << 12;
+  static constexpr size_t kMaxChildTables = 4095;
 
   // Builds the table from the code table at `pos` of `file` and returns the position just
   // after it. Codes that run past the end of the file are left out, and the position
@@ -29,11 +29,11 @@ class OrvLookupTable {
     if (nodes_.empty()) return 0;
     size_t p = reader.pos();
     const Entry* entry = &nodes_[0][reader.peek8(p)];
-    while (entry->child != kNoChild) {
+    while (entry->child() != kNoChild) {
       ++p;
-      entry = &nodes_[entry->child][reader.peek8(p)];
+      entry = &nodes_[entry->child()][reader.peek8(p)];
     }
-    unsigned bit = reader.bit() + entry->bits;
+    unsigned bit = reader.bit() + entry->bits();
     if (bit >= 8) {
       ++p;
       bit -= 8;
@@ -50,11 +50,16 @@ class OrvLookupTable {
  private:
   // The root is never a child, so 0 marks an entry without one, and a new table is all
   // zeros: made by clearing memory, not entry by entry.
-  static constexpr uint32_t kNoChild = 0;
+  static constexpr unsigned kNoChild = 0;
+  // Four bytes, so that a table is 1 KiB: the symbol, and the bits to consume (0 to 8) in the
+  // low 4 bits of `link` with the child table above them.
   struct Entry {
     uint16_t symbol;
-    uint8_t bits;
-    uint32_t child;
+    uint16_t link;
+    unsigned bits() const { return link & 15u; }
+    unsigned child() const { return link >> 4; }
+    void setBits(unsigned bits) { link = static_cast<uint16_t>((link & ~15u) | bits); }
+    void setChild(size_t child) { link = static_cast<uint16_t>(child << 4 | bits()); }
   };
   using Node = std::array<Entry, 256>;
 
