@@ -44,7 +44,6 @@ class OrvLookupTable {
 
   bool present() const { return !nodes_.empty(); }
   uint16_t largestSymbol() const { return largest_; }
-  size_t childTables() const { return nodes_.empty() ? 0 : nodes_.size() - 1; }
   size_t codeCount() const { return codes_; }
 
  private:
