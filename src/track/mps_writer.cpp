@@ -70,7 +70,12 @@ void TrackExport::openTrackFileAt(const std::tm& start) {
   std::snprintf(name, sizeof name, "%d-%02d-%02d_%02d-%02d-%02d.mps", start.tm_year + 1900, start.tm_mon + 1,
                 start.tm_mday, start.tm_hour, start.tm_min, start.tm_sec);
   const std::filesystem::path path = folder_ / name;
-  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  // The file is made under a passing name and takes its own once the header and the first
+  // track record are in it, so that a run killed sooner leaves no empty track file, which
+  // other programs refuse.
+  std::filesystem::path part = path;
+  part += ".part";
+  const int fd = ::open(part.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
   if (fd < 0) {
     showMessage(messages_, "Не удается создать файл для записи треков:\n %s", path.c_str());
     return;
@@ -89,9 +94,11 @@ void TrackExport::openTrackFileAt(const std::tm& start) {
   nextTrackNumber_ = 0;
   trackBegun_ = false;
   beginTrackLocked();
-  // The header and the first track record go to the file at once, so that a run killed
-  // before its first full buffer still leaves a track file that programs open.
   writerFlush(*writer_);
+  if (::rename(part.c_str(), path.c_str()) != 0) {
+    showMessage(messages_, "Не удается создать файл для записи треков:\n %s", path.c_str());
+    path_ = part;  // the run goes on where it is
+  }
 }
 
 void TrackExport::openTrackFile() {
