@@ -48,6 +48,8 @@ class OrvBitReader {
 
   size_t pos() const { return pos_; }
   unsigned bit() const { return bit_; }
+  // The position in bits from the start of the file, to tell whether a decode consumed any.
+  uint64_t bitPosition() const { return uint64_t{pos_} * 8 + bit_; }
   // The first whole byte after the bits consumed.
   size_t nextByte() const { return pos_ + (bit_ != 0 ? 1 : 0); }
 

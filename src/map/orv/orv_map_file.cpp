@@ -55,11 +55,10 @@ int OrvMapFile::readLabelText(OrvBitReader& reader, bool setA, char16_t* out, si
   };
   for (uint32_t i = 0; i < length; ++i) {
     if (reader.nextByte() > end) break;  // past the data it may take
-    const size_t pos = reader.pos();
-    const unsigned bit = reader.bit();
+    const uint64_t before = reader.bitPosition();
     const uint16_t symbol = chars.decode(reader);
     keep(symbol);
-    if (reader.pos() == pos && reader.bit() == bit) {
+    if (reader.bitPosition() == before) {
       // A code of no bits: every further character is this one again, from the same place.
       for (++i; i < length && kept < kOrvLabelMax && symbol >= 32; ++i) keep(symbol);
       break;

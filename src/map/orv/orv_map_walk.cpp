@@ -115,11 +115,10 @@ void OrvMapFile::walkSection(size_t start, size_t end, uint32_t blockX, uint32_t
       n = std::min<size_t>(size_t{counts.decode(reader)} + 1, mapPoints_.size());
       for (size_t i = 1; i < n; ++i) {
         if (reader.nextByte() > end) return;
-        const size_t bytePos = reader.pos();
-        const unsigned bit = reader.bit();
+        const uint64_t before = reader.bitPosition();
         const uint32_t dx = uint32_t{deltaX.decode(reader)} - static_cast<uint32_t>(biasX_);
         const uint32_t dy = uint32_t{deltaY.decode(reader)} - static_cast<uint32_t>(biasY_);
-        if (reader.pos() == bytePos && reader.bit() == bit) {
+        if (reader.bitPosition() == before) {
           // A step that takes no bits is every remaining step: the rest of the object is one
           // straight run, kept as its far end. Reading them one by one costs up to 65536
           // points for each byte of a damaged section.
