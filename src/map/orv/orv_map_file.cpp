@@ -55,6 +55,10 @@ int OrvMapFile::readLabelText(OrvBitReader& reader, bool setA, char16_t* out, si
   };
   for (uint32_t i = 0; i < length; ++i) {
     if (reader.nextByte() > end) break;  // past the data it may take
+    // The text is never read further than a label's most characters, all kept ones in any
+    // file the converter writes; a longer one is damaged, and each object naming it would
+    // read it again. Skipping a label must still reach its end.
+    if (out != nullptr && i >= static_cast<uint32_t>(kOrvLabelMax)) break;
     const uint64_t before = reader.bitPosition();
     const uint16_t symbol = chars.decode(reader);
     keep(symbol);

@@ -59,8 +59,8 @@ class OrvMapFile final : public MapFile {
   void walkSection(size_t start, size_t end, uint32_t blockX, uint32_t blockY, unsigned xBits, unsigned yBits,
                    unsigned shift, ObjectKind pass, ObjectConsumer& consumer);
   // Reads a label's length and characters with one set; keeps at most kOrvLabelMax
-  // characters of 32 and above in `out` (when given) and returns how many. Stops early once
-  // the reader has passed byte `end`.
+  // characters of 32 and above in `out` (when given; then it reads at most kOrvLabelMax
+  // characters) and returns how many. Stops early once the reader has passed byte `end`.
   int readLabelText(OrvBitReader& reader, bool setA, char16_t* out, size_t end) const;
 
   Bytes file_;
