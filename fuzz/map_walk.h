@@ -46,7 +46,9 @@ class MapWalker final : public ObjectConsumer {
 };
 
 // Decodes the loaded map at the map's opening view, then at each given zoom step; the step
-// `rotatedZoom` with the picture turned by 30 degrees.
+// `rotatedZoom` with the picture turned by 30 degrees. The targets give a middle step and the
+// finest: more steps read the same levels again and reached no further code on the kept
+// inputs, at twice the time per input.
 inline uint32_t walkMap(MapFile& map, std::initializer_list<uint32_t> zooms, uint32_t rotatedZoom) {
   MapView view;
   view.setScreenSize(240, 320);
