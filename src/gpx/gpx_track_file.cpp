@@ -54,7 +54,11 @@ GpxTrackFile::~GpxTrackFile() { close(); }
 
 bool GpxTrackFile::create(const std::filesystem::path& path, const QString& trackName) {
   close();
-  const int fd = ::open(path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
+  // Made under a passing name and given its own once the document's start is in it, so that
+  // a run killed sooner leaves no empty track file, which other programs refuse.
+  std::filesystem::path part = path;
+  part += ".part";
+  const int fd = ::open(part.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC, 0644);
   if (fd < 0) return false;
   fd_ = fd;
   end_ = 0;
@@ -69,6 +73,13 @@ bool GpxTrackFile::create(const std::filesystem::path& path, const QString& trac
   // The name completes the track's start tag, so that the first batch ends between elements.
   xml_->writeTextElement(QStringLiteral("name"), trackName.isEmpty() ? QStringLiteral("Track") : trackName);
   writeBatch(afterSegment_);
+  if (failed_ || ::rename(part.c_str(), path.c_str()) != 0) {
+    const int error = failed_ ? EIO : errno;
+    close();
+    ::unlink(part.c_str());
+    errno = error;
+    return false;
+  }
   return true;
 }
 

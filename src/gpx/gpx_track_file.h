@@ -22,8 +22,9 @@ class GpxTrackFile {
   GpxTrackFile(const GpxTrackFile&) = delete;
   GpxTrackFile& operator=(const GpxTrackFile&) = delete;
 
-  // Creates (or empties) `path` and writes a document with one track named `trackName` (or
-  // "Track") and no segment yet. False, with errno set, when the file cannot be created.
+  // Creates `path` (in place of any file of that name) holding a document with one track
+  // named `trackName` (or "Track") and no segment yet; the file has that name only once the
+  // document's start is in it. False, with errno set, when the file cannot be created.
   bool create(const std::filesystem::path& path, const QString& trackName);
   bool isOpen() const { return fd_ >= 0; }
   // Ends the current segment, if any: the next point begins a new one. Segments never stay
