@@ -1,7 +1,5 @@
 #include "map/img/rgn_stream.h"
 
-#include <algorithm>
-
 namespace orvel {
 namespace {
 
@@ -14,20 +12,21 @@ class BitCursor {
   uint64_t used() const { return pos_; }
   uint64_t count() const { return count_; }
 
-  // width 1 to 32
+  // width 1 to 32. The bits lie in at most five bytes from the current one, gathered at once
+  // rather than a byte at a time: reading deltas is most of the cost of decoding a level.
   uint32_t read(int width) {
-    uint32_t value = 0;
-    int got = 0;
-    while (got < width) {
-      const uint64_t index = pos_ >> 3;
-      const int bit = static_cast<int>(pos_ & 7);
-      const int take = std::min(8 - bit, width - got);
-      const uint32_t byte = index < bytes_.size() ? bytes_[index] : 0u;
-      value |= ((byte >> bit) & ((1u << take) - 1u)) << got;
-      got += take;
-      pos_ += static_cast<uint64_t>(take);
+    const uint64_t index = pos_ >> 3;
+    const unsigned bit = static_cast<unsigned>(pos_ & 7);
+    uint64_t window = 0;
+    if (index + 5 <= bytes_.size()) {
+      const uint8_t* p = bytes_.data() + index;
+      window = uint64_t{p[0]} | uint64_t{p[1]} << 8 | uint64_t{p[2]} << 16 | uint64_t{p[3]} << 24 |
+               uint64_t{p[4]} << 32;
+    } else {
+      for (uint64_t i = 0; index + i < bytes_.size() && i < 5; ++i) window |= uint64_t{bytes_[index + i]} << (8 * i);
     }
-    return value;
+    pos_ += static_cast<uint64_t>(width);
+    return static_cast<uint32_t>((window >> bit) & ((uint64_t{1} << width) - 1));
   }
 
  private:
