@@ -40,7 +40,7 @@ function(orvel_test name dir)
     return()
   endif()
   add_executable(${name} ${sources})
-  target_link_libraries(${name} PRIVATE orvel_test_common ${ARGN})
+  target_link_libraries(${name} PRIVATE orvel_test_main ${ARGN})
   gtest_discover_tests(${name}
     DISCOVERY_TIMEOUT 60
     PROPERTIES ENVIRONMENT "QT_QPA_PLATFORM=offscreen")

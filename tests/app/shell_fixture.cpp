@@ -4,15 +4,8 @@
 
 namespace orvel::test {
 
-void ShellTest::SetUpTestSuite() {
-  if (!QApplication::instance()) {
-    static int argc = 1;
-    static char name[] = "test_app";
-    static char* argv[] = {name, nullptr};
-    new QApplication(argc, argv);
-    QApplication::setQuitOnLastWindowClosed(false);
-  }
-}
+// Closing a window a test opened must not end the application the test program owns.
+void ShellTest::SetUpTestSuite() { QApplication::setQuitOnLastWindowClosed(false); }
 
 void ShellTest::SetUp() {
   session->settings.openSettingsAt(scratch / "GisOrvel.conf");

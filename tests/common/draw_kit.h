@@ -1,7 +1,6 @@
 #pragma once
-// What the viewer makes once at start-up for drawing, made once for a test program (and never
-// changed), after the GUI application it needs. Only for tests that link the drawing code.
-#include "common/recording_device.h"
+// What the viewer makes once at start-up for drawing, made by a test or its fixture. Only for
+// tests that link the drawing code.
 #include "core/settings.h"
 #include "map/catalogue/map_styles.h"
 #include "view/drawing_objects.h"
@@ -13,13 +12,5 @@ struct DrawKit {
   const DrawingObjects drawing;
   const MapStyles styles;
 };
-
-inline const DrawKit& drawKit() {
-  ensureGuiApplication();
-  static const DrawKit* const kit = new DrawKit;  // lives as long as the application
-  return *kit;
-}
-
-inline const MapStyles& mapStyles() { return drawKit().styles; }
 
 }  // namespace orvel::test

@@ -2,24 +2,12 @@
 
 #include <algorithm>
 
-#include <QGuiApplication>
 #include <QPainter>
 #include <QPainterPath>
 #include <QPixmap>
 #include <QTextItem>
 
 namespace orvel::test {
-
-void ensureGuiApplication() {
-  if (QGuiApplication::instance()) return;
-  if (qEnvironmentVariableIsEmpty("QT_QPA_PLATFORM")) qputenv("QT_QPA_PLATFORM", "offscreen");
-  static int argc = 1;
-  static char name[] = "orvel-test";
-  static char* argv[] = {name, nullptr};
-  // Kept for the whole run (and reachable, so leak checkers stay quiet).
-  static QGuiApplication* application = new QGuiApplication(argc, argv);
-  (void)application;
-}
 
 RecordingEngine::RecordingEngine() : QPaintEngine(QPaintEngine::AllFeatures) {}
 

@@ -17,10 +17,6 @@
 
 namespace orvel::test {
 
-// Makes the one QGuiApplication that fonts and painting need (offscreen platform unless
-// QT_QPA_PLATFORM says otherwise). Safe to call many times.
-void ensureGuiApplication();
-
 struct DrawCall {
   enum class Kind { Polygon, Polyline, Ellipse, Text, Image, Rects, Lines, Path, Points, Pixmap };
 

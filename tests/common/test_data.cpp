@@ -37,23 +37,12 @@ void writeText(const std::filesystem::path& path, std::string_view bytes) {
   std::ofstream(path, std::ios::binary | std::ios::trunc).write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
 }
 
-namespace {
-struct ScratchRoot {
-  std::filesystem::path path;
-  ScratchRoot() {
-    path = std::filesystem::temp_directory_path() / ("orvel-test-" + std::to_string(::getpid()));
-    std::filesystem::create_directories(path);
-  }
-  ~ScratchRoot() {
-    std::error_code ec;
-    std::filesystem::remove_all(path, ec);
-  }
-};
-}  // namespace
+std::filesystem::path scratchRoot() {
+  return std::filesystem::temp_directory_path() / ("orvel-test-" + std::to_string(::getpid()));
+}
 
 std::filesystem::path scratchDir(const std::string& name) {
-  static ScratchRoot root;
-  auto dir = root.path / name;
+  auto dir = scratchRoot() / name;
   std::error_code ec;
   std::filesystem::remove_all(dir, ec);
   std::filesystem::create_directories(dir);

@@ -23,7 +23,10 @@ std::string readText(const std::filesystem::path& path);
 // Replaces the file by `bytes`.
 void writeText(const std::filesystem::path& path, std::string_view bytes);
 
-// A fresh empty folder below the system's temporary folder, removed at process exit.
+// This test program's scratch folder below the system's temporary folder, made fresh by
+// scratchDir and removed when the tests end (runTests).
+std::filesystem::path scratchRoot();
+// A fresh empty folder `name` in the scratch folder.
 std::filesystem::path scratchDir(const std::string& name);
 
 }  // namespace orvel::test

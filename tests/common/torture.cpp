@@ -17,6 +17,8 @@
 #include <thread>
 #include <vector>
 
+#include "common/test_main.h"
+
 namespace orvel::test {
 
 pid_t startChild(const std::string& name, const std::filesystem::path& folder) {
@@ -48,8 +50,7 @@ int childMain(int argc, char** argv, std::span<const ChildWork> works) {
     }
     return 127;
   }
-  ::testing::InitGoogleTest(&argc, argv);
-  return RUN_ALL_TESTS();
+  return runTests(argc, argv);
 }
 
 int killAtRandom(const std::string& name, const std::filesystem::path& folder, int maxMs,

@@ -12,7 +12,7 @@ namespace orvel::test {
 namespace {
 
 TEST(Compose, GpxFileUnderTrackUnderWaypointsAndAlwaysShown) {
-  const DrawKit& kit = drawKit();
+  const DrawKit kit;
   Settings settings;
   ASSERT_EQ(settings.openSettingsAt(scratchDir("compose") / "GisOrvel.conf"), 0);
   ViewComposer composer(settings, kit.drawing, kit.styles);

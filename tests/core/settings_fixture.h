@@ -14,8 +14,7 @@ namespace orvel::test {
 class SettingsStore : public ::testing::Test {
  protected:
   void SetUp() override {
-    static int serial = 0;
-    dir_ = scratchDir("settings-" + std::to_string(serial++));
+    dir_ = scratchDir("settings");
     file_ = dir_ / "Orvel" / "GisOrvel.conf";
     ASSERT_EQ(settings_.openSettingsAt(file_), 0);
   }

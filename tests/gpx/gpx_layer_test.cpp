@@ -49,7 +49,7 @@ TEST(GpxLayerDraw, PointsLieWhereTheViewProjectsThem) {
       {"gpx/gpx1.1_with_all_fields.gpx", 26, 0, 800, 480},  // with its track of one point
       {"gpx/first_and_last_elevation.gpx", 16, 200, 480, 480},
   };
-  const test::DrawKit& kit = test::drawKit();
+  const test::DrawKit kit;
   for (const auto& v : views) {
     SCOPED_TRACE(testing::Message() << v.file << " zoom " << v.zoom << " rotation " << v.rotation);
     GpxData data;
@@ -102,8 +102,7 @@ GpxLayer longTrail() {
 // The points are projected once per zoom step; a view walks only the runs of points whose
 // box it meets.
 TEST(GpxLayerDraw, ProjectsOncePerZoomStepAndWalksOnlyWhatTheViewMeets) {
-  test::ensureGuiApplication();
-  const test::DrawKit& kit = test::drawKit();
+  const test::DrawKit kit;
   GpxLayer layer = longTrail();
   MapView view;
   view.setScreenSize(800, 480);

@@ -1,7 +1,6 @@
 // The satellites page drawn on a host of the original screen's size, its calls recorded.
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QPainter>
 
 #include <algorithm>
@@ -36,13 +35,6 @@ class TestHost : public PageHost {
 
 class SatellitesPageTest : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() {
-    if (QCoreApplication::instance()) return;
-    static int argc = 1;
-    static char name[] = "orvel-pages-test";
-    static char* argv[] = {name, nullptr};
-    new QApplication(argc, argv);  // lives as long as the test program
-  }
   void SetUp() override { ASSERT_EQ(settings_.openSettingsAt(scratchDir("pages") / "Orvel" / "GisOrvel.conf"), 0); }
 
   void showSatellites(const std::vector<SatelliteInfo>& satellites) {
@@ -70,7 +62,8 @@ class SatellitesPageTest : public ::testing::Test {
   Messages messages_;
   TestHost host_;
   GpsState gps;
-  PageContext context_{host_, settings_, messages_, drawKit().drawing, drawKit().styles, gps};
+  const DrawKit kit_;
+  PageContext context_{host_, settings_, messages_, kit_.drawing, kit_.styles, gps};
   SatellitesPage page_{context_};
 };
 

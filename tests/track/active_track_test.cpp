@@ -144,7 +144,6 @@ TEST_F(ActiveTrackTest, StoresSemicirclesAndBreakFlags) {
 // The ring drawn, on positions known exactly: polylines of at most 1000 points whose
 // joint stays undrawn, and a wrapped ring from its oldest slot on.
 TEST_F(ActiveTrackTest, DrawsInBatchesAndAWrappedRingOldestFirst) {
-  ensureGuiApplication();
   MapView view;
   view.setScreenSize(240, 320);
   view.setZoomIndex(10);

@@ -16,8 +16,6 @@ using test::RecordingDevice;
 
 class TextDraw : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() { test::ensureGuiApplication(); }
-
   QFontMetrics metrics() const { return QFontMetrics(objects_.smallFont); }
 
   const DrawingObjects objects_;

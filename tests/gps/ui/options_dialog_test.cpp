@@ -2,7 +2,6 @@
 // Cancel writes nothing and calls nothing.
 #include <gtest/gtest.h>
 
-#include <QApplication>
 #include <QCheckBox>
 
 #include "common/test_data.h"
@@ -16,11 +15,6 @@ namespace orvel {
 namespace {
 
 TEST(OptionsDialog, TurningScanningOffStopsItAndCancelWritesNothing) {
-  int argc = 1;
-  char name[] = "options_dialog_test";
-  char* argv[] = {name, nullptr};
-  qputenv("QT_QPA_PLATFORM", "offscreen");
-  QApplication app(argc, argv);
   Settings settings;
   settings.openSettingsAt(test::scratchDir("options") / "GisOrvel.conf");
   GpsState state;

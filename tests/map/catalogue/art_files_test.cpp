@@ -20,7 +20,6 @@ QImage pixels(const QString& path) { return QImage(path).convertToFormat(QImage:
 class ArtFiles : public ::testing::TestWithParam<const char*> {};
 
 TEST_P(ArtFiles, InResAreWhatTheGeneratorWritesNow) {
-  test::ensureGuiApplication();
   QTemporaryDir scratch;
   ASSERT_TRUE(scratch.isValid());
   ASSERT_EQ(art::writeArt(scratch.path()), QString());

@@ -3,17 +3,16 @@
 #include <QFontInfo>
 #include <gtest/gtest.h>
 
-#include "common/draw_kit.h"
 #include "map/catalogue/catalogue.h"
+#include "map/catalogue/map_styles.h"
 
 namespace orvel {
 namespace {
 
-using test::mapStyles;
-
 TEST(LabelFonts, FontAIsCenturyGothicAsUrwGothic) {
   // Without the foundry fontconfig adds when the family comes from more than one file.
-  const QString family = QFontInfo(mapStyles().labelFontA()).family().section(QStringLiteral(" ["), 0, 0);
+  const MapStyles styles;
+  const QString family = QFontInfo(styles.labelFontA()).family().section(QStringLiteral(" ["), 0, 0);
   EXPECT_EQ(family, QStringLiteral("URW Gothic"));
 }
 
@@ -31,17 +30,19 @@ TEST(LabelFonts, RotatedStepsSpanMinusToPlusNinetyDegrees) {
     EXPECT_EQ(rotatedFontIndex(degrees), (degrees * 10 + 900) / 10);
     EXPECT_EQ(labelAngleFor(rotatedFontIndex(degrees)), degrees * 10);
   }
-  EXPECT_EQ(mapStyles().rotatedLabelFont(17), mapStyles().labelFontA());
+  const MapStyles styles;
+  EXPECT_EQ(styles.rotatedLabelFont(17), styles.labelFontA());
 }
 
 // Every point row that names an icon draws it; an id no row names has none.
 TEST(PointIcons, EveryRowWithAnIconIdHasItsPicture) {
+  const MapStyles styles;
   for (const TypeStyle& row : pointTypes()) {
-    const QImage* icon = mapStyles().pointIcon(&row);
-    EXPECT_EQ(icon, row.icon ? mapStyles().icon(row.icon) : nullptr) << row.name;
+    const QImage* icon = styles.pointIcon(&row);
+    EXPECT_EQ(icon, row.icon ? styles.icon(row.icon) : nullptr) << row.name;
     EXPECT_TRUE(!row.icon || (icon && !icon->isNull())) << row.name << " " << row.icon;
   }
-  EXPECT_EQ(mapStyles().icon(999), nullptr);
+  EXPECT_EQ(styles.icon(999), nullptr);
 }
 
 }  // namespace

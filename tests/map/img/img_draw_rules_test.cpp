@@ -50,7 +50,6 @@ struct Shape {
 
 class DrawRules : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() { test::ensureGuiApplication(); }
   void SetUp() override {
     view_.setScreenSize(240, 320);
     view_.setZoomIndex(8);  // 5 m a pixel: every pixel has map points projecting onto it
@@ -97,7 +96,8 @@ class DrawRules : public ::testing::Test {
 
   MapView view_;
   LabelledMap map_;
-  MapDrawContext drawing_{test::mapStyles()};
+  const test::DrawKit kit_;
+  MapDrawContext drawing_{kit_.styles};
 };
 
 TEST_F(DrawRules, LinesUseTheMainPenThenTheSecondPen) {
@@ -124,7 +124,7 @@ TEST_F(DrawRules, AreaLabelsNeedRoomForTheirText) {
   }, true);
   ASSERT_EQ(texts.size(), 1u);
   EXPECT_EQ(texts[0].text, "Lake");
-  const LabelStyle& lake = test::mapStyles().polygonLabel(findPolygonType(0x3C));
+  const LabelStyle& lake = kit_.styles.polygonLabel(findPolygonType(0x3C));
   EXPECT_EQ(texts[0].pen.color(), lake.colour);
   EXPECT_EQ(texts[0].pen.color(), QColor(0, 0, 128));
   // Centred on the vertex mean (50, 50).

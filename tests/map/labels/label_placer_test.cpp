@@ -14,7 +14,6 @@ namespace {
 
 class Labels : public ::testing::Test {
  protected:
-  static void SetUpTestSuite() { test::ensureGuiApplication(); }
   void SetUp() override {
     font_ = QFont("Liberation Sans");
     font_.setPixelSize(12);
